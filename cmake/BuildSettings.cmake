@@ -1,0 +1,33 @@
+# Settings that every target of the project shares.
+include(GNUInstallDirs)
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+# Log lines name their source place; it must not depend on where the build lies.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+# The ARM builds need the 64-bit file interface for books and disks of any size.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+if(TAVRO_WARNINGS_AS_ERRORS)
+    add_compile_options(-Werror)
+endif()
+if(TAVRO_SANITIZE)
+    add_compile_options(-fsanitize=${TAVRO_SANITIZE} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${TAVRO_SANITIZE})
+endif()

@@ -1,0 +1,160 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bookdescription.h"
+#include "bookmap.h"
+#include "tavroserver.h"
+#include "xmlparser.h"
+
+/// A session with the service: what an application creates to register the device, log in, fetch
+/// the catalogue, download books and upload changes.
+///
+/// State between processes lives in the files of the configuration folder given to `init`. Account
+/// operations need the device token that `init` finds or obtains; the operations on books need a
+/// session ID as well, from the configuration or from `login`. An operation whose need is not met
+/// returns its failure value at once, without touching a file or sending anything. Network
+/// operations block the calling thread. An object is used by one thread at a time.
+class [[gnu::visibility("default")]] Tavro {
+public:
+    // Names of the files in the configuration folder.
+    static const char* const config_file;     ///< account configuration, never written here
+    static const char* const token_file;      ///< device token, raw bytes
+    static const char* const tavro_password;  ///< password store
+    static const char* const list_file;       ///< book map
+    static const char* const tavro_books;     ///< last catalogue answer, raw bytes
+    static const char* const journal_file;    ///< sync journal
+
+    /// Starts up the platform library for this process.
+    Tavro();
+    ~Tavro();
+    Tavro(const Tavro&) = delete;
+    Tavro& operator=(const Tavro&) = delete;
+
+    /// Reads the account configuration of the folder `configDir`, makes the service object, and
+    /// takes the device token from the folder, registering the device (one blocking request) only
+    /// if no token is stored there. `configDir` is named without a trailing "/", and must exist
+    /// and be writable.
+    ///
+    /// @return true when the session has a device token; false when the configuration is missing
+    ///     or incomplete (nothing has changed then) or the registration failed (see `lastError`).
+    bool init(const std::string& configDir);
+
+    /// Reads the account configuration of the folder `configDir` into this object.
+    ///
+    /// @return true when it holds a serial number, consumer ID, consumer password, device type and
+    ///     download folder; nothing has changed if the file could not be opened.
+    bool readConfig(const std::string& configDir);
+
+    /// Device token, session ID, vendor token and vendor ID; empty before `init`. The reference is
+    /// valid as long as the session and may change with the next request.
+    const std::string& deviceToken() const;
+    const std::string& sessionID() const;
+    const std::string& vendorToken() const;
+    const std::string& vendorID() const;
+
+    /// The service's result code of the last request; empty before `init` and when no readable
+    /// answer came.
+    std::string lastError() const;
+
+    /// Fetches the shop's details for `getShopUrl`, `getShopName` and `getShopLicenseUrl`. Needs
+    /// no device token. @return whether `TavroServer::getShopInfo` returned 0; false before `init`.
+    bool getShopInfo(const std::string& consumerID, const std::string& consumerPassword,
+                     const std::string& deviceType);
+
+    /// The shop's address; empty before `getShopInfo`.
+    const std::string& getShopUrl() const;
+
+    /// Link to the shop's terms, or their text where the service sends it; empty before
+    /// `getShopInfo`.
+    const std::string& getShopLicenseUrl() const;
+
+    /// The shop's name, the configured default where the service gave none; empty before `init`.
+    const std::string& getShopName() const;
+
+    /// Opens an account with the configured e-mail address and names. The password is stored in
+    /// the password store whatever the service says. Needs a device token.
+    bool createUser(const std::string& password);
+
+    /// Logs in with the configured e-mail address. An empty password stands for the stored one,
+    /// and false is returned if that is empty too. The argument as given, even the empty text,
+    /// replaces the stored password. Needs a device token. Writes "Can't login" to the standard
+    /// error stream when the service refuses.
+    bool login(const std::string& password);
+
+    /// Asks the service to send a password reminder to `email`. Needs a device token. Writes
+    /// "Can't forget password" to the standard error stream when the service refuses.
+    bool forgetPassword(const std::string& email);
+
+    /// Fetches the catalogue and saves the answer. Needs a session.
+    /// @return true when a readable answer was saved; `lastError` has the service's code.
+    bool syncServer();
+
+    /// Saves the catalogue answer `data` byte for byte, replacing the saved one.
+    void writeXML(const std::vector<char>& data);
+
+    /// The user's books: those of this object's last sync if there were any, otherwise those of
+    /// the saved catalogue, which is parsed again only after it has changed. Empty when there is
+    /// none. Valid until the next call or sync of this object.
+    const std::vector<BookDescription>& getAddedBooks() const;
+
+    /// Item ids by book file name (relative to the download folder). Waits for the book map's
+    /// lock.
+    std::map<std::string, int> GetBooks();
+
+    /// Book file names by item id. Waits for the book map's lock.
+    std::map<int, std::string> GetBooksIds();
+
+    /// Downloads `book` into the download folder under a name that no file there has, and records
+    /// it in the book map before it gets that name. Needs a session.
+    ///
+    /// @return the file's name relative to the download folder, empty when nothing was downloaded.
+    std::string downloadBook(const BookDescription& book);
+
+    /// Journals that the book file `oldPath` was replaced by the file `newPath` of the download
+    /// folder (only the part behind the last "/" of each counts), after trying to upload it if
+    /// `upload` is set: 5 attempts, with a pause of 5 seconds after each that fails. Needs a
+    /// session.
+    ///
+    /// @return true when the change was journalled, uploaded or not; false when the book map does
+    ///     not know the old name.
+    bool updateACSM(const std::string& oldPath, const std::string& newPath, bool upload);
+
+    /// Replays the journal: see `syncJournal`. Needs a session. @return true when it ran.
+    bool syncDownloadFolder();
+
+    /// Uploads every journalled change, newest first, with attempts and pauses as in `updateACSM`;
+    /// moves the book map's entry to the new name once a change has been uploaded, now or earlier;
+    /// keeps in the journal what has never been uploaded; drops changes whose old name the book map
+    /// does not know. Does nothing before `init`.
+    void syncJournal();
+
+private:
+    std::string serialNumber;
+    std::string consumerID;
+    std::string consumerPassword;
+    std::string deviceType;
+    std::string email;
+    std::string firstName;
+    std::string lastName;
+    std::string password;
+    std::string downloadFolderPath;
+
+public:
+    /// The service object, null until `init`. Read it for what the session does not hand out, such
+    /// as the service's explanation of a failure.
+    std::unique_ptr<TavroServer> server;
+
+private:
+    std::unique_ptr<XMLParser> parser;
+    std::string configDir;
+    BookMap bookMap;
+    mutable std::string booksFileHash;
+
+    bool hasDevice() const;
+    bool hasSession() const;
+    std::string configPath(const char* name) const;
+};

@@ -1,0 +1,32 @@
+/// The device's common utilities, libcore_utils.so: what the project calls of them.
+///
+/// On a device the device's own library supplies these; on every other machine the stand-in under
+/// platform/host does.
+#pragma once
+
+#include <istream>
+#include <string>
+#include <vector>
+
+extern "C" {
+
+/// Writes one log line, printf-style. Level 1 is an error, level 4 a trace.
+void fl_print_log2(int level, const char* file, int line, const char* function, const char* format,
+                   ...) __attribute__((format(printf, 5, 6)));
+
+/// This process's ID.
+extern int g_process_pid;
+}
+
+namespace folium::utilities {
+
+/// The platform's serialised form of a vector of strings: a count as an unsigned 32-bit
+/// little-endian integer, then for each string its length (the same kind of integer) and bytes.
+class SerializationUtils {
+public:
+    /// Replaces `out` by the strings read from `in`. @return false, with `out` empty, when the
+    /// stream is cut short or malformed.
+    static bool DeserializeStringVec(std::istream& in, std::vector<std::string>& out);
+};
+
+}  // namespace folium::utilities
