@@ -21,8 +21,10 @@ endif()
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 # Log lines name their source place; it must not depend on where the build lies.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
-# The ARM builds need the 64-bit file interface for books and disks of any size.
-add_compile_definitions(_FILE_OFFSET_BITS=64)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # The plain file interface of a 32-bit machine fails on large files and large inode numbers.
+    add_compile_definitions(_FILE_OFFSET_BITS=64)
+endif()
 if(TAVRO_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
 endif()

@@ -1,0 +1,67 @@
+#include "support/device_root.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path root = TAVRO_TEST_DEVICE_ROOT;
+const fs::path system_folder = root / "mnt/ext1/system/config";
+
+}  // namespace
+
+DeviceRoot::DeviceRoot() {
+    if (root.empty())
+        throw std::logic_error("the tests need a build with TAVRO_DEVICE_ROOT set");
+    fs::create_directories(root.parent_path());
+    lock_ = ::open((root.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (lock_ == -1 || ::flock(lock_, LOCK_EX) == -1)
+        throw std::runtime_error("cannot lock the device root");
+    fs::remove_all(root);
+    fs::create_directories(configuration());
+    fs::create_directories(syncFolder());
+}
+
+DeviceRoot::~DeviceRoot() { ::close(lock_); }
+
+std::string DeviceRoot::configuration() const { return system_folder / "tavro"; }
+
+std::string DeviceRoot::syncFolder() const { return root / "mnt/ext1/Tavro"; }
+
+std::string DeviceRoot::serverSettings() const {
+    return system_folder / "server_connection_data.cfg";
+}
+
+void DeviceRoot::writeServerSettings(int port) const {
+    const std::string number = std::to_string(port);
+    writeFile(serverSettings(), "baseApiUrl=http://127.0.0.1/IOSCloudManagement.svc/\napiPort=" +
+                                    number + "\nuploadUrl=http://127.0.0.1/UploadContent.aspx\n" +
+                                    "uploadPort=" + number +
+                                    "\ndownloadUrl=http://127.0.0.1/DownloadContent.aspx\n" +
+                                    "downloadPort=" + number + "\n");
+}
+
+void DeviceRoot::writeAccount(const std::string& more) const {
+    writeFile(fs::path(configuration()) / ".tavro.conf",
+              "SerialNumber=SN-0001\nConsumerID=consumer\nConsumerPassword=secret\n"
+              "DeviceType=reader\nEmail=ada@reader.example\nFirstName=Ada\nLastName=Lovelace\n"
+              "DownloadFolderPath=" +
+                  syncFolder() + "\n" + more);
+}
+
+std::string readFile(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeFile(const fs::path& path, const std::string& content) {
+    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
+    stream << content;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+/// A fresh, empty device for one test, with every folder of the fixed paths in place.
+///
+/// The device root is fixed when the library is built, so tests that need it take turns, across
+/// processes too: the object holds a lock beside the root for as long as it lives.
+class DeviceRoot {
+public:
+    DeviceRoot();
+    ~DeviceRoot();
+    DeviceRoot(const DeviceRoot&) = delete;
+    DeviceRoot& operator=(const DeviceRoot&) = delete;
+
+    /// Configuration folder of the account, as `Tavro::init` takes it.
+    std::string configuration() const;
+
+    /// Folder into which books are downloaded.
+    std::string syncFolder() const;
+
+    /// Server-settings file.
+    std::string serverSettings() const;
+
+    /// Lets the library find the service that listens on `port` of 127.0.0.1.
+    void writeServerSettings(int port) const;
+
+    /// Writes a complete account configuration, with `more` lines ("key=value\n") added.
+    void writeAccount(const std::string& more = {}) const;
+
+private:
+    int lock_;
+};
+
+/// Content of the file `path`; empty when it cannot be read.
+std::string readFile(const std::filesystem::path& path);
+
+/// Makes `content` the whole content of the file `path`.
+void writeFile(const std::filesystem::path& path, const std::string& content);
