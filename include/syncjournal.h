@@ -35,7 +35,7 @@ public:
 
     /// Takes the last record in memory into `out`; the newest record of the file comes first.
     /// @return false, with `out` unchanged, when there is none.
-    bool pop(Record& out);
+    bool pop(Record & out);
 
     /// Appends `record` to the file, creating it (mode 0600) if missing, and waits for the file's
     /// lock. Writes are not checked. The records in memory stay.

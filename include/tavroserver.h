@@ -15,8 +15,8 @@
 /// leave the service's result code in `lastError` and its explanation in `lastMessage`; both are
 /// empty when no readable answer came. Values go into a request as they are, without XML escaping,
 /// and a request body longer than 2047 bytes is sent cut there. One object serves one request at a
-/// time and is used by one thread; the class-wide settings are written by `LoadServerConnectionData`
-/// only. No lock is taken.
+/// time and is used by one thread; the class-wide settings are written by
+/// `LoadServerConnectionData` only. No lock is taken.
 class [[gnu::visibility("default")]] TavroServer {
 public:
     // Connection settings, shared by all objects. They hold the built-in values until the first

@@ -1,0 +1,42 @@
+#include "posix/files.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace posix {
+
+namespace {
+
+/// Whether `stream` is a regular file: a folder opens as well but has no content to measure.
+bool isRegularFile(std::FILE* stream) {
+    struct stat status = {};
+    return ::fstat(::fileno(stream), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+}  // namespace
+
+std::string readFile(const std::string& path) {
+    const Stream stream(std::fopen(path.c_str(), "r"));
+    if (!stream || !isRegularFile(stream.get()))
+        return {};
+    std::fseek(stream.get(), 0, SEEK_END);
+    const long size = std::ftell(stream.get());
+    if (size <= 0)
+        return {};
+    std::rewind(stream.get());
+    std::string content(static_cast<std::size_t>(size), '\0');
+    content.resize(std::fread(content.data(), 1, content.size(), stream.get()));
+    return content;
+}
+
+void replaceFile(const std::string& path, const char* mode, const char* data, std::size_t size) {
+    const Stream stream(std::fopen(path.c_str(), mode));
+    if (stream)
+        std::fwrite(data, 1, size, stream.get());
+}
+
+void writeUnchecked(int descriptor, const void* data, std::size_t size) {
+    [[maybe_unused]] const ssize_t outcome = ::write(descriptor, data, size);
+}
+
+}  // namespace posix

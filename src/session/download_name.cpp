@@ -1,0 +1,48 @@
+#include "session/download_name.h"
+
+#include <sys/stat.h>
+
+#include <string_view>
+
+namespace session {
+
+namespace {
+
+/// The double extension of zipped FB2 books, numbered before the first of its two dots.
+constexpr std::string_view zipped_fb2 = ".fb2.zip";
+
+bool endsWith(const std::string& text, std::string_view end) {
+    return text.size() >= end.size() &&
+           text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+/// Where the extension of `name` begins; its end when it has none.
+std::size_t extensionPosition(const std::string& name) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string::npos || dot == 0)
+        return name.size();
+    if (name.find('/', dot) != std::string::npos)
+        return name.size();
+    if (name.size() > zipped_fb2.size() && endsWith(name, zipped_fb2))
+        return name.size() - zipped_fb2.size();
+    return dot;
+}
+
+bool exists(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0;
+}
+
+}  // namespace
+
+std::string freeName(const std::string& folder, const std::string& serverName) {
+    const std::size_t position = extensionPosition(serverName);
+    const std::string base = serverName.substr(0, position);
+    const std::string extension = serverName.substr(position);
+    std::string candidate = serverName;
+    for (unsigned long number = 1; exists(folder + "/" + candidate); ++number)
+        candidate = base + "_" + std::to_string(number) + extension;
+    return candidate;
+}
+
+}  // namespace session

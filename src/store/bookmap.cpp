@@ -1,0 +1,122 @@
+#include "bookmap.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include "platform/log.h"
+#include "posix/files.h"
+#include "posix/read_only_mapping.h"
+#include "store/record_reader.h"
+#include "store/record_writer.h"
+
+namespace {
+
+/// The file holds an id in the device's own byte order.
+using IdBytes = std::array<unsigned char, sizeof(std::int32_t)>;
+
+int idFrom(const IdBytes& bytes) {
+    std::int32_t id = 0;
+    std::memcpy(&id, bytes.data(), bytes.size());
+    return id;
+}
+
+/// One operation on the file: open, lock and load; closed, and so unlocked, when it goes.
+class LoadedFile {
+public:
+    explicit LoadedFile(BookMap& map) : map_(map) {
+        map_.LockFile();
+        map_.loadMapInt();
+    }
+    ~LoadedFile() { map_.UnlockFile(); }
+    LoadedFile(const LoadedFile&) = delete;
+    LoadedFile& operator=(const LoadedFile&) = delete;
+
+private:
+    BookMap& map_;
+};
+
+}  // namespace
+
+void BookMap::Add(const std::string& bookPath, int id) {
+    const LoadedFile file(*this);
+    bookMap[bookPath] = id;
+    idMap[id] = bookPath;
+    saveMapInt();
+}
+
+void BookMap::Remove(const std::string& bookPath) {
+    const LoadedFile file(*this);
+    bookMap.erase(bookPath);
+    saveMapInt();
+}
+
+const std::map<std::string, int>& BookMap::GetBookMap() {
+    const LoadedFile file(*this);
+    return bookMap;
+}
+
+std::map<int, std::string> BookMap::GetIdMap() {
+    const LoadedFile file(*this);
+    return idMap;
+}
+
+int BookMap::LockFile() {
+    UnlockFile();
+    fd_ = ::open(path.c_str(), O_RDWR | O_CREAT, 0777);
+    if (fd_ == -1) {
+        fl_print_log2(platform::log_error, __FILE__, __LINE__, "int BookMap::LockFile()",
+                      "[pid:%d]Condition: \"-1 != fd_\", return(\"FL_FAILED\")]Open failed with %d",
+                      g_process_pid, errno);
+        return -1;
+    }
+    if (::flock(fd_, LOCK_EX) == -1) {
+        UnlockFile();
+        return -1;
+    }
+    return 0;
+}
+
+void BookMap::UnlockFile() {
+    if (fd_ == -1)
+        return;
+    ::close(fd_);
+    fd_ = -1;
+}
+
+int BookMap::loadMapInt() {
+    if (fd_ == -1)
+        return -1;
+    // An empty file cannot be mapped: the maps then stay as they are.
+    const posix::ReadOnlyMapping mapping(fd_);
+    if (!mapping)
+        return -1;
+    bookMap.clear();
+    idMap.clear();
+    store::RecordReader reader({mapping.data(), mapping.size()});
+    std::string bookPath;
+    IdBytes id = {};
+    while (reader.readText(bookPath) && reader.readWord(id)) {
+        bookMap[bookPath] = idFrom(id);
+        idMap[idFrom(id)] = bookPath;
+    }
+    return 0;
+}
+
+int BookMap::saveMapInt() {
+    if (fd_ == -1)
+        return -1;
+    [[maybe_unused]] const int truncated = ::ftruncate(fd_, 0);
+    ::lseek(fd_, 0, SEEK_SET);
+    for (const auto& [bookPath, id] : bookMap) {
+        store::writeText(fd_, bookPath);
+        const auto word = static_cast<std::int32_t>(id);
+        posix::writeUnchecked(fd_, &word, sizeof word);
+    }
+    return 0;
+}
