@@ -154,7 +154,8 @@ private:
     BookMap bookMap;
     mutable std::string booksFileHash;
 
-    bool hasDevice() const;
-    bool hasSession() const;
-    std::string configPath(const char* name) const;
+    // Guards of the operations, and a path in the configuration folder.
+    [[gnu::visibility("hidden")]] bool hasDevice() const;
+    [[gnu::visibility("hidden")]] bool hasSession() const;
+    [[gnu::visibility("hidden")]] std::string configPath(const char* name) const;
 };

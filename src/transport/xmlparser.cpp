@@ -107,6 +107,8 @@ void XMLParser::fCharacterDataHandler(void* user, const XML_Char* text, int leng
         self.answers[element].append(text, size);
         return;
     }
+    if (element == item_element)  // the blanks between the fields, half of all pieces
+        return;
     if (const auto field = self.fieldIndex.find(element); field != self.fieldIndex.end())
         self.currentItem[static_cast<std::size_t>(field->second)].assign(text, size);
 }
