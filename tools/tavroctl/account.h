@@ -1,0 +1,67 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace tavroctl {
+
+/// Keys of the account configuration with their values.
+using Settings = std::map<std::string, std::string>;
+
+/// The account's files in one configuration folder, as the device's programs keep them for the
+/// library. Every call reads or writes the files; nothing is cached and no lock is taken.
+class Account {
+public:
+    /// Names the configuration folder, which need not exist yet.
+    explicit Account(const std::string& folder);
+
+    /// The configuration folder, without a trailing "/".
+    const std::string& folder() const { return folder_; }
+
+    /// Full path of the file `name` of the configuration folder.
+    std::string file(const std::string& name) const { return folder_ + "/" + name; }
+
+    /// A value of the account configuration; empty when it is absent.
+    std::string value(const std::string& key) const;
+
+    /// Folder of the downloaded books; empty when not configured.
+    std::filesystem::path downloadFolder() const { return value("DownloadFolderPath"); }
+
+    /// Full path of the book file `name` of the download folder.
+    std::filesystem::path bookFile(const std::string& name) const {
+        return downloadFolder().string() + "/" + name;
+    }
+
+    /// Whether the account configuration has all that the library requires.
+    bool isConfigured() const;
+
+    /// Whether a device token is stored.
+    bool isRegistered() const;
+
+    /// Whether a session is stored. The service may have ended it meanwhile.
+    bool isLoggedIn() const { return !value("sessionID").empty(); }
+
+    /// Writes `settings` into the account configuration, keeping what else it holds. Throws
+    /// Failure.
+    void store(const Settings& settings) const;
+
+    /// Stores the device token, which a session survives no change of: the session is forgotten.
+    /// Throws Failure.
+    void storeToken(const std::string& token) const;
+
+    /// Stores what a login gave, where the device's programs look for it. Throws Failure.
+    void storeSession(const std::string& sessionId, const std::string& vendorToken) const;
+
+    /// Forgets the stored session. Throws Failure.
+    void forgetSession() const;
+
+private:
+    std::string folder_;
+};
+
+/// Writes `settings` into the key/value file `path`, creating it in an existing folder and keeping
+/// what else it holds. Throws Failure.
+void storeSettings(const std::string& path, const Settings& settings);
+
+}  // namespace tavroctl

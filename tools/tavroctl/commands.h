@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "account.h"
+#include "output.h"
+
+namespace tavroctl {
+
+/// What the command line said; each command reads its own part.
+struct Arguments {
+    std::string folder;                      ///< configuration folder
+    bool json = false;                       ///< results as JSON
+    bool trace = false;                      ///< show the library's own output
+    Settings settings;                       ///< setup: values given, empty ones were not
+    std::string service;                     ///< setup: address, may be empty
+    bool renew = false;                      ///< register: anew
+    bool passwordFromStandardInput = false;  ///< signup, login
+    std::string email;                       ///< remind: may be empty
+    std::vector<std::string> items;          ///< download
+    bool all = false;                        ///< download
+    std::string oldName;                     ///< replace
+    std::string newPath;                     ///< replace
+    bool upload = false;                     ///< replace
+};
+
+// The commands. Each prints its results on `output` and throws Failure or WrongUse when it could
+// not do what was asked.
+
+void setUp(const Arguments& arguments, const Output& output);
+void registerCommand(const Arguments& arguments, const Output& output);
+void signUp(const Arguments& arguments, const Output& output);
+void logInCommand(const Arguments& arguments, const Output& output);
+void remind(const Arguments& arguments, const Output& output);
+void shop(const Arguments& arguments, const Output& output);
+void status(const Arguments& arguments, const Output& output);
+void sync(const Arguments& arguments, const Output& output);
+void listBooks(const Arguments& arguments, const Output& output);
+void download(const Arguments& arguments, const Output& output);
+void showMap(const Arguments& arguments, const Output& output);
+void replace(const Arguments& arguments, const Output& output);
+void replay(const Arguments& arguments, const Output& output);
+void showJournal(const Arguments& arguments, const Output& output);
+
+}  // namespace tavroctl

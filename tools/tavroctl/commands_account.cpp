@@ -1,0 +1,137 @@
+#include "commands.h"
+#include "operations.h"
+#include "password_prompt.h"
+
+namespace fs = std::filesystem;
+
+namespace tavroctl {
+
+namespace {
+
+/// Advice on `password` for a service that refused it; the device sends it without XML escaping.
+std::string passwordAdvice(const std::string& password) {
+    return password.find_first_of("&<") == std::string::npos
+               ? ""
+               : "a password without & and <, which the device cannot send; ";
+}
+
+void requireEmail(const Account& account) {
+    if (account.isConfigured() && account.value("Email").empty())
+        throw Failure("no e-mail address is configured", "'tavroctl setup --email ADDRESS' first");
+}
+
+}  // namespace
+
+void registerCommand(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    const bool changed = registerDevice(account, arguments.renew);
+    output.result({{"registered", true}, {"changed", changed}},
+                  changed ? "The device is registered."
+                          : "The device is registered already (--renew does it again).");
+}
+
+void signUp(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    requireEmail(account);
+    const auto session = openSession(account, Need::Device);
+    const std::string password = readPassword(output, arguments.passwordFromStandardInput, true);
+    if (!session->createUser(password))
+        throw serviceFailure(*session->server, "the account was not opened", apiAddress(),
+                             passwordAdvice(password) +
+                                 "'tavroctl login' if you have an account, 'tavroctl setup' to "
+                                 "correct e-mail address and names, 'tavroctl register --renew' if "
+                                 "the service does not know the device");
+    const std::string email = account.value("Email");
+    output.result({{"account", email}},
+                  "The account " + displayable(email) + " is open. Next: tavroctl login");
+}
+
+void logInCommand(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    requireEmail(account);
+    openSession(account, Need::Device);  // rather than ask for a password in vain
+    const std::string password = readPassword(output, arguments.passwordFromStandardInput, false);
+    try {
+        logIn(account, password);
+    } catch (Failure& failure) {
+        failure.advice.insert(0, passwordAdvice(password));
+        throw;
+    }
+    const std::string email = account.value("Email");
+    output.result({{"loggedIn", true}, {"account", email}},
+                  "Logged in as " + displayable(email) + ".");
+}
+
+void remind(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    if (arguments.email.empty())
+        requireEmail(account);
+    const std::string email = arguments.email.empty() ? account.value("Email") : arguments.email;
+    const auto session = openSession(account, Need::Device);
+    if (!session->forgetPassword(email))
+        throw serviceFailure(*session->server, "no reminder was sent to " + email, apiAddress(),
+                             "the address that the account was opened with");
+    output.result({{"reminded", email}},
+                  "The service sends a password reminder to " + displayable(email) + ".");
+}
+
+void shop(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    const auto session = openSession(account, Need::Device);
+    const bool accepted =
+        session->getShopInfo(account.value("ConsumerID"), account.value("ConsumerPassword"),
+                             account.value("DeviceType"));
+    // The library calls an answer without the shop's details a success, an empty one as well.
+    if (!accepted || session->getShopUrl().empty())
+        throw serviceFailure(
+            *session->server, "the shop's details did not come", apiAddress(),
+            "checking ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
+    output.result(
+        {{"name", session->getShopName()},
+         {"url", session->getShopUrl()},
+         {"terms", session->getShopLicenseUrl()}},
+        Table{{"Shop", displayable(session->getShopName())},
+              {{"Address", session->getShopUrl()}, {"Terms", session->getShopLicenseUrl()}}},
+        "");
+}
+
+void status(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    const TavroServer reader("");  // loads the service's address
+    const bool configured = account.isConfigured();
+    const bool registered = account.isRegistered();
+    const std::size_t books =
+        configured && registered ? openSession(account, Need::Device)->getAddedBooks().size() : 0;
+    std::size_t downloaded = 0;
+    if (configured)
+        for (const auto& [item, names] : presentFiles(account))
+            downloaded += names.size();
+    const std::size_t pending = pendingChanges(account).size();
+
+    const auto yesOrNo = [](bool value, const char* advice) {
+        return std::string(value ? "yes" : "no: ") + (value ? "" : advice);
+    };
+    output.result({{"configuration", account.folder()},
+                   {"configured", configured},
+                   {"email", account.value("Email")},
+                   {"downloadFolder", account.downloadFolder()},
+                   {"service", apiAddress()},
+                   {"registered", registered},
+                   {"loggedIn", account.isLoggedIn()},
+                   {"books", books},
+                   {"downloaded", downloaded},
+                   {"pending", pending}},
+                  Table{{"Configuration", account.folder()},
+                        {{"Configured", yesOrNo(configured, "tavroctl setup")},
+                         {"Account", account.value("Email")},
+                         {"Download folder", account.downloadFolder()},
+                         {"Service", apiAddress()},
+                         {"Registered", yesOrNo(registered, "tavroctl register")},
+                         {"Logged in", yesOrNo(account.isLoggedIn(), "tavroctl login")},
+                         {"Books", std::to_string(books)},
+                         {"Downloaded files", std::to_string(downloaded)},
+                         {"Pending changes", std::to_string(pending)}}},
+                  "");
+}
+
+}  // namespace tavroctl

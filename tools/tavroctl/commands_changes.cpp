@@ -1,0 +1,121 @@
+#include <filesystem>
+
+#include "commands.h"
+#include "operations.h"
+#include "retry_pauses.h"
+
+namespace fs = std::filesystem;
+
+namespace tavroctl {
+
+namespace {
+
+/// The name of `path` as the book map has it. Throws Failure.
+std::string mappedName(const Account& account, const std::string& path) {
+    const std::string name = fs::path(path).filename();
+    if (mappedFiles(account).count(name) == 0)
+        throw Failure("the book map does not know " + path, "one of the files of 'tavroctl map'");
+    return name;
+}
+
+/// Copies `source` to `target`, which has its old content until all of the new is there.
+void copyWhole(const fs::path& source, const fs::path& target) {
+    const fs::path partial = target.parent_path() / ("." + target.filename().string() + ".copying");
+    try {
+        fs::copy_file(source, partial, fs::copy_options::overwrite_existing);
+        fs::rename(partial, target);
+    } catch (...) {
+        std::error_code ignored;
+        fs::remove(partial, ignored);
+        throw;
+    }
+}
+
+/// Sees that the file `path` lies in the download folder, copying it there if it lies elsewhere,
+/// but over no other file than `oldName`. @return its name there.
+std::string broughtIntoFolder(const Account& account, const fs::path& path,
+                              const std::string& oldName) {
+    const std::string name = path.filename();
+    const fs::path target = account.bookFile(name);
+    const fs::path source = fs::is_regular_file(path) || path != name ? path : target;
+    if (!fs::is_regular_file(source))
+        throw Failure("there is no file " + path.string(), "the path of the new book file");
+    if (fs::exists(target)) {
+        if (fs::equivalent(source, target))
+            return name;
+        if (name != oldName)
+            throw Failure(target.string() + " is there already and is another file",
+                          "another name for the new file, or that path to use the file there");
+    }
+    copyWhole(source, target);
+    return name;
+}
+
+Json asJson(const SyncJournal::Record& change) {
+    return {{"old", change.oldName}, {"new", change.newName}, {"uploaded", change.flag}};
+}
+
+Json asJson(const std::vector<SyncJournal::Record>& changes) {
+    Json json = Json::array();
+    for (const auto& change : changes)
+        json.push_back(asJson(change));
+    return json;
+}
+
+void addRows(Table& table, const std::vector<SyncJournal::Record>& changes, const char* state) {
+    for (const auto& change : changes)
+        table.rows.push_back({change.oldName, change.newName, state});
+}
+
+/// Why the last upload of `session` failed, with what that means for the journal.
+Failure uploadFailure(const Tavro& session, const std::string& what) {
+    return serviceFailure(*session.server, what, uploadAddress(),
+                          "'tavroctl replay' later, 'tavroctl login' if the session has ended");
+}
+
+}  // namespace
+
+void replace(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    const auto session = openSession(account, Need::Session);
+    const std::string oldName = mappedName(account, arguments.oldName);
+    const std::string newName = broughtIntoFolder(account, arguments.newPath, oldName);
+    const auto change = [&] {
+        const RetryPauses pauses(output);
+        return replaceBook(*session, account, oldName, newName, arguments.upload);
+    }();
+    const std::string text = displayable(oldName) + " is replaced by " + displayable(newName);
+    output.result(asJson(change), text + (change.flag ? ", which the service has. " : ". ") +
+                                      "Next: tavroctl replay");
+    if (arguments.upload && !change.flag)
+        throw uploadFailure(*session, "the change is in the journal but the upload failed");
+}
+
+void replay(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    const auto session = openSession(account, Need::Session);
+    const auto result = [&] {
+        const RetryPauses pauses(output);
+        return replayChanges(*session, account);
+    }();
+    Table table{{"OLD", "NEW", "RESULT"}, {}};
+    addRows(table, result.uploaded, "uploaded");
+    addRows(table, result.dropped, "dropped: the book map does not know the old name");
+    addRows(table, result.kept, "still pending");
+    output.result({{"uploaded", asJson(result.uploaded)},
+                   {"dropped", asJson(result.dropped)},
+                   {"pending", asJson(result.kept)}},
+                  table, "No changes were pending.");
+    if (!result.kept.empty())
+        throw uploadFailure(*session, std::to_string(result.kept.size()) + " changes stay pending");
+}
+
+void showJournal(const Arguments& arguments, const Output& output) {
+    const auto changes = pendingChanges(Account(arguments.folder));
+    Table table{{"OLD", "NEW", "UPLOADED"}, {}};
+    for (const auto& change : changes)
+        addRows(table, {change}, change.flag ? "yes" : "not yet");
+    output.result(asJson(changes), table, "No changes are pending.");
+}
+
+}  // namespace tavroctl

@@ -1,0 +1,108 @@
+#include <lectern.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <regex>
+
+#include "commands.h"
+#include "platform/device_paths.h"
+#include "tavroserver.h"
+
+namespace fs = std::filesystem;
+
+namespace tavroctl {
+
+namespace {
+
+constexpr int highest_port = 65535;
+
+/// A serial number that no second device folder is likely to get.
+std::string newSerialNumber() {
+    std::random_device random;
+    std::string digits;
+    for (int count = 0; count < 8; ++count)
+        digits += "0123456789ABCDEF"[random() % 16];
+    return "DESKTOP-" + digits;
+}
+
+/// Where the device keeps its books; beside a configuration folder elsewhere, a folder inside it.
+fs::path defaultDownloadFolder(const Account& account) {
+    const fs::path standard = device_paths::configuration_folder;
+    if (account.folder() != standard)
+        return fs::absolute(account.folder()) / "books";
+    return standard.parent_path().parent_path().parent_path() / "Tavro";
+}
+
+/// The values to write: those given, and a default for each required one that is missing.
+Settings completed(const Account& account, const Settings& given) {
+    Settings settings;
+    for (const auto& [key, value] : given)
+        if (!value.empty())
+            settings[key] = key == "DownloadFolderPath" ? fs::absolute(value).string() : value;
+    const Settings defaults{{"SerialNumber", newSerialNumber()},
+                            {"ConsumerID", "tavro-desktop"},
+                            {"ConsumerPassword", "tavro-desktop"},
+                            {"DeviceType", "desktop"},
+                            {"DownloadFolderPath", defaultDownloadFolder(account).string()}};
+    for (const auto& [key, value] : defaults)
+        if (account.value(key).empty())
+            settings.emplace(key, value);
+    return settings;
+}
+
+/// The server settings that send everything to the service at `address`.
+Settings serverSettings(const std::string& address) {
+    static const std::regex form(
+        R"(http://(\[[0-9A-Fa-f:.]+\]|[A-Za-z0-9._-]+)(:([0-9]{1,5}))?/?)");
+    std::smatch match;
+    const bool matches = std::regex_match(address, match, form);
+    const std::string port = matches && match[3].matched ? match[3].str() : "80";
+    if (!matches || std::stoi(port) < 1 || std::stoi(port) > highest_port)
+        throw WrongUse("'" + address +
+                       "' is no service address: it is http://HOST or http://HOST:PORT, and "
+                       "nothing else (the device speaks plain HTTP only)");
+    const std::string host = "http://" + match[1].str();
+    return {{"baseApiUrl", host + "/IOSCloudManagement.svc/"}, {"apiPort", port},
+            {"uploadUrl", host + "/UploadContent.aspx"},       {"uploadPort", port},
+            {"downloadUrl", host + "/DownloadContent.aspx"},   {"downloadPort", port}};
+}
+
+/// Writes `settings` into the device's server-settings file and sees that the library takes them.
+void storeServerSettings(const Settings& settings) {
+    const fs::path file = device_paths::server_settings;
+    fs::create_directories(file.parent_path());
+    storeSettings(file, settings);
+    const TavroServer reader("");
+    if (TavroServer::baseApiUrl != settings.at("baseApiUrl"))
+        throw Failure("the library does not read " + file.string() +
+                          " on a device with partner code " +
+                          std::to_string(GetCustomizedPartner()),
+                      "partner code 12 or 16");
+}
+
+}  // namespace
+
+void setUp(const Arguments& arguments, const Output& output) {
+    const Account account(arguments.folder);
+    if (!arguments.service.empty())
+        storeServerSettings(serverSettings(arguments.service));
+    const TavroServer reader("");  // loads the address for the report below
+
+    fs::create_directories(account.folder());
+    const std::string formerEmail = account.value("Email");
+    account.store(completed(account, arguments.settings));
+    if (account.value("Email") != formerEmail)
+        account.forgetSession();
+    fs::create_directories(account.downloadFolder());
+
+    output.result({{"configuration", account.folder()},
+                   {"downloadFolder", account.downloadFolder()},
+                   {"serialNumber", account.value("SerialNumber")},
+                   {"email", account.value("Email")},
+                   {"service", apiAddress()}},
+                  "Configuration  " + account.folder() + "\nBooks          " +
+                      account.downloadFolder().string() + "\nService        " + apiAddress());
+}
+
+}  // namespace tavroctl

@@ -1,0 +1,158 @@
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <exception>
+
+#include "commands.h"
+#include "platform/device_paths.h"
+#include "quiet_library.h"
+
+namespace {
+
+using tavroctl::Arguments;
+using tavroctl::Output;
+
+constexpr int exit_failed = 1;
+constexpr int exit_wrong_use = 2;
+
+using Command = void (*)(const Arguments&, const Output&);
+
+/// Lets no value through that could not be sent: the device inserts values into XML as they are.
+std::string sendable(const std::string& text) {
+    for (const char character : text)
+        if (static_cast<unsigned char>(character) < ' ' || character == '\x7F' ||
+            character == '&' || character == '<')
+            return "control characters, & and < cannot be sent to the service";
+    return {};
+}
+
+/// The arguments, and the command that the command line chose.
+class CommandLine {
+public:
+    CommandLine() {
+        arguments.folder = device_paths::configuration_folder;
+        app_.require_subcommand(1);
+        app_.fallthrough();
+        app_.set_version_flag("--version", "tavroctl " TAVRO_VERSION);
+        app_.add_option("--config", arguments.folder, "Configuration folder")
+            ->capture_default_str();
+        app_.add_flag("--json", arguments.json, "Results as JSON, errors as a JSON line");
+        app_.add_flag("--trace", arguments.trace, "Show the exchange with the service");
+        app_.footer(
+            "Passwords come from the terminal or, with --password-stdin, from standard input.\n"
+            "Exit status: 0 done, 1 failed, 2 wrong use. A first run:\n"
+            "  tavroctl setup --service http://127.0.0.1:8080 --email ada@reader.example\n"
+            "  tavroctl register; tavroctl signup; tavroctl login\n"
+            "  tavroctl sync; tavroctl books; tavroctl download --all");
+        addAccountCommands();
+        addBookCommands();
+        addChangeCommands();
+    }
+
+    void parse(int count, char** values) { app_.parse(count, values); }
+
+    /// Prints what `error` has to say (help and version are such, too). @return the exit status.
+    int report(const CLI::ParseError& error) const {
+        return app_.exit(error) == 0 ? 0 : exit_wrong_use;
+    }
+
+    Arguments arguments;
+    Command command = nullptr;
+
+private:
+    CLI::App* add(const char* name, const char* description, const char* example, Command chosen) {
+        CLI::App* added = app_.add_subcommand(name, description);
+        added->footer(std::string("Example:\n  tavroctl ") + example);
+        added->callback([this, chosen] { command = chosen; });
+        return added;
+    }
+
+    void addSetting(CLI::App* setup, const char* option, const char* key, const char* description) {
+        setup->add_option(option, arguments.settings[key], description)
+            ->check(CLI::Validator(sendable, "TEXT"));
+    }
+
+    void addAccountCommands() {
+        auto* setup = add("setup", "Write the account configuration, keeping what it holds",
+                          "setup --service http://127.0.0.1:8080 --email ada@reader.example",
+                          tavroctl::setUp);
+        setup->add_option("--service", arguments.service, "The service, as http://HOST:PORT");
+        addSetting(setup, "--email", "Email", "E-mail address of the account");
+        addSetting(setup, "--first-name", "FirstName", "First name, sent by signup");
+        addSetting(setup, "--last-name", "LastName", "Last name, sent by signup");
+        addSetting(setup, "--serial", "SerialNumber", "Serial number (default: a random one)");
+        addSetting(setup, "--consumer", "ConsumerID", "Consumer ID sent at registration");
+        addSetting(setup, "--type", "DeviceType", "Device type sent at registration");
+        setup->add_option("--folder", arguments.settings["DownloadFolderPath"],
+                          "Folder of the downloaded books");
+
+        add("register", "Register the device with the service", "register",
+            tavroctl::registerCommand)
+            ->add_flag("--renew", arguments.renew, "Also if it is registered; ends the session");
+        addPasswordOption(add("signup", "Open an account with the configured e-mail address",
+                              "signup", tavroctl::signUp));
+        addPasswordOption(add("login", "Log in and keep the session for later commands",
+                              "login --password-stdin < password.txt", tavroctl::logInCommand));
+        add("remind", "Have a password reminder sent", "remind ada@reader.example",
+            tavroctl::remind)
+            ->add_option("EMAIL", arguments.email, "Address (default: the configured one)")
+            ->check(CLI::Validator(sendable, "TEXT"));
+        add("shop", "Show the shop's details", "shop", tavroctl::shop);
+        add("status", "Show where things stand", "status --json", tavroctl::status);
+    }
+
+    void addPasswordOption(CLI::App* subcommand) {
+        subcommand->add_flag("--password-stdin", arguments.passwordFromStandardInput,
+                             "Take the password from the first line of standard input");
+    }
+
+    void addBookCommands() {
+        add("sync", "Fetch the catalogue", "sync", tavroctl::sync);
+        add("books", "List the books of the catalogue", "books", tavroctl::listBooks);
+        auto* download = add("download", "Download books", "download --all", tavroctl::download);
+        download->add_option("ITEM", arguments.items, "Item IDs, also of books that are there");
+        download->add_flag("--all", arguments.all, "All books that are not there yet");
+        add("map", "Show which file belongs to which item", "map", tavroctl::showMap);
+    }
+
+    void addChangeCommands() {
+        auto* replace = add("replace", "Replace a book's file and journal that for the service",
+                            "replace novel.epub corrected/novel-2.epub", tavroctl::replace);
+        replace->add_option("OLD", arguments.oldName, "A file of 'tavroctl map'")->required();
+        replace->add_option("NEW", arguments.newPath, "Path of the new file")->required();
+        replace->add_flag("--upload", arguments.upload,
+                          "Upload it at once: 5 attempts, 5 seconds after each that fails");
+        add("replay", "Upload the journalled changes", "replay", tavroctl::replay);
+        add("journal", "Show the changes still to be replayed", "journal", tavroctl::showJournal);
+    }
+
+    CLI::App app_{"Works with the Tavro cloud book service as a reader's applications do"};
+};
+
+int run(const CommandLine& commandLine, const Output& output) {
+    try {
+        const tavroctl::QuietLibrary quiet(output, commandLine.arguments.trace);
+        commandLine.command(commandLine.arguments, output);
+        return 0;
+    } catch (const tavroctl::WrongUse& wrongUse) {
+        output.error(tavroctl::Failure(wrongUse.what(), "the same command with --help"));
+        return exit_wrong_use;
+    } catch (const tavroctl::Failure& failure) {
+        output.error(failure);
+    } catch (const std::exception& error) {
+        output.error(tavroctl::Failure(error.what()));
+    }
+    return exit_failed;
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // the service's texts are UTF-8, whatever the terminal
+    CommandLine commandLine;
+    try {
+        commandLine.parse(count, values);
+    } catch (const CLI::ParseError& error) {
+        return commandLine.report(error);
+    }
+    return run(commandLine, Output(commandLine.arguments.json));
+}

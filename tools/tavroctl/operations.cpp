@@ -1,0 +1,167 @@
+#include "operations.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+
+#include "failure.h"
+
+namespace fs = std::filesystem;
+
+namespace tavroctl {
+
+namespace {
+
+/// Result code of a request that the service carried out.
+constexpr const char* success_code = "1003";
+
+void requireConfiguration(const Account& account) {
+    if (!account.isConfigured())
+        throw Failure("there is no complete account configuration in " + account.folder(),
+                      "'tavroctl setup' first");
+}
+
+/// Takes one record with the names of `wanted` out of `records`; false if there is none.
+bool take(std::vector<SyncJournal::Record>& records, const SyncJournal::Record& wanted) {
+    const auto found = std::find_if(records.begin(), records.end(), [&](const auto& record) {
+        return record.oldName == wanted.oldName && record.newName == wanted.newName;
+    });
+    if (found == records.end())
+        return false;
+    records.erase(found);
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<Tavro> openSession(const Account& account, Need need) {
+    requireConfiguration(account);
+    if (!account.isRegistered())
+        throw Failure("the device is not registered", "'tavroctl register' first");
+    if (need == Need::Session && !account.isLoggedIn())
+        throw Failure("nobody is logged in", "'tavroctl login' first");
+    auto session = std::make_unique<Tavro>();
+    if (!session->init(account.folder()))
+        throw Failure("the device token in " + account.folder() + " cannot be read");
+    return session;
+}
+
+bool registerDevice(const Account& account, bool renew) {
+    requireConfiguration(account);
+    const bool registered = account.isRegistered();
+    if (registered && !renew)
+        return false;
+    Tavro session;
+    const bool done =
+        session.init(account.folder()) &&
+        (!registered || session.server->RegisterDevice(account.value("ConsumerID"),
+                                                       account.value("ConsumerPassword"),
+                                                       account.value("DeviceType")) == 0);
+    if (!done)
+        throw serviceFailure(
+            *session.server, "the registration failed", apiAddress(),
+            "checking ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
+    account.storeToken(session.deviceToken());
+    return true;
+}
+
+void logIn(const Account& account, const std::string& password) {
+    const auto session = openSession(account, Need::Device);
+    if (!session->login(password))
+        throw serviceFailure(*session->server, "the login failed", apiAddress(),
+                             "another password, 'tavroctl signup' if there is no account yet, "
+                             "'tavroctl remind' if the password is lost, 'tavroctl register "
+                             "--renew' if the service does not know the device");
+    account.storeSession(session->sessionID(), session->vendorToken());
+}
+
+void synchronise(Tavro& session) {
+    // The library calls every readable answer a success, and leaves judging the code to us.
+    if (session.syncServer() && session.lastError() == success_code)
+        return;
+    throw serviceFailure(*session.server, "the catalogue was not fetched", apiAddress(),
+                         "logging in again: tavroctl login");
+}
+
+std::map<std::string, int> mappedFiles(const Account& account) {
+    if (!fs::exists(account.file(Tavro::list_file)))
+        return {};  // asking the book map would create the file
+    BookMap map;
+    map.path = account.file(Tavro::list_file);
+    return map.GetBookMap();
+}
+
+bool isPresent(const Account& account, const std::string& name) {
+    return fs::is_regular_file(account.bookFile(name));
+}
+
+std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
+    std::map<int, std::vector<std::string>> present;
+    for (const auto& [name, item] : mappedFiles(account))
+        if (isPresent(account, name))
+            present[item].push_back(name);
+    return present;
+}
+
+int itemNumber(const BookDescription& book) {
+    return static_cast<int>(std::strtol(book.field(BookDescription::ItemID).c_str(), nullptr, 10));
+}
+
+std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book) {
+    const std::string name = session.downloadBook(book);
+    if (name.empty())
+        throw Failure("no whole file came from " + downloadAddress(),
+                      "'tavroctl sync' to see whether service and session are alive, --trace to "
+                      "see the exchange");
+    if (!isPresent(account, name))
+        throw Failure("the download could not be given its name " + name,
+                      "checking the permissions of " + account.downloadFolder().string());
+    return name;
+}
+
+std::vector<SyncJournal::Record> pendingChanges(const Account& account) {
+    SyncJournal journal(account.file(Tavro::journal_file));
+    journal.reload();
+    std::vector<SyncJournal::Record> changes;
+    for (SyncJournal::Record change; journal.pop(change);)
+        changes.push_back(change);
+    std::reverse(changes.begin(), changes.end());
+    return changes;
+}
+
+SyncJournal::Record replaceBook(Tavro& session, const Account& account, const std::string& oldName,
+                                const std::string& newName, bool upload) {
+    if (!session.updateACSM(oldName, newName, upload))
+        throw Failure("the book map does not know " + oldName,
+                      "one of the files of 'tavroctl map'");
+    const auto changes = pendingChanges(account);
+    if (changes.empty() || changes.back().oldName != oldName || changes.back().newName != newName)
+        throw Failure("the change did not reach the journal " + account.file(Tavro::journal_file),
+                      "freeing space or checking the permissions, then the same command again");
+    return changes.back();
+}
+
+ReplayResult replayChanges(Tavro& session, const Account& account) {
+    const auto before = pendingChanges(account);
+    std::set<std::string> known;
+    for (const auto& entry : mappedFiles(account))
+        known.insert(entry.first);
+
+    ReplayResult result;
+    session.syncDownloadFolder();
+    result.kept = pendingChanges(account);
+
+    // The library replays the newest change first, and each one moves a name of the book map.
+    auto unexplained = result.kept;
+    for (auto change = before.rbegin(); change != before.rend(); ++change) {
+        if (take(unexplained, *change))
+            continue;
+        const bool wasKnown = known.erase(change->oldName) > 0;
+        (wasKnown ? result.uploaded : result.dropped).push_back(*change);
+        if (wasKnown)
+            known.insert(change->newName);
+    }
+    return result;
+}
+
+}  // namespace tavroctl

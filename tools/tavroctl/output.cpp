@@ -1,0 +1,121 @@
+#include "output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <cwctype>
+
+#include "write_all.h"
+
+namespace tavroctl {
+
+namespace {
+
+constexpr const char* replacement_character = "\xEF\xBF\xBD";
+
+/// First descriptor that is none of the three standard ones.
+constexpr int first_free = 3;
+
+/// Columns that the displayable text `text` takes on a terminal.
+std::size_t width(const std::string& text) {
+    std::mbstate_t state{};
+    std::size_t columns = 0;
+    wchar_t character;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
+        if (size == 0 || size > text.size() - at) {  // only without a UTF-8 locale
+            return text.size();
+        }
+        columns += static_cast<std::size_t>(std::max(::wcwidth(character), 0));
+        at += size;
+    }
+    return columns;
+}
+
+std::string serialised(const Json& json, int indent) {
+    return json.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
+std::string displayable(const std::string& text) {
+    std::mbstate_t state{};
+    std::string shown;
+    wchar_t character;
+    for (std::size_t at = 0; at < text.size();) {
+        std::size_t size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
+        const bool whole = size > 0 && size <= text.size() - at;
+        if (whole && std::iswprint(static_cast<std::wint_t>(character)) != 0)
+            shown.append(text, at, size);
+        else
+            shown += replacement_character;
+        if (!whole) {
+            size = 1;
+            state = {};
+        }
+        at += size;
+    }
+    return shown;
+}
+
+std::string Table::text() const {
+    std::vector<std::vector<std::string>> lines{headings};
+    for (const auto& row : rows)
+        std::transform(row.begin(), row.end(), std::back_inserter(lines.emplace_back()),
+                       displayable);
+    std::vector<std::size_t> widths(headings.size());
+    for (const auto& line : lines)
+        for (std::size_t column = 0; column < line.size(); ++column)
+            widths[column] = std::max(widths[column], width(line[column]));
+
+    std::string text;
+    for (const auto& line : lines) {
+        for (std::size_t column = 0; column + 1 < line.size(); ++column)
+            text += line[column] + std::string(widths[column] - width(line[column]) + 2, ' ');
+        text += line.back() + "\n";
+    }
+    return text;
+}
+
+Output::Output(bool json)
+    : output_(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, first_free)),
+      error_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, first_free)),
+      json_(json) {}
+
+void Output::result(const Json& json, const std::string& text) const {
+    if (!writeAll(output_.get(), json_ ? serialised(json, 2) : text + "\n"))
+        throw Failure("the result cannot be written to standard output");
+}
+
+void Output::result(const Json& json, const Table& table, const std::string& empty) const {
+    std::string text = table.rows.empty() ? empty + "\n" : table.text();
+    text.pop_back();
+    result(json, text);
+}
+
+void Output::error(const Failure& failure) const {
+    const std::string advice = failure.advice.empty() ? "" : "Try: " + failure.advice + "\n";
+    writeAll(error_.get(), json_ ? serialised({{"error", failure.what()},
+                                               {"code", failure.code},
+                                               {"message", failure.message},
+                                               {"advice", failure.advice}},
+                                              -1)
+                                 : "tavroctl: " + displayable(failure.what()) + "\n" + advice);
+}
+
+void Output::prompt(const std::string& text) const {
+    writeAll(error_.get(), text);
+}
+
+void Output::transient(const std::string& text) const {
+    if (hasTerminal())
+        writeAll(error_.get(), "\r\x1B[K" + displayable(text));
+}
+
+bool Output::hasTerminal() const {
+    return ::isatty(error_.get()) == 1;
+}
+
+}  // namespace tavroctl

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "failure.h"
+#include "posix/file_descriptor.h"
+
+namespace tavroctl {
+
+/// JSON whose members stay in the order given.
+using Json = nlohmann::ordered_json;
+
+/// `text` as it may go to a terminal: control characters and bytes that are no UTF-8 become U+FFFD.
+std::string displayable(const std::string& text);
+
+/// Rows of texts below headings, in columns aligned by their width on the screen.
+struct Table {
+    std::vector<std::string> headings;
+    std::vector<std::vector<std::string>> rows;  ///< each as long as `headings`
+
+    /// The table as lines, every one with its line end.
+    std::string text() const;
+};
+
+/// The program's own results and diagnostics. It writes to what standard output and standard error
+/// were when it was made, whatever happens to these descriptors later. Writes may come from any
+/// thread.
+class Output {
+public:
+    /// With `json`, results are JSON documents and errors JSON lines.
+    explicit Output(bool json);
+
+    /// Prints a result: `json` or, for a person, `text` with a line end. Throws Failure when
+    /// standard output takes it not.
+    void result(const Json& json, const std::string& text) const;
+
+    /// Prints a result: `json` or `table`, or `empty` when the table has no rows.
+    void result(const Json& json, const Table& table, const std::string& empty) const;
+
+    /// Tells on standard error why the command failed.
+    void error(const Failure& failure) const;
+
+    /// Prints `text` on standard error as it is.
+    void prompt(const std::string& text) const;
+
+    /// Shows `text` on a line of the terminal that the next text replaces; empty clears it.
+    /// Nothing when standard error is no terminal.
+    void transient(const std::string& text) const;
+
+    /// Whether `transient` shows anything.
+    bool hasTerminal() const;
+
+    int standardOutput() const { return output_.get(); }
+    int standardError() const { return error_.get(); }
+
+private:
+    posix::FileDescriptor output_;
+    posix::FileDescriptor error_;
+    bool json_;
+};
+
+}  // namespace tavroctl

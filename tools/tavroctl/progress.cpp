@@ -1,0 +1,61 @@
+#include "progress.h"
+
+#include <chrono>
+#include <cstdint>
+
+namespace fs = std::filesystem;
+
+namespace tavroctl {
+
+namespace {
+
+constexpr auto interval = std::chrono::milliseconds(200);
+
+/// Size of the partial file of `folder` that was written last; 0 when there is none.
+std::uintmax_t partialSize(const fs::path& folder) {
+    std::uintmax_t size = 0;
+    auto newest = fs::file_time_type::min();
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
+        if (entry->path().extension() != ".downloading")
+            continue;
+        std::error_code renamed;  // the library may have finished the file meanwhile
+        const auto written = entry->last_write_time(renamed);
+        const auto grown = entry->file_size(renamed);
+        if (!renamed && written >= newest) {
+            newest = written;
+            size = grown;
+        }
+    }
+    return size;
+}
+
+}  // namespace
+
+DownloadProgress::DownloadProgress(const Output& output, fs::path folder, std::string label)
+    : output_(output), folder_(std::move(folder)), label_(std::move(label)) {
+    if (output_.hasTerminal())
+        watcher_ = std::thread([this] { watch(); });
+}
+
+DownloadProgress::~DownloadProgress() {
+    if (!watcher_.joinable())
+        return;
+    {
+        const std::lock_guard lock(mutex_);
+        ended_ = true;
+    }
+    wake_.notify_one();
+    watcher_.join();
+    output_.transient("");
+}
+
+void DownloadProgress::watch() {
+    std::unique_lock lock(mutex_);
+    do {
+        const auto kilobytes = std::to_string(partialSize(folder_) / 1024);
+        output_.transient(label_ + "  " + kilobytes + " kB");
+    } while (!wake_.wait_for(lock, interval, [this] { return ended_; }));
+}
+
+}  // namespace tavroctl
