@@ -1,0 +1,137 @@
+#include "configuration_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "atomic_file.h"
+#include "file_access.h"
+
+namespace {
+
+struct Entry {
+    std::string_view key;
+    std::string_view value;
+};
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos)
+        return text.substr(0, 0);
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// Key and value as parts of `line`, or nothing when it is a comment or no entry.
+std::optional<Entry> entryIn(std::string_view line) {
+    const std::size_t equals = line.find('=');
+    if (equals == std::string_view::npos)
+        return std::nullopt;
+    const Entry entry{trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1))};
+    if (entry.key.empty() || entry.key.front() == '#')
+        return std::nullopt;
+    return entry;
+}
+
+bool isEntryOf(std::string_view line, std::string_view key) {
+    const std::optional<Entry> entry = entryIn(line);
+    return entry && entry->key == key;
+}
+
+bool endsWith(std::string_view text, std::string_view ending) {
+    return text.size() >= ending.size() && text.substr(text.size() - ending.size()) == ending;
+}
+
+std::vector<std::string> splitLines(std::string_view content) {
+    std::vector<std::string> lines;
+    while (!content.empty()) {
+        const std::size_t newline = std::min(content.find('\n'), content.size() - 1);
+        lines.emplace_back(content.substr(0, newline + 1));
+        content.remove_prefix(newline + 1);
+    }
+    return lines;
+}
+
+}  // namespace
+
+std::optional<ConfigurationFile> ConfigurationFile::open(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    ConfigurationFile file(std::filesystem::weakly_canonical(absolute, error));
+    if (path.empty() || error || !file.load())
+        return std::nullopt;
+    return file;
+}
+
+bool ConfigurationFile::load() {
+    const posix::FileDescriptor file = openRegularFile(path_.c_str());
+    if (!file) {
+        savedAsIs_ = false;
+        return errno == ENOENT && std::filesystem::is_directory(path_.parent_path());
+    }
+    std::string content;
+    if (!readBlocks(file, [&content](std::string_view block) { content += block; }))
+        return false;
+    lines_ = splitLines(content);
+    return true;
+}
+
+bool ConfigurationFile::isKey(std::string_view key) {
+    return !key.empty() && key.front() != '#' && trimmed(key) == key &&
+           key.find_first_of("=\r\n") == std::string_view::npos;
+}
+
+/// Index of the line that counts for `key`, or the number of lines when there is none.
+std::size_t ConfigurationFile::lineOf(std::string_view key) const {
+    for (std::size_t index = lines_.size(); index > 0; --index) {
+        if (isEntryOf(lines_[index - 1], key))
+            return index - 1;
+    }
+    return lines_.size();
+}
+
+std::optional<std::string_view> ConfigurationFile::value(std::string_view key) const {
+    const std::size_t index = lineOf(key);
+    if (index == lines_.size())
+        return std::nullopt;
+    return entryIn(lines_[index])->value;
+}
+
+void ConfigurationFile::setValue(std::string_view key, std::string_view value) {
+    const std::size_t index = lineOf(key);
+    if (index == lines_.size()) {
+        append(std::string(key).append("=").append(value));
+    } else {
+        std::string& line = lines_[index];
+        const std::string_view old = entryIn(line)->value;
+        if (old == value)
+            return;
+        line.replace(static_cast<std::size_t>(old.data() - line.data()), old.size(), value);
+    }
+    savedAsIs_ = false;
+}
+
+/// Adds `line` with the kind of line end that the file has.
+void ConfigurationFile::append(std::string line) {
+    const char* const lineEnd = !lines_.empty() && endsWith(lines_.front(), "\r\n") ? "\r\n" : "\n";
+    if (!lines_.empty() && !endsWith(lines_.back(), "\n"))
+        lines_.back() += lineEnd;
+    lines_.push_back(std::move(line += lineEnd));
+}
+
+void ConfigurationFile::remove(std::string_view key) {
+    const auto rest = std::remove_if(lines_.begin(), lines_.end(),
+                                     [key](const auto& line) { return isEntryOf(line, key); });
+    savedAsIs_ = savedAsIs_ && rest == lines_.end();
+    lines_.erase(rest, lines_.end());
+}
+
+bool ConfigurationFile::save() {
+    if (savedAsIs_)
+        return true;
+    std::string content;
+    for (const std::string& line : lines_)
+        content += line;
+    savedAsIs_ = replaceFile(path_, content);
+    return savedAsIs_;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// A text file of `key=value` lines, held as the lines it consists of, so that whatever is not
+/// changed is saved byte for byte: comments, order, spacing, line ends and lines of no meaning.
+///
+/// Blanks around key and value do not count. When a key stands in several lines, the last counts.
+class ConfigurationFile {
+public:
+    /// Reads the file `path`; nothing when it cannot be read. A missing file in an existing folder
+    /// reads as an empty one.
+    static std::optional<ConfigurationFile> open(const std::string& path);
+
+    /// Whether `key` can be written: not empty, no '#' first, no outer blanks, no '=', no line
+    /// break.
+    static bool isKey(std::string_view key);
+
+    /// The text that stands behind `key`, without outer blanks; valid until the next change.
+    std::optional<std::string_view> value(std::string_view key) const;
+
+    /// Puts `value` behind `key`, in the line that counts or in a new last line. `isKey(key)` must
+    /// hold, and `value` be free of line breaks and outer blanks.
+    void setValue(std::string_view key, std::string_view value);
+
+    /// Removes all lines of `key`.
+    void remove(std::string_view key);
+
+    /// Writes the file atomically, or leaves it alone when it exists and nothing was changed.
+    /// @return false when that failed and the old file is as it was.
+    bool save();
+
+private:
+    /// `path` is absolute and names the file itself, not a link to it.
+    explicit ConfigurationFile(std::filesystem::path path) : path_(std::move(path)) {}
+
+    bool load();
+    std::size_t lineOf(std::string_view key) const;
+    void append(std::string line);
+
+    std::filesystem::path path_;
+    std::vector<std::string> lines_;  // each with its line end
+    bool savedAsIs_ = true;           // the file exists and holds exactly `lines_`
+};

@@ -1,0 +1,51 @@
+#include "file_access.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace {
+
+constexpr std::size_t block_size = 64 * 1024;
+
+int openRegular(const char* path) {
+    const int descriptor =
+        uninterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
+    struct stat status {};
+    if (descriptor == -1 || (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)))
+        return descriptor;
+    ::close(descriptor);
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return -1;
+}
+
+}  // namespace
+
+posix::FileDescriptor openRegularFile(const char* path) {
+    return posix::FileDescriptor(openRegular(path));
+}
+
+bool readBlocks(const posix::FileDescriptor& file,
+                const std::function<void(std::string_view)>& consume) {
+    std::array<char, block_size> block;
+    for (;;) {
+        const ssize_t count =
+            uninterrupted([&] { return ::read(file.get(), block.data(), block.size()); });
+        if (count <= 0)
+            return count == 0;
+        consume({block.data(), static_cast<std::size_t>(count)});
+    }
+}
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count =
+            uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
+        if (count == -1)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cerrno>
+#include <functional>
+#include <string_view>
+
+#include "posix/file_descriptor.h"
+
+/// The result of the system call `call`, repeated for as long as a signal interrupts it.
+template <typename Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+/// Opens the regular file `path` for reading. None, with `errno` set, when that fails or it is
+/// something else (a folder, a pipe, a device); never waits for the other end of a pipe.
+posix::FileDescriptor openRegularFile(const char* path);
+
+/// Passes all that is left of `file` to `consume` in blocks of bounded size.
+/// @return false, with `errno` set, when a read fails.
+bool readBlocks(const posix::FileDescriptor& file,
+                const std::function<void(std::string_view)>& consume);
+
+/// Writes all of `bytes`, with one call unless the system takes fewer at a time.
+/// @return false, with `errno` set, when a write fails.
+bool writeAll(int descriptor, std::string_view bytes);

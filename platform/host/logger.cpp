@@ -1,0 +1,102 @@
+// fl_print_log2: one line for each message, written with one call, to where TAVRO_LOG says.
+
+#include <fcntl.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+#include "core_utils.h"
+#include "decimal.h"
+#include "file_access.h"
+#include "guarded.h"
+
+namespace {
+
+constexpr int error_level = 1;
+
+std::string localTime() {
+    timeval now{};
+    ::gettimeofday(&now, nullptr);
+    tm parts{};
+    ::localtime_r(&now.tv_sec, &parts);
+    char seconds[32] = "";
+    std::strftime(seconds, sizeof seconds, "%F %T", &parts);
+    const std::string thousandths = std::to_string(1000 + now.tv_usec / 1000);
+    return std::string(seconds) + "." + thousandths.substr(1);
+}
+
+__attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    std::string text(length < 0 ? 0 : static_cast<std::size_t>(length) + 1, '\0');
+    std::vsnprintf(text.data(), text.size(), format, again);
+    va_end(again);
+    if (text.empty())
+        return format;  // arguments that cannot be converted: the format still tells the place
+    text.pop_back();
+    return text;
+}
+
+std::string escaped(char character) {
+    if (character == '\n')
+        return "\\n";
+    char text[8];
+    std::snprintf(text, sizeof text, "\\x%02x", character);
+    return text;
+}
+
+/// `text` without a last line break, and with other control characters made visible.
+std::string onOneLine(std::string text) {
+    if (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    std::string line;
+    for (const char character : text) {
+        const auto code = static_cast<unsigned char>(character);
+        const bool control = (code < ' ' && character != '\t') || code == 0x7f;
+        control ? line.append(escaped(character)) : line.append(1, character);
+    }
+    return line;
+}
+
+/// Opens what `target` names unless that is one of the standard streams.
+posix::FileDescriptor openLog(const std::string& target) {
+    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC;
+    const bool stream = target.empty() || target == "stderr" || target == "stdout";
+    return posix::FileDescriptor(stream ? -1 : ::open(target.c_str(), flags, 0600));
+}
+
+void writeLine(const std::string& line) {
+    const char* const name = std::getenv("TAVRO_LOG");
+    const std::string target = name == nullptr ? "" : name;
+    const posix::FileDescriptor file = openLog(target);
+    const int stream = target == "stdout" ? STDOUT_FILENO : STDERR_FILENO;
+    writeAll(file ? file.get() : stream, line);
+}
+
+}  // namespace
+
+void fl_print_log2(int level, const char* file, int line, const char* function, const char* format,
+                   ...) {
+    if (format == nullptr || level > environmentNumber("TAVRO_LOG_LEVEL", error_level))
+        return;
+    const int callersError = errno;
+    va_list arguments;
+    va_start(arguments, format);
+    guarded(false, [&] {
+        const std::string place = std::string(file == nullptr ? "?" : file) + ":" +
+                                  std::to_string(line) + " " +
+                                  (function == nullptr ? "?" : function);
+        writeLine(localTime() + " level " + std::to_string(level) + " process " +
+                  std::to_string(g_process_pid) + " " + place + ": " +
+                  onOneLine(formatted(format, arguments)) + "\n");
+        return true;
+    });
+    va_end(arguments);
+    errno = callersError;
+}
