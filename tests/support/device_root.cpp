@@ -4,8 +4,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
+#include <filesystem>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -29,11 +28,17 @@ DeviceRoot::DeviceRoot() {
     fs::create_directories(syncFolder());
 }
 
-DeviceRoot::~DeviceRoot() { ::close(lock_); }
+DeviceRoot::~DeviceRoot() {
+    ::close(lock_);
+}
 
-std::string DeviceRoot::configuration() const { return system_folder / "tavro"; }
+std::string DeviceRoot::configuration() const {
+    return system_folder / "tavro";
+}
 
-std::string DeviceRoot::syncFolder() const { return root / "mnt/ext1/Tavro"; }
+std::string DeviceRoot::syncFolder() const {
+    return root / "mnt/ext1/Tavro";
+}
 
 std::string DeviceRoot::serverSettings() const {
     return system_folder / "server_connection_data.cfg";
@@ -41,27 +46,13 @@ std::string DeviceRoot::serverSettings() const {
 
 void DeviceRoot::writeServerSettings(int port) const {
     const std::string number = std::to_string(port);
-    writeFile(serverSettings(), "baseApiUrl=http://127.0.0.1/IOSCloudManagement.svc/\napiPort=" +
-                                    number + "\nuploadUrl=http://127.0.0.1/UploadContent.aspx\n" +
-                                    "uploadPort=" + number +
-                                    "\ndownloadUrl=http://127.0.0.1/DownloadContent.aspx\n" +
-                                    "downloadPort=" + number + "\n");
+    writeFile(serverSettings(),
+              "baseApiUrl=http://127.0.0.1/IOSCloudManagement.svc/\napiPort=" + number +
+                  "\nuploadUrl=http://127.0.0.1/UploadContent.aspx\n" + "uploadPort=" + number +
+                  "\ndownloadUrl=http://127.0.0.1/DownloadContent.aspx\n" +
+                  "downloadPort=" + number + "\n");
 }
 
 void DeviceRoot::writeAccount(const std::string& more) const {
-    writeFile(fs::path(configuration()) / ".tavro.conf",
-              "SerialNumber=SN-0001\nConsumerID=consumer\nConsumerPassword=secret\n"
-              "DeviceType=reader\nEmail=ada@reader.example\nFirstName=Ada\nLastName=Lovelace\n"
-              "DownloadFolderPath=" +
-                  syncFolder() + "\n" + more);
-}
-
-std::string readFile(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-void writeFile(const fs::path& path, const std::string& content) {
-    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
-    stream << content;
+    writeFile(fs::path(configuration()) / ".tavro.conf", accountConfiguration(syncFolder()) + more);
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
+
+#include "support/temporary_folder.h"
 
 /// A fresh, empty device for one test, with every folder of the fixed paths in place.
 ///
@@ -32,9 +33,3 @@ public:
 private:
     int lock_;
 };
-
-/// Content of the file `path`; empty when it cannot be read.
-std::string readFile(const std::filesystem::path& path);
-
-/// Makes `content` the whole content of the file `path`.
-void writeFile(const std::filesystem::path& path, const std::string& content);

@@ -1,0 +1,196 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+
+#include "bookmap.h"
+#include "support/temporary_folder.h"
+#include "syncjournal.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+using Ids = std::map<std::string, int>;
+
+/// Runs `action` with the numbers 0 to `count` - 1 in processes of their own, all at once.
+void inProcesses(int count, const std::function<void(int)>& action) {
+    std::vector<pid_t> children;
+    for (int number = 0; number < count; ++number) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            action(number);
+            ::_exit(0);
+        }
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_EQ(status, 0);
+    }
+}
+
+class Store : public ::testing::Test {
+protected:
+    Store() {
+        ::umask(0);
+        map.path = path;
+    }
+
+    mode_t mode() const {
+        struct stat status = {};
+        ::stat(path.c_str(), &status);
+        return status.st_mode & 07777;
+    }
+
+    TemporaryFolder folder;
+    const std::string path = folder / "store";
+    BookMap map;
+    SyncJournal journal{path};
+};
+
+}  // namespace
+
+TEST_F(Store, MapWritesRecordsInOrderOfPath) {
+    map.Add("b", -1);
+    map.Add("a", 7);
+    map.Add("a", 5);
+    EXPECT_EQ(readFile(path), "a\0\5\0\0\0b\0\xFF\xFF\xFF\xFF"s);
+    EXPECT_EQ(mode(), 0777U);
+    EXPECT_EQ(map.fd_, -1);
+    map.Add("", 0x01020304);
+    EXPECT_EQ(readFile(path), "\0\4\3\2\1a\0\5\0\0\0b\0\xFF\xFF\xFF\xFF"s);
+    for (const char* name : {"", "a", "absent", "b"})
+        map.Remove(name);
+    EXPECT_EQ(readFile(path), "");
+}
+
+TEST_F(Store, MapKeepsTheLastPathOfAnId) {
+    map.Add("z", 4);
+    map.Add("a", 4);
+    EXPECT_EQ(map.GetIdMap(), (std::map<int, std::string>{{4, "z"}}));
+    EXPECT_EQ(map.GetBookMap(), (Ids{{"a", 4}, {"z", 4}}));
+}
+
+TEST_F(Store, UnloadableMapKeepsWhatIsInMemory) {
+    map.Add("a", 1);
+    writeFile(path, "");
+    EXPECT_EQ(map.GetBookMap(), (Ids{{"a", 1}}));
+    EXPECT_EQ(map.loadMapInt(), -1);
+    EXPECT_EQ(map.saveMapInt(), -1);
+    map.Add("b", 2);
+    EXPECT_EQ(readFile(path).size(), 12U);
+}
+
+TEST_F(Store, MapThatCannotBeOpenedIsLoggedAndChangesInMemoryOnly) {
+    const std::string log = folder / "log";
+    ::setenv("TAVRO_LOG", log.c_str(), 1);
+    map.path = folder / "missing/list";
+    EXPECT_EQ(map.LockFile(), -1);
+    map.Add("a", 1);
+    ::unsetenv("TAVRO_LOG");
+    EXPECT_EQ(map.bookMap, (Ids{{"a", 1}}));
+    const std::string text = readFile(log);
+    EXPECT_NE(text.find("int BookMap::LockFile()"), std::string::npos) << text;
+    EXPECT_NE(text.find("[pid:" + std::to_string(::getpid()) +
+                        "]Condition: \"-1 != fd_\", return(\"FL_FAILED\")]Open failed with 2"),
+              std::string::npos)
+        << text;
+}
+
+TEST_F(Store, MapIsLockedDuringAnOperationOnly) {
+    const int other = ::open(path.c_str(), O_RDWR | O_CREAT, 0600);
+    ASSERT_EQ(map.LockFile(), 0);
+    EXPECT_EQ(::flock(other, LOCK_EX | LOCK_NB), -1);
+    ASSERT_EQ(map.LockFile(), 0);  // closes the first descriptor instead of waiting for itself
+    map.UnlockFile();
+    EXPECT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
+    ::close(other);
+}
+
+// A full disk or a dead battery may cut a file anywhere; corruption may follow.
+TEST_F(Store, TruncatedTailKeepsCompleteRecords) {
+    const std::string two = "one\0\1\0\0\0two\0\2\0\0\0"s;
+    for (std::size_t size = 1; size <= two.size(); ++size) {
+        writeFile(path, two.substr(0, size));
+        BookMap fresh;
+        fresh.path = path;
+        EXPECT_EQ(fresh.GetBookMap().size(), size / 8) << size;
+    }
+    const std::string pair = "a\0b\0\1\0\0\0cc\0d\0\0\0\0\0"s;
+    for (std::size_t size = 1; size <= pair.size(); ++size) {
+        writeFile(path, pair.substr(0, size));
+        EXPECT_EQ(journal.reload(), 0);
+        EXPECT_EQ(journal.count(), size < 8 ? 0U : size < pair.size() ? 1U : 2U) << size;
+    }
+    // A page of text without a zero byte, to the very end of the mapping.
+    writeFile(path, std::string(4096, 'x'));
+    EXPECT_EQ(journal.reload(), 0);
+    EXPECT_EQ(journal.count(), 0U);
+    EXPECT_TRUE(map.GetBookMap().empty());
+}
+
+TEST_F(Store, MapSurvivesChangesFromManyProcesses) {
+    inProcesses(4, [this](int number) {
+        for (int change = 0; change < 25; ++change)
+            map.Add("book " + std::to_string(number) + " " + std::to_string(change), change);
+    });
+    EXPECT_EQ(map.GetBookMap().size(), 100U);
+}
+
+TEST_F(Store, JournalWritesExactBytes) {
+    ::umask(022);
+    EXPECT_EQ(journal.push({"a", "b", true}), 0);
+    EXPECT_EQ(mode(), 0600U);
+    EXPECT_EQ(readFile(path), "a\0b\0\1\0\0\0"s);
+    EXPECT_EQ(journal.push({"", "", false}), 0);
+    EXPECT_EQ(readFile(path), "a\0b\0\1\0\0\0\0\0\0\0\0\0"s);
+    EXPECT_EQ(journal.count(), 0U);
+    EXPECT_EQ(journal.clearFile(), 0);
+    EXPECT_EQ(readFile(path), "");
+}
+
+TEST_F(Store, JournalGivesTheNewestRecordFirst) {
+    SyncJournal::Record out{"untouched", "", true};
+    EXPECT_FALSE(journal.pop(out));
+    EXPECT_EQ(out.oldName, "untouched");
+    EXPECT_EQ(journal.reload(), -1);
+    writeFile(path, "a\0b\0\1\0\0\0c\0d\0\2\0\0\0e\0f\0\1\0\0\1"s);
+    EXPECT_EQ(journal.reload(), 0);
+    EXPECT_EQ(journal.clearFile(), 0);
+    EXPECT_EQ(journal.reload(), 0);  // an empty file leaves the records in memory
+    EXPECT_EQ(journal.count(), 3U);
+    const struct {
+        const char* name;
+        bool flag;
+    } expected[] = {{"e", false}, {"c", false}, {"a", true}};
+    for (const auto& record : expected) {
+        ASSERT_TRUE(journal.pop(out));
+        EXPECT_EQ(out.oldName, record.name);
+        EXPECT_EQ(out.flag, record.flag) << record.name;
+    }
+}
+
+TEST_F(Store, JournalAppendsFromManyProcessesStayWhole) {
+    inProcesses(4, [this](int number) {
+        const std::string name(100, static_cast<char>('a' + number));
+        for (int change = 0; change < 50; ++change)
+            journal.push({name, name, true});
+    });
+    ASSERT_EQ(journal.reload(), 0);
+    EXPECT_EQ(journal.count(), 200U);
+    for (SyncJournal::Record record; journal.pop(record);)
+        EXPECT_TRUE(record.oldName == record.newName && record.oldName.size() == 100);
+}
+
+TEST_F(Store, UnopenableJournalSaysSo) {
+    SyncJournal lost(folder / "missing/journal");
+    EXPECT_EQ(lost.push({"a", "b", false}), -1);
+    EXPECT_EQ(lost.clearFile(), -1);
+    EXPECT_EQ(lost.reload(), -1);
+}

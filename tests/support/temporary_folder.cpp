@@ -1,0 +1,39 @@
+#include "support/temporary_folder.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder() {
+    std::string name = fs::temp_directory_path() / "tavro-test-XXXXXX";
+    if (::mkdtemp(name.data()) == nullptr)
+        throw std::runtime_error("cannot make a temporary folder");
+    path_ = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+std::string readFile(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeFile(const fs::path& path, const std::string& content) {
+    fs::create_directories(path.parent_path());
+    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
+    if (!stream.write(content.data(), static_cast<std::streamsize>(content.size())))
+        throw std::runtime_error("cannot write " + path.string());
+}
+
+std::string accountConfiguration(const std::string& syncFolder) {
+    return "SerialNumber=SN-0001\nConsumerID=consumer\nConsumerPassword=secret\n"
+           "DeviceType=reader\nEmail=ada@reader.example\nFirstName=Ada\nLastName=Lovelace\n"
+           "DownloadFolderPath=" +
+           syncFolder + "\n";
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+/// A folder of its own for one test, removed with all it holds.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    /// Path of `name` in the folder.
+    std::string operator/(const std::string& name) const { return path_ / name; }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// Content of the file `path`; empty when it cannot be read.
+std::string readFile(const std::filesystem::path& path);
+
+/// Makes `content` the whole content of the file `path`, creating its folder.
+void writeFile(const std::filesystem::path& path, const std::string& content);
+
+/// Text of a complete account configuration whose books go to the folder `syncFolder`.
+std::string accountConfiguration(const std::string& syncFolder);
