@@ -24,7 +24,7 @@ std::string Tavro::downloadBook(const BookDescription& book) {
     const std::string serverName = server->downloadContent(itemId, downloadFolderPath);
     if (serverName.empty())
         return {};
-    const std::string finalName = session::freeName(downloadFolderPath, serverName);
+    std::string finalName = session::freeName(downloadFolderPath, serverName);
     // The map learns of the book first: a file in the folder is never without its item.
     bookMap.Add(finalName, itemNumber(itemId));
     const std::string folder = downloadFolderPath + "/";
