@@ -86,52 +86,39 @@ void shop(const Arguments& arguments, const Output& output) {
         throw serviceFailure(
             *session->server, "the shop's details did not come", apiAddress(),
             "checking ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
-    output.result(
-        {{"name", session->getShopName()},
-         {"url", session->getShopUrl()},
-         {"terms", session->getShopLicenseUrl()}},
-        Table{{"Shop", displayable(session->getShopName())},
-              {{"Address", session->getShopUrl()}, {"Terms", session->getShopLicenseUrl()}}},
-        "");
+    output.summary({{"name", session->getShopName()},
+                    {"url", session->getShopUrl()},
+                    {"terms", session->getShopLicenseUrl()}});
 }
 
 void status(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     const TavroServer reader("");  // loads the service's address
     const bool configured = account.isConfigured();
-    const bool registered = account.isRegistered();
+    const bool registered = configured && account.isRegistered();
+    const bool loggedIn = registered && account.isLoggedIn();
     const std::size_t books =
-        configured && registered ? openSession(account, Need::Device)->getAddedBooks().size() : 0;
+        registered ? openSession(account, Need::Device)->getAddedBooks().size() : 0;
     std::size_t downloaded = 0;
-    if (configured)
-        for (const auto& [item, names] : presentFiles(account))
-            downloaded += names.size();
+    for (const auto& [item, names] : presentFiles(account))
+        downloaded += names.size();
     const std::size_t pending = pendingChanges(account).size();
-
-    const auto yesOrNo = [](bool value, const char* advice) {
-        return std::string(value ? "yes" : "no: ") + (value ? "" : advice);
-    };
-    output.result({{"configuration", account.folder()},
-                   {"configured", configured},
-                   {"email", account.value("Email")},
-                   {"downloadFolder", account.downloadFolder()},
-                   {"service", apiAddress()},
-                   {"registered", registered},
-                   {"loggedIn", account.isLoggedIn()},
-                   {"books", books},
-                   {"downloaded", downloaded},
-                   {"pending", pending}},
-                  Table{{"Configuration", account.folder()},
-                        {{"Configured", yesOrNo(configured, "tavroctl setup")},
-                         {"Account", account.value("Email")},
-                         {"Download folder", account.downloadFolder()},
-                         {"Service", apiAddress()},
-                         {"Registered", yesOrNo(registered, "tavroctl register")},
-                         {"Logged in", yesOrNo(account.isLoggedIn(), "tavroctl login")},
-                         {"Books", std::to_string(books)},
-                         {"Downloaded files", std::to_string(downloaded)},
-                         {"Pending changes", std::to_string(pending)}}},
-                  "");
+    output.summary({{"configuration", account.folder()},
+                    {"configured", configured},
+                    {"email", account.value("Email")},
+                    {"downloadFolder", account.downloadFolder()},
+                    {"service", apiAddress()},
+                    {"registered", registered},
+                    {"loggedIn", loggedIn},
+                    {"books", books},
+                    {"downloaded", downloaded},
+                    {"pending", pending},
+                    {"next", !configured   ? "tavroctl setup"
+                             : !registered ? "tavroctl register"
+                             : !loggedIn   ? "tavroctl login"
+                             : books == 0  ? "tavroctl sync"
+                             : pending > 0 ? "tavroctl replay"
+                                           : "tavroctl download --all"}});
 }
 
 }  // namespace tavroctl

@@ -96,13 +96,11 @@ void setUp(const Arguments& arguments, const Output& output) {
         account.forgetSession();
     fs::create_directories(account.downloadFolder());
 
-    output.result({{"configuration", account.folder()},
-                   {"downloadFolder", account.downloadFolder()},
-                   {"serialNumber", account.value("SerialNumber")},
-                   {"email", account.value("Email")},
-                   {"service", apiAddress()}},
-                  "Configuration  " + account.folder() + "\nBooks          " +
-                      account.downloadFolder().string() + "\nService        " + apiAddress());
+    output.summary({{"configuration", account.folder()},
+                    {"downloadFolder", account.downloadFolder()},
+                    {"serialNumber", account.value("SerialNumber")},
+                    {"email", account.value("Email")},
+                    {"service", apiAddress()}});
 }
 
 }  // namespace tavroctl

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cwchar>
 #include <cwctype>
 
@@ -34,6 +35,21 @@ std::size_t width(const std::string& text) {
     return columns;
 }
 
+/// The member name `name` as words: "Download folder" for "downloadFolder".
+std::string label(const std::string& name) {
+    std::string words;
+    for (const char letter : name) {
+        const auto code = static_cast<unsigned char>(letter);
+        if (words.empty())
+            words += static_cast<char>(std::toupper(code));
+        else if (std::isupper(code) != 0)
+            words += {' ', static_cast<char>(std::tolower(code))};
+        else
+            words += letter;
+    }
+    return words;
+}
+
 std::string serialised(const Json& json, int indent) {
     return json.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -61,15 +77,17 @@ std::string displayable(const std::string& text) {
 }
 
 std::string Table::text() const {
-    std::vector<std::vector<std::string>> lines{headings};
-    for (const auto& row : rows)
-        std::transform(row.begin(), row.end(), std::back_inserter(lines.emplace_back()),
-                       displayable);
-    std::vector<std::size_t> widths(headings.size());
-    for (const auto& line : lines)
-        for (std::size_t column = 0; column < line.size(); ++column)
+    auto lines = rows;
+    if (!headings.empty())
+        lines.insert(lines.begin(), headings);
+    std::vector<std::size_t> widths;
+    for (auto& line : lines) {
+        widths.resize(line.size());
+        for (std::size_t column = 0; column < line.size(); ++column) {
+            line[column] = displayable(line[column]);
             widths[column] = std::max(widths[column], width(line[column]));
-
+        }
+    }
     std::string text;
     for (const auto& line : lines) {
         for (std::size_t column = 0; column + 1 < line.size(); ++column)
@@ -93,6 +111,15 @@ void Output::result(const Json& json, const Table& table, const std::string& emp
     std::string text = table.rows.empty() ? empty + "\n" : table.text();
     text.pop_back();
     result(json, text);
+}
+
+void Output::summary(const Json& json) const {
+    Table table;
+    for (const auto& [name, value] : json.items())
+        table.rows.push_back({label(name), value.is_boolean()  ? value ? "yes" : "no"
+                                           : value.is_string() ? value.get<std::string>()
+                                                               : value.dump()});
+    result(json, table, "");
 }
 
 void Output::error(const Failure& failure) const {

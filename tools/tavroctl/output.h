@@ -17,8 +17,8 @@ std::string displayable(const std::string& text);
 
 /// Rows of texts below headings, in columns aligned by their width on the screen.
 struct Table {
-    std::vector<std::string> headings;
-    std::vector<std::vector<std::string>> rows;  ///< each as long as `headings`
+    std::vector<std::string> headings;           ///< none for a table without
+    std::vector<std::vector<std::string>> rows;  ///< all as long as `headings`, if there are any
 
     /// The table as lines, every one with its line end.
     std::string text() const;
@@ -38,6 +38,9 @@ public:
 
     /// Prints a result: `json` or `table`, or `empty` when the table has no rows.
     void result(const Json& json, const Table& table, const std::string& empty) const;
+
+    /// Prints a result that is a JSON object of plain values: for a person, a line for each member.
+    void summary(const Json& json) const;
 
     /// Tells on standard error why the command failed.
     void error(const Failure& failure) const;

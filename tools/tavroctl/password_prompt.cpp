@@ -65,10 +65,13 @@ private:
     posix::FileDescriptor descriptor_;
 };
 
-/// Reads one line from the terminal into `line`. @return the signal that came instead, if one did.
-std::optional<int> readSilently(std::string& line) {
+/// Asks `question` and reads one line from the terminal into `line`. @return the signal that came
+/// instead, if one did.
+std::optional<int> askSilently(const Output& output, const std::string& question,
+                               std::string& line) {
     const HeldSignals signals;
     const SilentTerminal terminal;
+    output.prompt(question);
     line.clear();
     pollfd sources[] = {{STDIN_FILENO, POLLIN, 0}, {signals.descriptor(), POLLIN, 0}};
     while (::poll(sources, 2, -1) > 0) {
@@ -85,8 +88,7 @@ std::optional<int> readSilently(std::string& line) {
 std::string ask(const Output& output, const std::string& question) {
     std::string line;
     for (;;) {
-        output.prompt(question);
-        const auto signal = readSilently(line);
+        const auto signal = askSilently(output, question, line);
         output.prompt("\n");
         if (!signal)
             return line;
