@@ -1,0 +1,210 @@
+#include "fault.h"
+
+#include <charconv>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "hex.h"
+
+namespace tavro::service {
+
+namespace {
+
+std::invalid_argument wrong(const std::string& key, const std::string& value,
+                            const std::string& wanted) {
+    return std::invalid_argument("fault: \"" + key + "=" + value + "\": " + wanted);
+}
+
+int toNumber(const std::string& key, const std::string& value, int lowest, int highest) {
+    int number = 0;
+    const char* const end = value.data() + value.size();
+    const auto [stop, error] = std::from_chars(value.data(), end, number);
+    if (error != std::errc() || stop != end || number < lowest || number > highest)
+        throw wrong(key, value,
+                    "a number from " + std::to_string(lowest) + " to " + std::to_string(highest) +
+                        " is wanted");
+    return number;
+}
+
+bool toFlag(const std::string& key, const std::string& value) {
+    if (!value.empty() && value != "true" && value != "false")
+        throw wrong(key, value, "true or false is wanted");
+    return value != "false";
+}
+
+std::string fromHex(const std::string& key, const std::string& value) {
+    if (auto bytes = hexDecode(value))
+        return *bytes;
+    throw wrong(key, value, "pairs of hexadecimal digits are wanted");
+}
+
+/// Sets what `key` names in `fault`.
+void set(Fault& fault, const std::string& key, const std::string& value) {
+    constexpr int longest_delay = 3600 * 1000;
+    constexpr int most = 1'000'000'000;
+    if (key == "delay")
+        fault.delay = std::chrono::milliseconds(toNumber(key, value, 0, longest_delay));
+    else if (key == "code")
+        fault.resultCode = value;
+    else if (key == "status")
+        fault.httpStatus = toNumber(key, value, 200, 599);
+    else if (key == "body")
+        fault.body = value;
+    else if (key == "body-hex")
+        fault.body = fromHex(key, value);
+    else if (key == "cut")
+        fault.cutAfter = static_cast<std::size_t>(toNumber(key, value, 0, most));
+    else if (key == "malformed")
+        fault.malformed = toFlag(key, value);
+    else if (key == "close")
+        fault.closeConnection = toFlag(key, value);
+    else if (key == "filename")
+        fault.fileName = value;
+    else if (key == "times")
+        fault.times = toNumber(key, value, 0, most);
+    else
+        throw std::invalid_argument("fault: unknown key \"" + key + "\"");
+}
+
+Operation toOperation(const std::string& text) {
+    if (const auto operation = operationNamed(text))
+        return *operation;
+    std::string known;
+    for (const Operation operation : all_operations)
+        known += std::string(known.empty() ? "" : ", ") + name(operation);
+    throw std::invalid_argument("fault: unknown operation \"" + text + "\"; there are " + known);
+}
+
+std::string readBodyFile(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    if (!stream.good() && !stream.eof())
+        throw wrong("body-file", path, "the file cannot be read");
+    return bytes;
+}
+
+std::vector<std::string> split(const std::string& text) {
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        parts.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return parts;
+}
+
+}  // namespace
+
+NamedFault parseFault(const std::string& text) {
+    const std::size_t colon = text.find(':');
+    if (colon == std::string::npos)
+        throw std::invalid_argument("fault: \"" + text + "\": OPERATION:key=value,... is wanted");
+    return parseFault(text.substr(0, colon), split(text.substr(colon + 1)));
+}
+
+NamedFault parseFault(const std::string& operation, const std::vector<std::string>& settings) {
+    NamedFault fault{toOperation(operation), {}};
+    if (settings.empty())
+        throw std::invalid_argument("fault: " + operation +
+                                    ": say what is to happen, as code=2001");
+    for (const std::string& setting : settings) {
+        const std::size_t equals = std::min(setting.find('='), setting.size());
+        const std::string key = setting.substr(0, equals);
+        const std::string value = equals < setting.size() ? setting.substr(equals + 1) : "";
+        if (key == "body-file")
+            fault.second.body = readBodyFile(value);
+        else
+            set(fault.second, key, value);
+    }
+    return fault;
+}
+
+std::string faultToJson(const NamedFault& named) {
+    const auto& [operation, fault] = named;
+    nlohmann::ordered_json json = {{"operation", name(operation)}};
+    if (fault.delay.count() > 0)
+        json["delay"] = fault.delay.count();
+    if (fault.resultCode)
+        json["code"] = *fault.resultCode;
+    if (fault.httpStatus)
+        json["status"] = *fault.httpStatus;
+    if (fault.body)
+        json["body-hex"] = hexEncode(*fault.body);
+    if (fault.cutAfter)
+        json["cut"] = *fault.cutAfter;
+    if (fault.malformed)
+        json["malformed"] = true;
+    if (fault.closeConnection)
+        json["close"] = true;
+    if (fault.fileName)
+        json["filename"] = *fault.fileName;
+    json["times"] = fault.times;
+    return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+NamedFault faultFromJson(const std::string& text) {
+    const auto json = nlohmann::json::parse(text, nullptr, false);
+    if (!json.is_object() || !json.contains("operation") || !json["operation"].is_string())
+        throw std::invalid_argument("fault: a JSON object with an \"operation\" is wanted");
+    NamedFault fault{toOperation(json["operation"]), {}};
+    for (const auto& [key, value] : json.items()) {
+        if (key != "operation")
+            set(fault.second, key, value.is_string() ? value.get<std::string>() : value.dump());
+    }
+    return fault;
+}
+
+const char* faultHelp() {
+    return "Keys of a fault:\n"
+           "  delay=MS          wait before the answer\n"
+           "  code=CODE         answer with this result code; nothing is done unless it is a "
+           "success\n"
+           "  status=N          HTTP status of the answer\n"
+           "  body=TEXT         exact body of the answer; body= for an empty one\n"
+           "  body-hex=DIGITS   the same as hexadecimal digits\n"
+           "  body-file=PATH    the same from a file\n"
+           "  cut=N             announce the whole body, send N bytes, close the connection\n"
+           "  malformed         answer with XML that is not well-formed\n"
+           "  close             close the connection without an answer; nothing is done\n"
+           "  filename=TEXT     announce this name for a download; filename= for no name at all\n"
+           "  times=N           for the next N requests (default: until cleared)";
+}
+
+void FaultQueue::add(Operation operation, Fault fault) {
+    const std::lock_guard lock(mutex_);
+    auto& waiting = faults_[operation];
+    if (!waiting.empty() && waiting.back().times == 0)
+        waiting.pop_back();
+    waiting.push_back(std::move(fault));
+}
+
+Fault FaultQueue::take(Operation operation) {
+    const std::lock_guard lock(mutex_);
+    auto& waiting = faults_[operation];
+    if (waiting.empty())
+        return {};
+    Fault fault = waiting.front();
+    if (fault.times > 0 && --waiting.front().times == 0)
+        waiting.pop_front();
+    return fault;
+}
+
+void FaultQueue::clear() {
+    const std::lock_guard lock(mutex_);
+    faults_.clear();
+}
+
+std::vector<NamedFault> FaultQueue::pending() const {
+    const std::lock_guard lock(mutex_);
+    std::vector<NamedFault> pending;
+    for (const auto& [operation, waiting] : faults_) {
+        for (const Fault& fault : waiting)
+            pending.emplace_back(operation, fault);
+    }
+    return pending;
+}
+
+}  // namespace tavro::service

@@ -1,0 +1,207 @@
+#include <httplib.h>
+#include <pthread.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "fault.h"
+#include "request_log.h"
+#include "service.h"
+
+namespace {
+
+using namespace tavro::service;
+
+constexpr int done = 0;
+constexpr int failed = 1;
+constexpr int wrong_usage = 2;
+
+constexpr const char* examples =
+    "Examples:\n"
+    "  tavro-service --books ~/Books\n"
+    "  tavro-service --books ~/Books --state ~/tavro.sqlite --port 0 --json\n"
+    "  tavro-service --fault LoginUser:code=2008,times=1\n"
+    "  tavro-service fault DownloadContent cut=1000 times=2\n"
+    "  tavro-service fault UploadContent body-file=answer.xml\n"
+    "  tavro-service fault --clear\n\n";
+
+struct ServeArguments {
+    Options options;
+    std::string consumer;
+    std::vector<std::string> faults;
+    bool json = false;
+    bool quiet = false;
+};
+
+struct FaultArguments {
+    std::string service = "http://127.0.0.1:1510";
+    std::string operation;
+    std::vector<std::string> settings;
+    bool clear = false;
+};
+
+/// Writes `line` to standard output at once, for whoever waits for it.
+void print(const std::string& line) {
+    std::fwrite((line + "\n").data(), 1, line.size() + 1, stdout);
+    std::fflush(stdout);
+}
+
+void announce(const Service& service, const ServeArguments& arguments) {
+    const std::size_t books = service.books().size();
+    if (arguments.json)
+        print(nlohmann::ordered_json({{"event", "listening"},
+                                      {"url", service.url()},
+                                      {"port", service.port()},
+                                      {"books", books}})
+                  .dump());
+    else
+        print("Tavro service on " + service.url() + " with " + std::to_string(books) +
+              " books. Stop it with Ctrl-C.");
+}
+
+int serve(ServeArguments& arguments) {
+    // 1. Signals are taken by this thread alone, where they are waited for.
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, signal);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+    // 2. The service.
+    Options& options = arguments.options;
+    const bool json = arguments.json;
+    options.report = [](const std::string& text) { std::cerr << "tavro-service: " + text + "\n"; };
+    if (!arguments.quiet)
+        options.log = [json](const Request& request) {
+            print(json ? jsonLine(request) : readableLine(request));
+        };
+    Service service(options);
+    for (const std::string& text : arguments.faults) {
+        const auto [operation, fault] = parseFault(text);
+        service.inject(operation, fault);
+    }
+    announce(service, arguments);
+
+    // 3. Until told to stop.
+    int received = 0;
+    sigwait(&signals, &received);
+    service.stop();
+    return done;
+}
+
+httplib::Result ask(httplib::Client& client, const FaultArguments& arguments) {
+    if (arguments.clear)
+        return client.Delete("/control/faults");
+    if (arguments.operation.empty())
+        return client.Get("/control/status");
+    const NamedFault fault = parseFault(arguments.operation, arguments.settings);
+    return client.Post("/control/faults", faultToJson(fault), "application/json");
+}
+
+/// Speaks to the service that runs at `arguments.service`.
+int control(const FaultArguments& arguments) {
+    httplib::Client client(arguments.service);
+    const httplib::Result answer = ask(client, arguments);
+    if (!answer)
+        throw std::runtime_error("no service answers at " + arguments.service +
+                                 ". Start one, or give its address with --service.");
+    if (answer->status != 200)
+        throw std::runtime_error("the service refuses: HTTP status " +
+                                 std::to_string(answer->status) + " " + answer->body);
+    std::cout << answer->body;
+    return done;
+}
+
+void addServeOptions(CLI::App& app, ServeArguments& arguments) {
+    Options& options = arguments.options;
+    options.port = 1510;
+    app.add_option("--books", options.books, "Serve the EPUB, FB2, PDF and text files below FOLDER")
+        ->option_text("FOLDER");
+    app.add_option("--address", options.address, "Listen on this address")->capture_default_str();
+    app.add_option("--port", options.port, "Listen on this port; 0 picks a free one")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 65535));
+    app.add_option("--state", options.database,
+                   "Keep devices, accounts, sessions and uploads in FILE (default: in memory)")
+        ->option_text("FILE");
+    app.add_flag("--entity-references", options.entityReferences,
+                 "Escape texts with entity references, not with CDATA");
+    app.add_option("--max-body", options.maximumBody,
+                   "Refuse request bodies larger than SIZE, as 16MB (default: 256MB)")
+        ->option_text("SIZE")
+        ->transform(CLI::AsSizeValue(false));
+    app.add_option("--consumer", arguments.consumer,
+                   "Accept only this consumer (default: any identifier and password)")
+        ->option_text("ID:PASSWORD");
+    app.add_option("--fault", arguments.faults, "Misbehave from the start; see the keys below")
+        ->option_text("OPERATION:KEY=VALUE,...")
+        ->expected(1)
+        ->take_all();
+    app.add_flag("--json", arguments.json, "Print JSON lines");
+    app.add_flag("--quiet", arguments.quiet, "Print no line for each request");
+}
+
+CLI::App* addFaultCommand(CLI::App& app, FaultArguments& arguments) {
+    CLI::App* const command =
+        app.add_subcommand("fault", "Make a running service misbehave; alone: show what is set");
+    command->add_option("--service", arguments.service, "Address of the running service")
+        ->capture_default_str();
+    CLI::Option* const clear = command->add_flag("--clear", arguments.clear, "Drop all faults");
+    command->add_option("operation", arguments.operation, "Operation that is to misbehave")
+        ->excludes(clear);
+    command->add_option("settings", arguments.settings, "What is to happen, as key=value");
+    command->footer(faultHelp());
+    return command;
+}
+
+/// Checks what the parser of the command line cannot. Throws `CLI::ValidationError`.
+void checkArguments(ServeArguments& arguments) {
+    try {
+        for (const std::string& text : arguments.faults)
+            parseFault(text);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--fault", error.what());
+    }
+    const std::size_t colon = arguments.consumer.find(':');
+    if (arguments.consumer.empty())
+        return;
+    if (colon == std::string::npos)
+        throw CLI::ValidationError("--consumer", "ID:PASSWORD is wanted");
+    arguments.options.consumer.emplace(arguments.consumer.substr(0, colon),
+                                       arguments.consumer.substr(colon + 1));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Local Tavro service: the device API and the book pages on this machine",
+                 "tavro-service");
+    ServeArguments serve_arguments;
+    FaultArguments fault_arguments;
+    addServeOptions(app, serve_arguments);
+    const CLI::App* const fault_command = addFaultCommand(app, fault_arguments);
+    app.set_version_flag("--version", "tavro-service " TAVRO_VERSION);
+    app.require_subcommand(0, 1);
+    app.footer(examples + std::string(faultHelp()));
+    try {
+        app.parse(argc, argv);
+        checkArguments(serve_arguments);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? done : wrong_usage;
+    }
+
+    try {
+        return fault_command->parsed() ? control(fault_arguments) : serve(serve_arguments);
+    } catch (const std::invalid_argument& error) {
+        std::cerr << "tavro-service: " << error.what() << "\n";
+        return wrong_usage;
+    } catch (const std::exception& error) {
+        std::cerr << "tavro-service: " << error.what() << "\n";
+        return failed;
+    }
+}

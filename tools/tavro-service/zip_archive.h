@@ -1,0 +1,36 @@
+#pragma once
+
+#include <zip.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tavro::service {
+
+/// Largest file or archive entry that is read for the sake of a title or a cover, in bytes.
+inline constexpr std::size_t largest_part = 64u << 20;
+
+/// A zip file, read entry by entry into memory; entry names never reach the disk.
+class ZipArchive {
+public:
+    /// Opens the archive `path`. Throws `BookError` if it is none.
+    explicit ZipArchive(const std::filesystem::path& path);
+
+    /// Names of all entries.
+    std::vector<std::string> names() const;
+
+    /// The content of the entry `name`. Throws `BookError` if there is no such entry, if it
+    /// is damaged or if it is larger than `largest_part`, whatever size the archive claims.
+    std::string read(const std::string& name) const;
+
+private:
+    struct Discard {
+        void operator()(zip_t* archive) const { zip_discard(archive); }
+    };
+    std::unique_ptr<zip_t, Discard> archive_;
+};
+
+}  // namespace tavro::service
