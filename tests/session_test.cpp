@@ -1,0 +1,353 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "support/service_fixture.h"
+#include "syncjournal.h"
+#include "tavro.h"
+
+using namespace tavro::service;
+using namespace std::string_literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<useconds_t> pauses;
+
+}  // namespace
+
+/// Stands before the system's, so that the pauses between uploads are counted and cost nothing.
+extern "C" int usleep(useconds_t microseconds) {
+    pauses.push_back(microseconds);
+    return 0;
+}
+
+namespace {
+
+class Session : public ServiceFixture {
+protected:
+    Session() {
+        fs::create_directories(sync);
+        configure(accountConfiguration(sync));
+        pauses.clear();
+    }
+
+    void configure(const std::string& text) { writeFile(configuration + "/.tavro.conf", text); }
+
+    std::string stored(const char* name) const { return readFile(configuration + "/" + name); }
+
+    /// Brings the session to where an application has it after its first start.
+    void logIn() {
+        ASSERT_TRUE(session.init(configuration));
+        ASSERT_TRUE(session.createUser("pw"));
+        ASSERT_TRUE(session.login("pw"));
+    }
+
+    int requestsOf(Operation operation) const {
+        const auto all = service.requests();
+        return static_cast<int>(std::count_if(all.begin(), all.end(), [&](const Request& request) {
+            return request.operation == operation;
+        }));
+    }
+
+    /// The journal's records as "old>new:flag", in the file's order.
+    std::vector<std::string> journalled() const {
+        SyncJournal journal(configuration + "/.tavro_journal");
+        journal.reload();
+        std::vector<std::string> records;
+        for (SyncJournal::Record record; journal.pop(record);)
+            records.insert(records.begin(),
+                           record.oldName + ">" + record.newName + ":" + (record.flag ? "1" : "0"));
+        return records;
+    }
+
+    void journal(const std::string& oldName, const std::string& newName, bool flag) {
+        SyncJournal(configuration + "/.tavro_journal").push({oldName, newName, flag});
+    }
+
+    void addToMap(const std::string& name, int id) {
+        BookMap map;
+        map.path = configuration + "/.tavro.lst";
+        map.Add(name, id);
+    }
+
+    const std::string configuration = folder / "config";
+    const std::string sync = folder / "sync";
+    Tavro session;
+};
+
+using Names = std::vector<std::string>;
+using Books = std::map<std::string, int>;
+
+BookDescription book(const std::string& itemId) {
+    std::vector<std::string> fields(12);
+    fields[BookDescription::ItemID] = itemId;
+    return BookDescription(fields);
+}
+
+}  // namespace
+
+TEST_F(Session, RefusesEverythingBeforeInit) {
+    EXPECT_FALSE(session.init(""));
+    EXPECT_FALSE(session.createUser("pw") || session.login("pw") || session.forgetPassword("e") ||
+                 session.syncServer() || session.updateACSM("a", "b", true) ||
+                 session.syncDownloadFolder() || session.getShopInfo("c", "p", "t"));
+    session.syncJournal();
+    EXPECT_EQ(session.downloadBook(book("1")), "");
+    EXPECT_EQ(session.deviceToken() + session.sessionID() + session.vendorToken() +
+                  session.vendorID() + session.lastError() + session.getShopUrl() +
+                  session.getShopLicenseUrl() + session.getShopName(),
+              "");
+    EXPECT_EQ(session.server, nullptr);
+    EXPECT_TRUE(session.getAddedBooks().empty());
+    EXPECT_TRUE(service.requests().empty());
+}
+
+TEST_F(Session, NeedsTheFiveRequiredSettings) {
+    const std::string whole = accountConfiguration(sync);
+    for (const char* key :
+         {"SerialNumber", "ConsumerID", "ConsumerPassword", "DeviceType", "DownloadFolderPath"}) {
+        std::string text = whole;
+        text.insert(text.find(key), "#");
+        configure(text);
+        EXPECT_FALSE(session.init(configuration)) << key;
+        EXPECT_EQ(session.server, nullptr) << key;
+    }
+    EXPECT_FALSE(session.init(folder / "missing"));
+    configure(
+        "SerialNumber=s\nConsumerID=c\nConsumerPassword=p\nDeviceType=t\n"
+        "DownloadFolderPath=" +
+        sync + "\n");
+    EXPECT_TRUE(session.init(configuration));
+}
+
+TEST_F(Session, RegistersOnceAndKeepsTheToken) {
+    answer(Operation::RegisterDevice, answerXml("9", "<Token>refused</Token>"));
+    EXPECT_FALSE(session.init(configuration));
+    EXPECT_EQ(session.lastError(), "9");
+    EXPECT_FALSE(fs::exists(configuration + "/.tavro_token"));
+    answer(Operation::RegisterDevice, answerXml("1003", "<Token>tok&#10;</Token>"));
+    writeFile(configuration + "/.tavro_token", "");
+    configure(accountConfiguration(sync) + "sessionID=ses\n");
+    EXPECT_TRUE(session.init(configuration));
+    EXPECT_EQ(stored(".tavro_token"), "tok\n");
+    EXPECT_EQ(session.sessionID(), "ses");
+    EXPECT_EQ(requestsOf(Operation::RegisterDevice), 2);
+    Tavro other;
+    EXPECT_TRUE(other.init(configuration));
+    EXPECT_EQ(other.deviceToken(), "tok\n");
+    EXPECT_EQ(requestsOf(Operation::RegisterDevice), 2);
+}
+
+TEST_F(Session, ShopNameFallsBackOnTheDefault) {
+    ASSERT_TRUE(session.init(configuration));
+    EXPECT_EQ(session.getShopName(), "Zabrin");
+    answer(Operation::GetShopURL,
+           answerXml("1003", "<ShopName>Books</ShopName><ShopURL>u</ShopURL>"));
+    EXPECT_TRUE(session.getShopInfo("c", "p", "t"));
+    EXPECT_EQ(session.getShopName(), "Books");
+    EXPECT_EQ(session.getShopUrl(), "u");
+    answer(Operation::GetShopURL, "<R/>");
+    EXPECT_FALSE(session.getShopInfo("c", "p", "t"));
+}
+
+TEST_F(Session, PasswordIsStoredAsGivenWhateverTheServiceSays) {
+    const auto storedPassword = [this] {
+        Tavro other;
+        other.init(configuration);
+        return other.login("");
+    };
+    ASSERT_TRUE(session.init(configuration));
+    EXPECT_FALSE(session.login(""));
+    EXPECT_FALSE(fs::exists(configuration + "/.tavro_shadow"));
+    Fault refusal;
+    refusal.resultCode = "2099";
+    refusal.times = 1;
+    service.inject(Operation::CreateUser, refusal);
+    EXPECT_FALSE(session.createUser("first"));
+    EXPECT_EQ(stored(".tavro_shadow").find("first"), std::string::npos);
+    EXPECT_TRUE(session.createUser("first"));
+    EXPECT_TRUE(storedPassword());   // sends the stored one, and empties the store
+    EXPECT_FALSE(storedPassword());  // so that the next has none to send
+    const int logins = requestsOf(Operation::LoginUser);
+    EXPECT_EQ(logins, 1);
+    EXPECT_TRUE(session.login("first"));
+    EXPECT_FALSE(session.sessionID().empty() || session.vendorToken().empty() ||
+                 session.vendorID().empty());
+}
+
+TEST_F(Session, RefusalsOfAccountRequestsAreSaidWithoutANewline) {
+    ASSERT_TRUE(session.init(configuration));
+    const auto last = [](const std::string& text, std::size_t size) {
+        return text.substr(text.size() - std::min(size, text.size()));
+    };
+    EXPECT_EQ(last(standardErrorOf([&] { EXPECT_FALSE(session.login("wrong")); }), 11),
+              "Can't login");
+    EXPECT_EQ(last(standardErrorOf([&] { EXPECT_FALSE(session.forgetPassword("nobody")); }), 21),
+              "Can't forget password");
+    answer(Operation::ForgetPassword, answerXml("1014"));
+    EXPECT_TRUE(session.forgetPassword("ada@reader.example"));
+}
+
+TEST_F(Session, SavedCatalogueIsTheAnswerAndIsParsedOncePerChange) {
+    const std::string first = answerXml(
+        "1003", "<AddedItems><ItemsResponse><ItemID>1</ItemID></ItemsResponse></AddedItems>");
+    logIn();
+    answer(Operation::SysnWithCloud, first);
+    EXPECT_TRUE(session.syncServer());
+    EXPECT_EQ(stored(".tbooks.xml"), first);
+    writeFile(configuration + "/.tbooks.xml", "<R/>");
+    EXPECT_EQ(session.getAddedBooks().size(), 1U);  // this process's own sync wins
+    answer(Operation::SysnWithCloud, "");
+    EXPECT_FALSE(session.syncServer());
+    EXPECT_EQ(stored(".tbooks.xml"), "<R/>");
+
+    writeFile(configuration + "/.tbooks.xml", first);
+    Tavro reader;
+    EXPECT_TRUE(reader.getAddedBooks().empty());
+    ASSERT_TRUE(reader.init(configuration));
+    const std::vector<BookDescription>& books = reader.getAddedBooks();
+    ASSERT_EQ(books.size(), 1U);
+    const void* const parsed = books.data();
+    EXPECT_EQ(reader.getAddedBooks().data(), parsed);
+    writeFile(configuration + "/.tbooks.xml", "<AddedItems></AddedItems>");
+    EXPECT_TRUE(reader.getAddedBooks().empty());
+    writeFile(configuration + "/.tbooks.xml", "");
+    EXPECT_TRUE(reader.getAddedBooks().empty());
+    fs::remove(configuration + "/.tbooks.xml");
+    EXPECT_TRUE(reader.getAddedBooks().empty());
+}
+
+TEST_F(Session, DownloadedBookGetsTheFirstFreeName) {
+    const struct {
+        const char* offered;
+        Names expected;  ///< of the first download, the second and so on
+    } cases[] = {{"book.pdf", {"book.pdf", "book_1.pdf", "book_2.pdf"}},
+                 {"a.fb2.zip", {"a.fb2.zip", "a_1.fb2.zip", "a_2.fb2.zip"}},
+                 {"README", {"README", "README_1"}},
+                 {".hidden", {".hidden", ".hidden_1"}},
+                 {"dir.old/file", {"dir.old/file", "dir.old/file_1"}},
+                 {".fb2.zip", {".fb2.zip", ".fb2_1.zip"}},
+                 {"x.tar.gz", {"x.tar.gz", "x.tar_1.gz"}},
+                 {"end.", {"end.", "end_1."}},
+                 {"..b", {"..b", "._1.b"}}};
+    logIn();
+    fs::create_directories(sync + "/dir.old");
+    int item = 0;
+    for (const auto& row : cases)
+        for (const std::string& expected : row.expected) {
+            Fault fault;
+            fault.fileName = row.offered;
+            fault.body = expected;
+            fault.times = 1;
+            service.inject(Operation::DownloadContent, fault);
+            EXPECT_EQ(session.downloadBook(book(std::to_string(++item))), expected);
+            EXPECT_EQ(readFile(sync + "/" + expected), expected);
+            EXPECT_EQ(session.GetBooks()[expected], item);
+        }
+    EXPECT_EQ(session.GetBooksIds()[1], "book.pdf");
+}
+
+TEST_F(Session, DownloadMapsTheItemNumberOfItsText) {
+    logIn();
+    const std::pair<BookDescription, int> cases[] = {{book("-7"), -7},
+                                                     {book(" 12abc"), 12},
+                                                     {book("none"), 0},
+                                                     {BookDescription(), 0},
+                                                     {book("99999999999"), 2147483647}};
+    for (const auto& [wanted, number] : cases) {
+        Fault fault;
+        fault.fileName = "n" + std::to_string(number);
+        fault.body = "x";
+        fault.times = 1;
+        service.inject(Operation::DownloadContent, fault);
+        const std::string name = session.downloadBook(wanted);
+        EXPECT_EQ(session.GetBooks()[name], number) << name;
+        EXPECT_EQ(lastRequest().fields.back().second, wanted.field(BookDescription::ItemID));
+    }
+}
+
+TEST_F(Session, CutDownloadLeavesNeitherBookNorMapEntry) {
+    logIn();
+    Fault fault;
+    fault.fileName = "book.txt";
+    fault.body = "content";
+    fault.cutAfter = 4;
+    service.inject(Operation::DownloadContent, fault);
+    EXPECT_EQ(session.downloadBook(book("1")), "");
+    EXPECT_FALSE(fs::exists(sync + "/book.txt"));
+    EXPECT_TRUE(session.GetBooks().empty());
+    fault.cutAfter.reset();
+    service.clearFaults();
+    service.inject(Operation::DownloadContent, fault);
+    EXPECT_EQ(session.downloadBook(book("1")), "book.txt");
+    EXPECT_EQ(readFile(sync + "/book.txt"), "content");
+}
+
+TEST_F(Session, ChangeIsJournalledWhateverTheUploadYields) {
+    logIn();
+    addToMap("old.txt", 5);
+    writeFile(sync + "/new.txt", "new");
+    EXPECT_FALSE(session.updateACSM("/any/unknown.txt", "/any/new.txt", true));
+    EXPECT_EQ(journalled(), Names{});
+    EXPECT_TRUE(session.updateACSM("/any/old.txt", "new.txt", false));
+    EXPECT_EQ(requestsOf(Operation::UploadContent), 0);
+    answer(Operation::UploadContent, answerXml("9"));
+    EXPECT_TRUE(session.updateACSM("old.txt", "/any/new.txt", true));
+    EXPECT_EQ(requestsOf(Operation::UploadContent), 5);
+    EXPECT_EQ(pauses, std::vector<useconds_t>(5, 5000000));
+    answer(Operation::UploadContent, answerXml("9"), 1);
+    Fault taken;
+    taken.body = answerXml("1003");
+    service.inject(Operation::UploadContent, taken);
+    EXPECT_TRUE(session.updateACSM("old.txt", "new.txt", true));
+    EXPECT_EQ(pauses.size(), 6U);
+    EXPECT_EQ(journalled(), (Names{"old.txt>new.txt:0", "old.txt>new.txt:0", "old.txt>new.txt:1"}));
+    EXPECT_EQ(session.GetBooks(), (Books{{"old.txt", 5}}));
+}
+
+TEST_F(Session, ReplayKeepsWhatWasNeverUploadedInTheOrderTaken) {
+    logIn();
+    for (const auto& [name, id] : Books{{"a", 1}, {"b", 2}})
+        addToMap(name, id);
+    journal("a", "a2", false);
+    journal("b", "b2", false);
+    answer(Operation::UploadContent, answerXml("9"));
+    EXPECT_NE(standardErrorOf([this] {
+                  EXPECT_TRUE(session.syncDownloadFolder());
+              }).find("Replay journal: old=b new=b2 flag=0\n"),
+              std::string::npos);
+    EXPECT_EQ(journalled(), (Names{"b>b2:0", "a>a2:0"}));
+    EXPECT_EQ(pauses, std::vector<useconds_t>(10, 5000000));
+    EXPECT_TRUE(session.syncDownloadFolder());
+    EXPECT_EQ(journalled(), (Names{"a>a2:0", "b>b2:0"}));
+    EXPECT_EQ(session.GetBooks(), (Books{{"a", 1}, {"b", 2}}));
+}
+
+TEST_F(Session, ReplayMovesTheMapEntryOnceUploaded) {
+    logIn();
+    for (const auto& [name, id] : Books{{"sent", -1}, {"fresh", 2}})
+        addToMap(name, id);
+    journal("unknown", "x", true);
+    journal("sent", "sent2", true);
+    journal("fresh", "fresh2", false);
+    writeFile(sync + "/fresh2", "new");
+    writeFile(sync + "/sent2", "new");
+    answer(Operation::UploadContent, answerXml("1003"), 1);  // for "fresh", the newest
+    Fault refused;
+    refused.body = answerXml("9");
+    service.inject(Operation::UploadContent, refused);
+    EXPECT_TRUE(session.syncDownloadFolder());
+    EXPECT_EQ(journalled(), Names{});
+    EXPECT_EQ(session.GetBooks(), (Books{{"fresh2", 2}, {"sent2", -1}}));
+    EXPECT_EQ(requestsOf(Operation::UploadContent), 6);
+    EXPECT_EQ(lastRequest().fields.at(2).second, "-1");
+}
+
+TEST_F(Session, ReplayWithoutASessionLeavesTheJournal) {
+    ASSERT_TRUE(session.init(configuration));
+    journal("a", "b", false);
+    EXPECT_FALSE(session.syncDownloadFolder());
+    EXPECT_EQ(journalled(), Names{"a>b:0"});
+}
