@@ -1,0 +1,373 @@
+// The command-line tool as a process of its own, against a running service.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "service.h"
+#include "support/device_root.h"
+#include "support/temporary_folder.h"
+
+using nlohmann::json;
+using tavro::service::Fault;
+using tavro::service::Operation;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+const std::string password = "correct horse";
+
+struct Outcome {
+    int status;  ///< exit status, or minus the signal that ended the program
+    std::string out;
+    std::string err;
+};
+
+int statusOf(pid_t process) {
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+Fault refusal(const std::string& code) {
+    Fault fault;
+    fault.resultCode = code;
+    return fault;
+}
+
+class Tavroctl : public testing::Test {
+protected:
+    Tavroctl() : service_(optionsFor(folder_)) {}
+
+    static tavro::service::Options optionsFor(const TemporaryFolder& folder) {
+        tavro::service::Options options;
+        options.books = folder / "books";
+        writeFile(options.books / "first.txt", "The first book.\n");
+        writeFile(options.books / "second.txt", "The second book.\n");
+        return options;
+    }
+
+    static std::vector<char*> argumentsFor(Words& words) {
+        words.insert(words.begin(), TAVRO_TEST_TAVROCTL);
+        std::vector<char*> arguments;
+        for (auto& word : words)
+            arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        return arguments;
+    }
+
+    /// Starts the tool with `input` as its standard input, writing to files of the test.
+    pid_t start(Words words, const std::string& input) const {
+        writeFile(folder_ / "in", input);
+        posix_spawn_file_actions_t streams;
+        ::posix_spawn_file_actions_init(&streams);
+        const int created = O_WRONLY | O_CREAT | O_TRUNC;
+        const std::string in = folder_ / "in", out = folder_ / "out", err = folder_ / "err";
+        ::posix_spawn_file_actions_addopen(&streams, 0, in.c_str(), O_RDONLY, 0);
+        ::posix_spawn_file_actions_addopen(&streams, 1, out.c_str(), created, 0600);
+        ::posix_spawn_file_actions_addopen(&streams, 2, err.c_str(), created, 0600);
+        pid_t process = -1;
+        EXPECT_EQ(0, ::posix_spawn(&process, TAVRO_TEST_TAVROCTL, &streams, nullptr,
+                                   argumentsFor(words).data(), environ));
+        ::posix_spawn_file_actions_destroy(&streams);
+        return process;
+    }
+
+    Outcome run(const Words& words, const std::string& input = {}) const {
+        const int status = statusOf(start(words, input));
+        return {status, readFile(folder_ / "out"), readFile(folder_ / "err")};
+    }
+
+    /// Runs a command that must succeed with nothing but one JSON document on its output.
+    json done(Words words, const std::string& input = {}) const {
+        words.push_back("--json");
+        const Outcome outcome = run(words, input);
+        EXPECT_EQ(0, outcome.status) << words[0] << ": " << outcome.err;
+        EXPECT_EQ("", outcome.err) << words[0];
+        return json::parse(outcome.out);
+    }
+
+    /// Runs a command that must fail with status 1 and returns its error line.
+    json failed(Words words, const std::string& input = {}) const {
+        words.push_back("--json");
+        const Outcome outcome = run(words, input);
+        EXPECT_EQ(1, outcome.status) << words[0];
+        return json::parse(outcome.err);
+    }
+
+    void setUpAccount() const {
+        done({"setup", "--service", service_.url(), "--email", "ada@reader.example", "--first-name",
+              "Ada", "--last-name", "Lovelace"});
+        done({"register"});
+        done({"signup", "--password-stdin"}, password + "\n");
+    }
+
+    void downloadBooks() const {
+        setUpAccount();
+        done({"login", "--password-stdin"}, password + "\n");
+        EXPECT_EQ(2, done({"sync"})["books"]);
+        done({"download", "--all"});
+    }
+
+    std::size_t requests(Operation operation) const {
+        std::size_t count = 0;
+        for (const auto& request : service_.requests())
+            count += request.operation == operation;
+        return count;
+    }
+
+    std::string book(const std::string& name) const {
+        return readFile(std::filesystem::path(root_.syncFolder()) / name);
+    }
+
+    DeviceRoot root_;
+    TemporaryFolder folder_;
+    tavro::service::Service service_;
+};
+
+/// The tool on a terminal of its own.
+class Terminal {
+public:
+    explicit Terminal(std::vector<char*> arguments)
+        : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
+        if (process_ == 0) {
+            ::execv(arguments[0], arguments.data());
+            ::_exit(127);
+        }
+    }
+    ~Terminal() { ::close(fd_); }
+
+    /// Waits until the tool has written `text`.
+    void expect(const std::string& text) {
+        char bytes[256];
+        while (shown.find(text) == std::string::npos) {
+            const ssize_t size = ::read(fd_, bytes, sizeof bytes);
+            ASSERT_GT(size, 0) << "instead of " << text << " came " << shown;
+            shown.append(bytes, static_cast<std::size_t>(size));
+        }
+    }
+
+    void type(const std::string& text) const {
+        ASSERT_EQ(static_cast<ssize_t>(text.size()), ::write(fd_, text.data(), text.size()));
+    }
+
+    bool echoes() const {
+        termios settings{};
+        ::tcgetattr(fd_, &settings);
+        return (settings.c_lflag & ECHO) != 0;
+    }
+
+    int wait() const { return statusOf(process_); }
+
+    std::string shown;
+
+private:
+    int fd_ = -1;
+    pid_t process_;
+};
+
+}  // namespace
+
+// The library writes traces and answers to the standard streams; none of it may reach a script.
+TEST_F(Tavroctl, WholeRoadPrintsNothingButJson) {
+    EXPECT_EQ(false, done({"status"})["configured"]);
+    setUpAccount();
+    EXPECT_EQ(false, done({"register"})["changed"]);
+    EXPECT_EQ(true, done({"login", "--password-stdin"}, password + "\n")["loggedIn"]);
+    EXPECT_NE("", readFile(root_.configuration() + "/.tavro_vendor_token"));
+    EXPECT_NE("", done({"shop"})["url"]);
+    EXPECT_EQ("ada@reader.example", done({"remind"})["reminded"]);
+    EXPECT_EQ(2, done({"sync"})["books"]);
+
+    const json books = done({"books"});
+    ASSERT_EQ(2U, books.size());
+    EXPECT_EQ(json::array(), books[0]["files"]);
+    const std::string item = books[0]["item"];
+    EXPECT_EQ("downloaded", done({"download", item, item})[0]["result"]);
+    const json all = done({"download", "--all"});
+    EXPECT_THAT(all.dump(), AllOf(HasSubstr("\"present\""), HasSubstr("\"downloaded\"")));
+    EXPECT_EQ("The first book.\n", book("first.txt"));
+    EXPECT_EQ("The second book.\n", book("second.txt"));
+    EXPECT_EQ(2U, done({"map"}).size());
+    EXPECT_EQ(2, done({"status"})["downloaded"]);
+
+    // A file that is gone counts as not downloaded, whatever the book map says.
+    std::filesystem::remove(root_.syncFolder() + "/first.txt");
+    done({"download", "--all"});
+    EXPECT_EQ("The first book.\n", book("first.txt"));
+}
+
+TEST_F(Tavroctl, TraceGoesToStandardErrorOnly) {
+    setUpAccount();
+    const Outcome outcome = run({"--json", "--trace", "login", "--password-stdin"}, password);
+    EXPECT_EQ(0, outcome.status);
+    EXPECT_TRUE(json::accept(outcome.out)) << outcome.out;
+    EXPECT_THAT(outcome.err, HasSubstr("POST /IOSCloudManagement.svc/LoginUser"));
+}
+
+TEST_F(Tavroctl, ReplacedBookWaitsInTheJournalUntilReplayed) {
+    downloadBooks();
+    writeFile(folder_ / "second-2.txt", "The second book, corrected.\n");
+    EXPECT_EQ(false, done({"replace", "second.txt", folder_ / "second-2.txt"})["uploaded"]);
+    EXPECT_EQ(1U, done({"journal"}).size());
+    EXPECT_EQ(1U, done({"journal"}).size()) << "showing the journal must not consume it";
+    EXPECT_EQ(0U, requests(Operation::UploadContent));
+
+    const json replayed = done({"replay"});
+    EXPECT_EQ("second-2.txt", replayed["uploaded"][0]["new"]);
+    EXPECT_EQ(0U, done({"journal"}).size());
+    const json map = done({"map"});
+    EXPECT_EQ("second-2.txt", map[1]["file"]);
+    const json again = done({"download", std::to_string(map[1]["item"].get<int>())});
+    EXPECT_EQ("The second book, corrected.\n", book(again[0]["detail"]));
+}
+
+// While the library retries, the changes lie in memory only: an impatient Ctrl-C must not lose
+// them.
+TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
+    downloadBooks();
+    done({"replace", "first.txt", "second.txt"});
+    service_.inject(Operation::UploadContent, refusal("2009"));
+    const auto begin = std::chrono::steady_clock::now();
+    const pid_t replay = start({"replay"}, {});
+    while (requests(Operation::UploadContent) == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ::kill(replay, SIGINT);
+    EXPECT_EQ(-SIGINT, statusOf(replay));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
+    const json journal = done({"journal"});
+    ASSERT_EQ(1U, journal.size());
+    EXPECT_EQ("first.txt", journal[0]["old"]);
+}
+
+TEST_F(Tavroctl, ReplaceOverwritesNoOtherBook) {
+    downloadBooks();
+    writeFile(folder_ / "second.txt", "An unrelated file.\n");
+    EXPECT_THAT(failed({"replace", "first.txt", folder_ / "second.txt"})["error"],
+                HasSubstr("is there already"));
+    EXPECT_EQ("The second book.\n", book("second.txt"));
+    writeFile(folder_ / "third.txt", "Nobody asked for it.\n");
+    EXPECT_THAT(failed({"replace", "unknown.txt", folder_ / "third.txt"})["error"],
+                HasSubstr("does not know unknown.txt"));
+    EXPECT_EQ("", book("third.txt"));
+    EXPECT_THAT(failed({"replace", "first.txt", folder_ / "missing.txt"})["error"],
+                HasSubstr("there is no file"));
+    EXPECT_EQ(0U, done({"journal"}).size());
+}
+
+TEST_F(Tavroctl, RefusalsNameTheServicesCode) {
+    setUpAccount();
+    const json login = failed({"login", "--password-stdin"}, "wrong & wrong\n");
+    EXPECT_THAT(login["advice"], HasSubstr("without & and <"));
+    EXPECT_NE("", login["code"]);
+    EXPECT_THAT(failed({"sync"})["error"], HasSubstr("nobody is logged in"));
+
+    done({"login", "--password-stdin"}, password + "\n");
+    // The library calls this sync a success: it only looks whether an answer came.
+    service_.inject(Operation::SysnWithCloud, refusal("2009"));
+    const json sync = failed({"sync"});
+    EXPECT_EQ("2009", sync["code"]);
+    EXPECT_THAT(sync["advice"], HasSubstr("tavroctl login"));
+}
+
+TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
+    downloadBooks();
+    std::filesystem::remove_all(root_.syncFolder());
+    Fault fault;
+    fault.closeConnection = true;
+    fault.times = 1;
+    service_.inject(Operation::DownloadContent, fault);
+    const Outcome outcome = run({"download", "--all", "--json"});
+    EXPECT_EQ(1, outcome.status);
+    const json report = json::parse(outcome.out);
+    EXPECT_EQ("failed", report[0]["result"]);
+    EXPECT_EQ("downloaded", report[1]["result"]);
+    EXPECT_THAT(failed({"download", "999"})["advice"], HasSubstr("tavroctl books"));
+}
+
+// A title out of the network must not steer the terminal.
+TEST_F(Tavroctl, TablesShowNoControlCharacters) {
+    downloadBooks();
+    Fault fault;
+    fault.body =
+        "<A><Error>1003</Error><AddedItems><ItemsResponse><ItemID>7</ItemID><Title>a\xC2\x9B"
+        "2Jb</Title></ItemsResponse></AddedItems></A>";
+    service_.inject(Operation::SysnWithCloud, fault);
+    done({"sync"});
+    EXPECT_THAT(run({"books"}).out, AllOf(HasSubstr("a\xEF\xBF\xBD"
+                                                    "2Jb"),
+                                          Not(HasSubstr("\xC2\x9B"))));
+}
+
+TEST_F(Tavroctl, MissingServiceIsNamed) {
+    done({"setup", "--service", "http://127.0.0.1:1"});
+    EXPECT_THAT(failed({"register"})["error"],
+                HasSubstr("no answer from 127.0.0.1:1: is the service running?"));
+}
+
+TEST_F(Tavroctl, SetupKeepsWhatItIsNotTold) {
+    setUpAccount();
+    done({"login", "--password-stdin"}, password + "\n");
+    const json before = done({"status"});
+    const json serial = done({"setup"})["serialNumber"];
+    EXPECT_EQ(before, done({"status"}));
+    const json after = done({"setup", "--email", "bob@reader.example"});
+    EXPECT_EQ(serial, after["serialNumber"]);
+    EXPECT_EQ(false, done({"status"})["loggedIn"]) << "the session was another account's";
+}
+
+TEST_F(Tavroctl, WrongUseEndsWithStatusTwo) {
+    setUpAccount();
+    const Words cases[] = {{},
+                           {"fly"},
+                           {"sync", "--fast"},
+                           {"replace", "only-one.txt"},
+                           {"download"},
+                           {"download", "1", "--all"},
+                           {"setup", "--email", "a&b"},
+                           {"setup", "--service", "https://127.0.0.1"},
+                           {"setup", "--service", "http://127.0.0.1:65536"},
+                           {"login"},
+                           {"login", "--password-stdin"}};
+    for (const Words& words : cases) {
+        const Outcome outcome = run(words);
+        EXPECT_EQ(2, outcome.status) << testing::PrintToString(words);
+        EXPECT_NE("", outcome.err);
+    }
+    EXPECT_THAT(run({"login"}).err, HasSubstr("--password-stdin"));
+    EXPECT_EQ(0, run({"--help"}).status);
+    EXPECT_EQ(0, run({"--version"}).status);
+}
+
+TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
+    setUpAccount();
+    Words words{"login"};
+    Terminal login(argumentsFor(words));
+    login.expect("Password: ");
+    EXPECT_FALSE(login.echoes());
+    login.type(password + "\n");
+    login.expect("Logged in");
+    EXPECT_EQ(0, login.wait());
+    EXPECT_THAT(login.shown, Not(HasSubstr(password)));
+
+    Words again{"login"};
+    Terminal interrupted(argumentsFor(again));
+    interrupted.expect("Password: ");
+    interrupted.type("\x03");
+    EXPECT_EQ(-SIGINT, interrupted.wait());
+    EXPECT_TRUE(interrupted.echoes());
+}
