@@ -97,11 +97,16 @@ void status(const Arguments& arguments, const Output& output) {
     const bool configured = account.isConfigured();
     const bool registered = configured && account.isRegistered();
     const bool loggedIn = registered && account.isLoggedIn();
-    const std::size_t books =
-        registered ? openSession(account, Need::Device)->getAddedBooks().size() : 0;
-    std::size_t downloaded = 0;
-    for (const auto& [item, names] : presentFiles(account))
-        downloaded += names.size();
+    const auto present = presentFiles(account);
+    std::size_t books = 0;
+    std::size_t missing = 0;
+    if (registered) {
+        const auto session = openSession(account, Need::Device);
+        for (const auto& book : session->getAddedBooks()) {
+            ++books;
+            missing += present.count(itemNumber(book)) == 0;
+        }
+    }
     const std::size_t pending = pendingChanges(account).size();
     output.summary({{"configuration", account.folder()},
                     {"configured", configured},
@@ -111,14 +116,15 @@ void status(const Arguments& arguments, const Output& output) {
                     {"registered", registered},
                     {"loggedIn", loggedIn},
                     {"books", books},
-                    {"downloaded", downloaded},
+                    {"downloaded", books - missing},
                     {"pending", pending},
                     {"next", !configured   ? "tavroctl setup"
                              : !registered ? "tavroctl register"
                              : !loggedIn   ? "tavroctl login"
-                             : books == 0  ? "tavroctl sync"
                              : pending > 0 ? "tavroctl replay"
-                                           : "tavroctl download --all"}});
+                             : books == 0  ? "tavroctl sync"
+                             : missing > 0 ? "tavroctl download --all"
+                                           : ""}});
 }
 
 }  // namespace tavroctl

@@ -115,10 +115,13 @@ void Output::result(const Json& json, const Table& table, const std::string& emp
 
 void Output::summary(const Json& json) const {
     Table table;
-    for (const auto& [name, value] : json.items())
-        table.rows.push_back({label(name), value.is_boolean()  ? value ? "yes" : "no"
-                                           : value.is_string() ? value.get<std::string>()
-                                                               : value.dump()});
+    for (const auto& [name, value] : json.items()) {
+        const std::string shown = value.is_boolean()  ? value ? "yes" : "no"
+                                  : value.is_string() ? value.get<std::string>()
+                                                      : value.dump();
+        if (!shown.empty())
+            table.rows.push_back({label(name), shown});
+    }
     result(json, table, "");
 }
 

@@ -39,7 +39,8 @@ public:
     /// Prints a result: `json` or `table`, or `empty` when the table has no rows.
     void result(const Json& json, const Table& table, const std::string& empty) const;
 
-    /// Prints a result that is a JSON object of plain values: for a person, a line for each member.
+    /// Prints a result that is a JSON object of plain values: for a person, a line for each
+    /// member that is not empty.
     void summary(const Json& json) const;
 
     /// Tells on standard error why the command failed.
