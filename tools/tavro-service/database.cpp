@@ -21,9 +21,15 @@ constexpr const char* schema[] = {
     " has_cover INTEGER NOT NULL, deleted INTEGER NOT NULL DEFAULT 0,"
     " upload TEXT NOT NULL DEFAULT '', upload_name TEXT NOT NULL DEFAULT '')"};
 
+[[noreturn]] void fail(sqlite3* database) {
+    if (sqlite3_errcode(database) == SQLITE_BUSY)
+        throw std::runtime_error("another process, perhaps another tavro-service, uses it");
+    throw std::runtime_error(sqlite3_errmsg(database));
+}
+
 void check(int code, sqlite3* database) {
     if (code != SQLITE_OK)
-        throw std::runtime_error(sqlite3_errmsg(database));
+        fail(database);
 }
 
 }  // namespace
@@ -37,7 +43,7 @@ Statement::Statement(sqlite3* database, const char* sql) {
 bool Statement::step() {
     const int code = sqlite3_step(statement_.get());
     if (code != SQLITE_ROW && code != SQLITE_DONE)
-        throw std::runtime_error(sqlite3_errmsg(sqlite3_db_handle(statement_.get())));
+        fail(sqlite3_db_handle(statement_.get()));
     return code == SQLITE_ROW;
 }
 

@@ -101,8 +101,8 @@ private:
     mutable std::mutex log_mutex_;
     std::deque<Request> requests_;
     std::mutex state_mutex_;  // of the state, which are the next five
-    UploadFolder uploads_;
     Database database_;
+    UploadFolder uploads_;
     Accounts accounts_;
     Catalogue catalogue_;
     DeviceApi api_;
@@ -115,8 +115,8 @@ private:
 
 Service::Implementation::Implementation(Options options)
     : options_(std::move(options)),
-      uploads_(options_.database),
       database_(options_.database),
+      uploads_(options_.database),
       accounts_(database_),
       catalogue_(database_, checkedFolder(options_.books), uploads_.path(),
                  [this](const std::string& text) { report(text); }),

@@ -12,7 +12,7 @@ namespace tavro::service {
 UploadFolder::UploadFolder(const fs::path& database) : temporary_(database.empty()) {
     if (!temporary_) {
         path_ = database.string() + ".uploads";
-        fs::create_directories(path_);
+        fs::create_directory(path_);
         return;
     }
     std::string name = fs::temp_directory_path() / "tavro-service-XXXXXX";

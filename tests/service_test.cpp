@@ -1,0 +1,460 @@
+#include "service.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <zip.h>
+
+#include <chrono>
+#include <future>
+#include <pugixml.hpp>
+
+#include "clean_text.h"
+#include "support/temporary_folder.h"
+
+namespace fs = std::filesystem;
+
+using namespace tavro::service;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr const char* no_answer = "no answer";
+
+Options serving(const fs::path& books, const fs::path& database = {}) {
+    Options options;
+    options.books = books;
+    options.database = database;
+    return options;
+}
+
+using Elements = std::vector<std::pair<std::string, std::string>>;
+
+/// An XML request with `elements`, whose values stand in it as they are.
+std::string xml(const std::string& root, const Elements& elements) {
+    std::string text = "<" + root + " xmlns=\"http://www.tavro.example/deviceAPI\">\n";
+    for (const auto& [name, value] : elements)
+        text += "\t<" + name + ">" + value + "</" + name + ">\n";
+    return text + "</" + root + ">";
+}
+
+/// The text of the first element `name` of the XML answer `body`; "?" if there is none.
+std::string textOf(const std::string& body, const char* name) {
+    pugi::xml_document document;
+    document.load_string(body.c_str());
+    const auto node =
+        document.find_node([&](pugi::xml_node n) { return n.name() == std::string(name); });
+    return node ? node.text().get() : "?";
+}
+
+/// A device that speaks plain HTTP.
+class Device {
+public:
+    explicit Device(const Service& service) : client_("127.0.0.1", service.port()) {}
+
+    httplib::Result post(Operation operation, const std::string& body) {
+        return client_.Post(pathOf(operation), body, "application/xml; charset=utf-8");
+    }
+    httplib::Result form(Operation operation, const httplib::MultipartFormDataItems& parts) {
+        return client_.Post(pathOf(operation), parts);
+    }
+    httplib::MultipartFormDataItems fields(const std::string& item) const {
+        return {{"Token", token, "", ""}, {"SessionId", session, "", ""}, {"ItemId", item, "", ""}};
+    }
+    httplib::Result download(const std::string& item) {
+        return form(Operation::DownloadContent, fields(item));
+    }
+    httplib::Result upload(const std::string& item, const std::string& content,
+                           const std::string& name) {
+        auto parts = fields(item);
+        parts.push_back({"file", content, name, "text/plain"});
+        return form(Operation::UploadContent, parts);
+    }
+    std::string get(const std::string& path) { return client_.Get(path)->body; }
+
+    std::string registration() const {
+        return xml("DeviceRequest", {{"DeviceId", "SN"},
+                                     {"DeviceType", "reader"},
+                                     {"ServiceConsumerID", "consumer"},
+                                     {"ServiceConsumerPassword", "secret"},
+                                     {"ShopID", "shop"}});
+    }
+    std::string account(const std::string& email = "ada@reader.example") const {
+        return xml("RegisterUserRequest", {{"Email", email},
+                                           {"FirstName", "Ada"},
+                                           {"LastName", ""},
+                                           {"Password", "pass word"},
+                                           {"Token", token}});
+    }
+    std::string login(const std::string& password = "pass word",
+                      const std::string& id = "SN") const {
+        return xml("LoginRequest", {{"EmailID", "Ada@Reader.example"},
+                                    {"Password", password},
+                                    {"DeviceID", id},
+                                    {"Token", token}});
+    }
+    std::string reminder(const std::string& email) const {
+        return xml("ForgetPasswordRequest", {{"EmailID", email}, {"Token", token}});
+    }
+    std::string sync() const {
+        return xml("SyncRequest",
+                   {{"SessionID", session}, {"Token", token}, {"LastSynDateTime", "0"}});
+    }
+    std::string catalogue() { return post(Operation::SysnWithCloud, sync())->body; }
+
+    void registerDevice() {
+        token = textOf(post(Operation::RegisterDevice, registration())->body, "Token");
+    }
+    void logIn() {
+        registerDevice();
+        post(Operation::CreateUser, account());
+        session = textOf(post(Operation::LoginUser, login())->body, "SessionID");
+    }
+
+    std::string token;
+    std::string session;
+
+private:
+    httplib::Client client_;
+};
+
+std::string codeOf(const httplib::Result& answer) {
+    return answer ? textOf(answer->body, "Error") : no_answer;
+}
+
+/// The item of the catalogue whose file is `path`.
+Book bookAt(const Service& service, const std::string& path) {
+    for (const Book& book : service.books()) {
+        if (book.path == path)
+            return book;
+    }
+    return {};
+}
+
+std::string idAt(const Service& service, const std::string& path) {
+    return std::to_string(bookAt(service, path).id);
+}
+
+void writeArchive(const fs::path& path, const std::string& entry, const std::string& content) {
+    zip_t* const archive = zip_open(path.c_str(), ZIP_CREATE, nullptr);
+    zip_file_add(archive, entry.c_str(),
+                 zip_source_buffer(archive, content.data(), content.size(), 0), 0);
+    ASSERT_EQ(zip_close(archive), 0);
+}
+
+}  // namespace
+
+TEST(Service, DeviceWalksTheWholeRoad) {
+    Service service(serving(TAVRO_TEST_SAMPLES));
+    Device device(service);
+    device.logIn();
+    EXPECT_EQ(codeOf(device.post(Operation::ForgetPassword, device.reminder("ada@reader.example"))),
+              "1014");
+    const auto shop = device.post(Operation::GetShopURL,
+                                  xml("ShopInfoRequest", {{"DeviceId", "SN"},
+                                                          {"DeviceType", "reader"},
+                                                          {"ServiceConsumerID", "consumer"},
+                                                          {"ServiceConsumerPassword", "secret"}}));
+    for (const char* name :
+         {"ShopURL", "ShopName", "Shopid", "TermsOfServiceUrl", "TermsOfServiceText"})
+        EXPECT_GT(textOf(shop->body, name).size(), 1u) << name;
+    EXPECT_EQ(textOf(device.catalogue(), "CurrentServerTime").size(), 20u);
+
+    const std::string id = idAt(service, "tides.txt");
+    const std::string original = readFile(TAVRO_TEST_SAMPLES "/tides.txt");
+    auto content = device.download(id);
+    EXPECT_EQ(content->body, original);
+    EXPECT_EQ(content->get_header_value("Content-Disposition"), "attachment; filename=tides.txt");
+
+    // Larger than every buffer on the way, with bytes that no text has.
+    const std::string changed = std::string(3 << 20, '\0') + "\r\n--end";
+    EXPECT_EQ(codeOf(device.upload(id, changed, "new tides.txt")), "1003");
+    const Request request = service.requests().back();
+    EXPECT_THAT(request.fields,
+                ElementsAre(testing::Pair("Token", device.token),
+                            testing::Pair("SessionId", device.session), testing::Pair("ItemId", id),
+                            testing::Pair("file", "new tides.txt")));
+    content = device.download(id);
+    EXPECT_TRUE(content->body == changed);
+    EXPECT_EQ(content->get_header_value("Content-Disposition"),
+              "attachment; filename=new tides.txt");
+    EXPECT_EQ(readFile(TAVRO_TEST_SAMPLES "/tides.txt"), original);
+}
+
+TEST(Service, CatalogueTellsWhatTheBooksSay) {
+    Service service(serving(TAVRO_TEST_SAMPLES));
+    Device device(service);
+    device.logIn();
+    const std::string catalogue = device.catalogue();
+    EXPECT_THAT(catalogue, HasSubstr("<Title><![CDATA[Salt & Pepper]]></Title>"));
+    const Book epub = bookAt(service, "salt-and-pepper.epub");
+    EXPECT_EQ(epub.artist, "Ida Marlowe, Tom Brandt");
+    EXPECT_EQ(epub.isbn13, "9783161484100");
+    const Book fb2 = bookAt(service, "severny-veter.fb2.zip");
+    EXPECT_EQ(fb2.title, "Северный ветер");
+    EXPECT_EQ(fb2.artist, "Мария Петровна Лугова");
+    EXPECT_EQ(fb2.isbn, "5000000013");
+    EXPECT_EQ(bookAt(service, "river-guide.pdf").title, "river-guide");
+    EXPECT_EQ(bookAt(service, "anna/letters.txt").fileName,
+              bookAt(service, "boris/letters.txt").fileName);
+
+    EXPECT_THAT(catalogue, HasSubstr("<CoverArtImage>" + service.url() + "/covers/" +
+                                     std::to_string(epub.id) + "</CoverArtImage>"));
+    EXPECT_THAT(device.get("/covers/" + std::to_string(epub.id)), testing::StartsWith("\x89PNG"));
+    EXPECT_THAT(device.get("/covers/" + std::to_string(fb2.id)),
+                testing::StartsWith("\xFF\xD8\xFF"));
+
+    // Devices remember item ids for longer than a service without a state file lives.
+    Options options = serving(TAVRO_TEST_SAMPLES);
+    options.entityReferences = true;
+    Service next(options);
+    EXPECT_EQ(bookAt(next, "salt-and-pepper.epub").id, epub.id);
+    Device next_device(next);
+    next_device.logIn();
+    EXPECT_THAT(next_device.catalogue(), HasSubstr("<Title>Salt &amp; Pepper</Title>"));
+}
+
+TEST(Service, RefusesWhatAServiceWouldRefuse) {
+    Options options = serving(TAVRO_TEST_SAMPLES);
+    options.consumer.emplace("consumer", "secret");
+    options.maximumBody = 4000;
+    Service service(options);
+    Device device(service);
+    device.logIn();
+    Device other(service);
+    other.registerDevice();
+    other.session = device.session;
+    Device stranger(service);
+    stranger.token = "stranger";
+    const std::string long_name(5000, 'x');
+    const auto replaced = [](std::string text, const std::string& what, const std::string& with) {
+        return text.replace(text.find(what), what.size(), with);
+    };
+
+    const struct {
+        Operation operation;
+        std::string body;
+        const char* code;
+    } cases[] = {
+        {Operation::LoginUser, "", "2001"},
+        {Operation::LoginUser, "<LoginRequest", "2001"},
+        {Operation::LoginUser, device.login("a & b"), "2001"},
+        {Operation::LoginUser, device.login("a</Password><Password>b"), "2001"},
+        {Operation::LoginUser, device.login("a<b/>"), "2001"},
+        {Operation::LoginUser, replaced(device.login(), "deviceAPI", "other"), "2001"},
+        {Operation::LoginUser, device.reminder("ada@reader.example"), "2001"},
+        {Operation::RegisterDevice, replaced(device.registration(), "ShopID>shop</ShopID", "x/"),
+         "2001"},
+        {Operation::RegisterDevice, replaced(device.registration(), ">SN<", "><"), "2002"},
+        {Operation::LoginUser, device.login(long_name), "2003"},
+        {Operation::RegisterDevice, replaced(device.registration(), "secret", "guess"), "2004"},
+        {Operation::LoginUser, device.login("pass word", "SN-2"), "2005"},
+        {Operation::LoginUser, stranger.login(), "2006"},
+        {Operation::CreateUser, stranger.account("eve@reader.example"), "2006"},
+        {Operation::CreateUser, device.account("ADA@reader.example"), "2007"},
+        {Operation::LoginUser, device.login("Pass word"), "2008"},
+        {Operation::SysnWithCloud, other.sync(), "2009"},
+        {Operation::ForgetPassword, device.reminder("eve@reader.example"), "2011"},
+        {Operation::UploadContent, "no form", "2001"},
+    };
+    for (const auto& [operation, body, code] : cases)
+        EXPECT_EQ(codeOf(device.post(operation, body)), code) << body.substr(0, 300);
+
+    const std::string id = idAt(service, "tides.txt");
+    const auto refused = device.download("1");
+    EXPECT_EQ(codeOf(refused), "2010");
+    EXPECT_FALSE(refused->has_header("Content-Disposition"));
+    EXPECT_EQ(codeOf(other.download(id)), "2009");
+    EXPECT_EQ(codeOf(device.form(Operation::UploadContent, device.fields(id))), "2002");
+    EXPECT_EQ(codeOf(device.upload(id, long_name, "tides.txt")), "2003");
+    EXPECT_EQ(bookAt(service, "tides.txt").content, TAVRO_TEST_SAMPLES "/tides.txt");
+    httplib::Client client(service.url());
+    EXPECT_EQ(
+        client.Post("/IOSCloudManagement.svc/SyncWithCloud", device.sync(), "text/xml")->status,
+        404);
+    EXPECT_EQ(client.Post("/control/faults", "{}", "text/plain")->status, 403);
+}
+
+TEST(Service, FaultsTakeThePlaceOfTheAnswer) {
+    Service service(serving(TAVRO_TEST_SAMPLES));
+    Device device(service);
+    device.logIn();
+    const std::string id = idAt(service, "tides.txt");
+    const std::string book = readFile(TAVRO_TEST_SAMPLES "/tides.txt");
+    const struct {
+        const char* fault;
+        const char* body;    // of the answer; null if it does not matter
+        const char* header;  // announcing the file
+        int status;          // 0: the connection ends before a whole answer
+    } cases[] = {
+        {"delay=1", book.c_str(), "attachment; filename=tides.txt", 200},
+        {"status=503", book.c_str(), "attachment; filename=tides.txt", 503},
+        {"filename=\"a\"; size=1", book.c_str(), "attachment; filename=\"a\"; size=1", 200},
+        {"filename=", book.c_str(), "", 200},
+        {"body=", "", "attachment; filename=tides.txt", 200},
+        {"cut=1000000", book.c_str(), "attachment; filename=tides.txt", 200},
+        {"code=2010", nullptr, "", 200},
+        {"cut=10", nullptr, nullptr, 0},
+        {"cut=0", nullptr, nullptr, 0},
+        {"close", nullptr, nullptr, 0},
+    };
+    for (const auto& [text, body, header, status] : cases) {
+        SCOPED_TRACE(text);
+        const auto [operation, fault] = parseFault("DownloadContent", {text, "times=1"});
+        service.inject(operation, fault);
+        const auto answer = device.download(id);
+        ASSERT_EQ(answer ? answer->status : 0, status);
+        if (body != nullptr) {
+            EXPECT_EQ(answer->body, body);
+        }
+        if (header != nullptr) {
+            EXPECT_EQ(answer->get_header_value("Content-Disposition"), header);
+        }
+        EXPECT_TRUE(service.requests().back().faulty);
+        EXPECT_EQ(device.download(id)->body, book) << "the fault was for one request";
+    }
+}
+
+TEST(Service, FaultsDoNotChangeTheStateUnlessTheySaySuccess) {
+    Service service({});
+    Device device(service);
+    device.registerDevice();
+    const auto create = [&](const std::string& fault) {
+        const auto [operation, parsed] = parseFault("CreateUser:times=1," + fault);
+        service.inject(operation, parsed);
+        return device.post(Operation::CreateUser, device.account());
+    };
+    EXPECT_EQ(codeOf(create("code=77")), "77");
+    EXPECT_EQ(codeOf(create("close")), no_answer);
+    EXPECT_EQ(codeOf(create("code=1014")), "1014");  // carried out, with a code of another request
+    EXPECT_EQ(codeOf(create("delay=1")), "2007");
+    EXPECT_EQ(create("body-hex=3C004100")->body, std::string("<\0A\0", 4));
+    pugi::xml_document document;
+    EXPECT_FALSE(document.load_string(create("malformed")->body.c_str()));
+}
+
+TEST(Service, FaultsAreSetAndClearedWhileItRuns) {
+    Service service({});
+    httplib::Client client(service.url());
+    const auto fault = parseFault(
+        "LoginUser:delay=5,code=1,status=500,body-hex=00ff,cut=3,malformed,"
+        "close,filename=x,times=2");
+    const std::string json = faultToJson(fault);
+    EXPECT_THAT(client.Post("/control/faults", json, "application/json")->body, HasSubstr(json));
+    EXPECT_THAT(client.Delete("/control/faults")->body, HasSubstr("\"faults\":[]"));
+    for (const char* wrong : {"", "[]", "{\"operation\":\"Login\"}", "{\"operation\":1}",
+                              "{\"operation\":\"LoginUser\",\"body-file\":\"/etc/hostname\"}",
+                              "{\"operation\":\"LoginUser\",\"cut\":-1}"})
+        EXPECT_EQ(client.Post("/control/faults", wrong, "application/json")->status, 400) << wrong;
+    for (const char* wrong : {"LoginUser", "LoginUser:", "Login:code=1", "LoginUser:cod=1",
+                              "LoginUser:times=x", "LoginUser:body-hex=0", "LoginUser:status=99"})
+        EXPECT_THROW(parseFault(wrong), std::invalid_argument) << wrong;
+}
+
+// A restart that forgot a session or an upload would look to a device like lost books.
+TEST(Service, StateFileSurvivesRestartAndRemembersRemovedBooks) {
+    const TemporaryFolder folder;
+    const fs::path books = folder / "books";
+    writeFile(books / "a.txt", "old");
+    writeFile(books / "b.txt", "b");
+    const Options options = serving(books, folder / "state");
+    auto service = std::make_unique<Service>(options);
+    auto device = std::make_unique<Device>(*service);
+    device->logIn();
+    const std::string a = idAt(*service, "a.txt");
+    const std::string b = idAt(*service, "b.txt");
+    device->upload(a, "first", "../a.txt");
+    device->upload(a, "new", "../a.txt");
+    EXPECT_THROW(Service{options}, std::runtime_error) << "two services with one state file";
+    const std::string token = device->token;
+    const std::string session = device->session;
+    service.reset();
+
+    writeFile(folder / "state.uploads/lost", "left by a killed service");
+    fs::remove(books / "b.txt");
+    service = std::make_unique<Service>(options);
+    device = std::make_unique<Device>(*service);
+    device->token = token;
+    device->session = session;
+    EXPECT_EQ(device->download(a)->body, "new");
+    EXPECT_EQ(device->download(a)->get_header_value("Content-Disposition"),
+              "attachment; filename=a.txt");
+    EXPECT_EQ(codeOf(device->download(b)), "2010");
+    EXPECT_EQ(codeOf(device->post(Operation::LoginUser, device->login())), "1003");
+    std::string catalogue = device->catalogue();
+    EXPECT_THAT(catalogue.substr(catalogue.find("<DeletedItems>")),
+                HasSubstr("<ItemID>" + b + "<"));
+    EXPECT_EQ(readFile(books / "a.txt"), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "state.uploads"), {}), 1);
+
+    writeFile(books / "b.txt", "back");
+    EXPECT_THAT(device->catalogue(), HasSubstr("<DeletedItems/>"));
+    EXPECT_EQ(device->download(b)->body, "back");
+}
+
+TEST(Service, ReportsAndSkipsUnreadableBooks) {
+    const TemporaryFolder folder;
+    const auto container = [](const std::string& path) {
+        return "<container><rootfile full-path=\"" + path + "\"/></container>";
+    };
+    writeFile(folder / "junk.epub", "no archive");
+    writeFile(folder / "junk.pdf", "no document");
+    writeFile(folder / "cut.fb2", "<FictionBook><title-info>");
+    writeFile(folder / "code.fb2", "<?xml version='1.0' encoding='x-none'?><FictionBook/>");
+    writeArchive(folder / "empty.fb2.zip", "book.txt", "");
+    writeArchive(folder / "lost.epub", "META-INF/container.xml", container("../../etc/passwd"));
+    writeArchive(folder / "bomb.epub", "META-INF/container.xml", std::string(65u << 20, ' '));
+    writeFile(folder / "odd.fb2",
+              "<f:FictionBook xmlns:f='f'><f:title-info><f:book-title>\xFF <![CDATA[<]]>\x01\n"
+              "</f:book-title></f:title-info></f:FictionBook>");
+    std::vector<std::string> reports;
+    Options options = serving(folder / "");
+    options.report = [&](const std::string& text) { reports.push_back(text); };
+    Service service(options);
+    Device device(service);
+    device.logIn();
+    EXPECT_THAT(device.catalogue(), HasSubstr("<Title><![CDATA[\xEF\xBF\xBD <]]></Title>"));
+    device.catalogue();
+    EXPECT_EQ(service.books().size(), 1u);
+    EXPECT_EQ(reports.size(), 7u) << testing::PrintToString(reports);
+
+    // A book that is being copied over must not vanish from the devices meanwhile.
+    writeFile(folder / "odd.fb2", "<f:FictionBook");
+    device.catalogue();
+    EXPECT_EQ(reports.size(), 8u);
+    EXPECT_FALSE(bookAt(service, "odd.fb2").deleted);
+}
+
+TEST(Service, CleansTexts) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {" \t\n", ""},
+        {" a \r\n b ", "a b"},
+        {std::string("a\0b\x1F\x7F", 5), "ab"},
+        {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x93\x96", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x93\x96"},
+        {"\xE2\x82", "\xEF\xBF\xBD\xEF\xBF\xBD"},                    // cut
+        {"\xC0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD"},                    // overlong
+        {"\xED\xA0\x80x", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBDx"},  // surrogate
+        {"\xEF\xBF\xBF]]>", "]]>"},
+    };
+    for (const auto& [text, clean] : cases)
+        EXPECT_EQ(cleanText(text), clean) << testing::PrintToString(text);
+}
+
+TEST(Service, StopDoesNotWaitForSlowRequests) {
+    Service service({});
+    Device device(service);
+    service.inject(Operation::LoginUser, parseFault("LoginUser:delay=60000").second);
+    httplib::Client idle("127.0.0.1", service.port());
+    auto answer = std::async([&] { return codeOf(device.post(Operation::LoginUser, "x")); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const auto start = std::chrono::steady_clock::now();
+    service.stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    answer.wait();
+    Options options;
+    options.port = service.port();
+    Service successor(options);
+    EXPECT_THROW(Service{options}, std::runtime_error) << "the port is taken";
+}
