@@ -261,6 +261,13 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
     for (const auto& [operation, body, code] : cases)
         EXPECT_EQ(codeOf(device.post(operation, body)), code) << body.substr(0, 300);
 
+    httplib::Client client(service.url());
+    std::size_t sent = 0;
+    const auto unannounced = [&](std::size_t, httplib::DataSink& sink) {
+        return sent++ < 3 ? sink.write(long_name.data(), 2000) : (sink.done(), true);
+    };
+    EXPECT_EQ(codeOf(client.Post(pathOf(Operation::LoginUser), unannounced, "text/xml")), "2003");
+
     const std::string id = idAt(service, "tides.txt");
     const auto refused = device.download("1");
     EXPECT_EQ(codeOf(refused), "2010");
@@ -269,7 +276,6 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
     EXPECT_EQ(codeOf(device.form(Operation::UploadContent, device.fields(id))), "2002");
     EXPECT_EQ(codeOf(device.upload(id, long_name, "tides.txt")), "2003");
     EXPECT_EQ(bookAt(service, "tides.txt").content, TAVRO_TEST_SAMPLES "/tides.txt");
-    httplib::Client client(service.url());
     EXPECT_EQ(
         client.Post("/IOSCloudManagement.svc/SyncWithCloud", device.sync(), "text/xml")->status,
         404);

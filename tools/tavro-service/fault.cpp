@@ -1,8 +1,8 @@
 #include "fault.h"
 
+#include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -13,60 +13,61 @@ namespace tavro::service {
 
 namespace {
 
-std::invalid_argument wrong(const std::string& key, const std::string& value,
-                            const std::string& wanted) {
-    return std::invalid_argument("fault: \"" + key + "=" + value + "\": " + wanted);
-}
+using Milliseconds = std::chrono::milliseconds;
 
-int toNumber(const std::string& key, const std::string& value, int lowest, int highest) {
-    int number = 0;
-    const char* const end = value.data() + value.size();
-    const auto [stop, error] = std::from_chars(value.data(), end, number);
-    if (error != std::errc() || stop != end || number < lowest || number > highest)
-        throw wrong(key, value,
-                    "a number from " + std::to_string(lowest) + " to " + std::to_string(highest) +
-                        " is wanted");
-    return number;
-}
+/// One setting of a fault as it was given.
+struct Setting {
+    std::string key;
+    std::string value;
 
-bool toFlag(const std::string& key, const std::string& value) {
-    if (!value.empty() && value != "true" && value != "false")
-        throw wrong(key, value, "true or false is wanted");
-    return value != "false";
-}
+    std::invalid_argument wrong(const std::string& wanted) const {
+        return std::invalid_argument("fault: \"" + key + "=" + value + "\": " + wanted);
+    }
 
-std::string fromHex(const std::string& key, const std::string& value) {
-    if (auto bytes = hexDecode(value))
-        return *bytes;
-    throw wrong(key, value, "pairs of hexadecimal digits are wanted");
-}
+    int number(int lowest, int highest) const {
+        int number = 0;
+        const char* const end = value.data() + value.size();
+        const auto [stop, error] = std::from_chars(value.data(), end, number);
+        if (error != std::errc() || stop != end || number < lowest || number > highest)
+            throw wrong("a number from " + std::to_string(lowest) + " to " +
+                        std::to_string(highest) + " is wanted");
+        return number;
+    }
 
-/// Sets what `key` names in `fault`.
-void set(Fault& fault, const std::string& key, const std::string& value) {
-    constexpr int longest_delay = 3600 * 1000;
+    bool flag() const {
+        if (!value.empty() && value != "true" && value != "false")
+            throw wrong("true or false is wanted");
+        return value != "false";
+    }
+
+    std::string bytes() const {
+        if (auto bytes = hexDecode(value))
+            return *bytes;
+        throw wrong("pairs of hexadecimal digits are wanted");
+    }
+};
+
+/// Sets in `fault` what `setting` says.
+void set(Fault& fault, const Setting& setting) {
+    constexpr int an_hour = 3600 * 1000;
     constexpr int most = 1'000'000'000;
-    if (key == "delay")
-        fault.delay = std::chrono::milliseconds(toNumber(key, value, 0, longest_delay));
-    else if (key == "code")
-        fault.resultCode = value;
-    else if (key == "status")
-        fault.httpStatus = toNumber(key, value, 200, 599);
-    else if (key == "body")
-        fault.body = value;
-    else if (key == "body-hex")
-        fault.body = fromHex(key, value);
-    else if (key == "cut")
-        fault.cutAfter = static_cast<std::size_t>(toNumber(key, value, 0, most));
-    else if (key == "malformed")
-        fault.malformed = toFlag(key, value);
-    else if (key == "close")
-        fault.closeConnection = toFlag(key, value);
-    else if (key == "filename")
-        fault.fileName = value;
-    else if (key == "times")
-        fault.times = toNumber(key, value, 0, most);
-    else
-        throw std::invalid_argument("fault: unknown key \"" + key + "\"");
+    using Setter = void (*)(Fault&, const Setting&);
+    static const std::map<std::string, Setter> setters = {
+        {"delay", [](Fault& f, const Setting& s) { f.delay = Milliseconds(s.number(0, an_hour)); }},
+        {"code", [](Fault& f, const Setting& s) { f.resultCode = s.value; }},
+        {"status", [](Fault& f, const Setting& s) { f.httpStatus = s.number(200, 599); }},
+        {"body", [](Fault& f, const Setting& s) { f.body = s.value; }},
+        {"body-hex", [](Fault& f, const Setting& s) { f.body = s.bytes(); }},
+        {"cut", [](Fault& f, const Setting& s) { f.cutAfter = std::size_t(s.number(0, most)); }},
+        {"malformed", [](Fault& f, const Setting& s) { f.malformed = s.flag(); }},
+        {"close", [](Fault& f, const Setting& s) { f.closeConnection = s.flag(); }},
+        {"filename", [](Fault& f, const Setting& s) { f.fileName = s.value; }},
+        {"times", [](Fault& f, const Setting& s) { f.times = s.number(0, most); }},
+    };
+    const auto setter = setters.find(setting.key);
+    if (setter == setters.end())
+        throw std::invalid_argument("fault: unknown key \"" + setting.key + "\"");
+    setter->second(fault, setting);
 }
 
 Operation toOperation(const std::string& text) {
@@ -78,11 +79,12 @@ Operation toOperation(const std::string& text) {
     throw std::invalid_argument("fault: unknown operation \"" + text + "\"; there are " + known);
 }
 
-std::string readBodyFile(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
+/// The bytes of the file that a "body-file" names.
+std::string readBodyFile(const Setting& setting) {
+    std::ifstream stream(setting.value, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(stream), {}};
     if (!stream.good() && !stream.eof())
-        throw wrong("body-file", path, "the file cannot be read");
+        throw setting.wrong("the file cannot be read");
     return bytes;
 }
 
@@ -110,14 +112,14 @@ NamedFault parseFault(const std::string& operation, const std::vector<std::strin
     if (settings.empty())
         throw std::invalid_argument("fault: " + operation +
                                     ": say what is to happen, as code=2001");
-    for (const std::string& setting : settings) {
-        const std::size_t equals = std::min(setting.find('='), setting.size());
-        const std::string key = setting.substr(0, equals);
-        const std::string value = equals < setting.size() ? setting.substr(equals + 1) : "";
-        if (key == "body-file")
-            fault.second.body = readBodyFile(value);
+    for (const std::string& text : settings) {
+        const std::size_t equals = std::min(text.find('='), text.size());
+        const std::size_t value = std::min(equals + 1, text.size());
+        const Setting setting{text.substr(0, equals), text.substr(value)};
+        if (setting.key == "body-file")
+            fault.second.body = readBodyFile(setting);
         else
-            set(fault.second, key, value);
+            set(fault.second, setting);
     }
     return fault;
 }
@@ -152,7 +154,7 @@ NamedFault faultFromJson(const std::string& text) {
     NamedFault fault{toOperation(json["operation"]), {}};
     for (const auto& [key, value] : json.items()) {
         if (key != "operation")
-            set(fault.second, key, value.is_string() ? value.get<std::string>() : value.dump());
+            set(fault.second, {key, value.is_string() ? value.get<std::string>() : value.dump()});
     }
     return fault;
 }

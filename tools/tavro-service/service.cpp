@@ -81,8 +81,9 @@ public:
     int port_ = 0;
 
 private:
-    void addPages();
+    void addRules();
     void addControls();
+    void addPages();
     void listen();
     void handle(Operation operation, const httplib::Request& request, httplib::Response& response,
                 const httplib::ContentReader& reader);
@@ -121,8 +122,9 @@ Service::Implementation::Implementation(Options options)
       catalogue_(database_, checkedFolder(options_.books), uploads_.path(),
                  [this](const std::string& text) { report(text); }),
       api_(accounts_, catalogue_, {{options_.entityReferences}, options_.consumer}) {
-    addPages();
+    addRules();
     addControls();
+    addPages();
     listen();
 }
 
@@ -139,9 +141,14 @@ void Service::Implementation::addPages() {
         response.set_content("A local stand-in of the Tavro service has nothing to sell.\n",
                              "text/plain; charset=utf-8");
     });
+    server_.Post(".*", [this](const auto& request, auto& response, const auto& reader) {
+        passOverBody(request, reader);
+        report("there is no such page: POST " + request.path);
+        response.status = 404;
+    });
 }
 
-void Service::Implementation::addControls() {
+void Service::Implementation::addRules() {
     // Only this machine may make the service misbehave, and no web page that its browser shows: a
     // page cannot send JSON to another site unasked.
     server_.set_pre_routing_handler([](const auto& request, auto& response) {
@@ -156,6 +163,19 @@ void Service::Implementation::addControls() {
             return httplib::Server::HandlerResponse::Unhandled;
         return httplib::Server::HandlerResponse::Handled;
     });
+    server_.set_exception_handler([this](const auto& request, auto& response, auto problem) {
+        try {
+            std::rethrow_exception(problem);
+        } catch (const Refusal& refusal) {
+            response.status = std::max(refusal.result.status, 400);
+        } catch (const std::exception& error) {
+            report(request.path + ": " + error.what());
+            response.status = 500;
+        }
+    });
+}
+
+void Service::Implementation::addControls() {
     server_.Post("/control/faults",
                  [this](const auto& request, auto& response, const auto& reader) {
                      addFault(readBody(request, reader, options_.maximumBody), response);
@@ -166,21 +186,6 @@ void Service::Implementation::addControls() {
     });
     server_.Get("/control/status", [this](const auto&, auto& response) {
         response.set_content(statusOfService(), "application/json");
-    });
-    server_.Post(".*", [this](const auto& request, auto& response, const auto& reader) {
-        passOverBody(request, reader);
-        report("there is no such page: POST " + request.path);
-        response.status = 404;
-    });
-    server_.set_exception_handler([this](const auto& request, auto& response, auto problem) {
-        try {
-            std::rethrow_exception(problem);
-        } catch (const Refusal& refusal) {
-            response.status = std::max(refusal.result.status, 400);
-        } catch (const std::exception& error) {
-            report(request.path + ": " + error.what());
-            response.status = 500;
-        }
     });
 }
 
