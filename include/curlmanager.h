@@ -26,6 +26,8 @@ public:
     /// Initialises libcurl for this object and creates its handle. libcurl counts these
     /// initialisations, so each object pairs its own with its own clean-up.
     CurlManager();
+
+    /// Frees the handle. No transfer may be running.
     ~CurlManager();
     CurlManager(const CurlManager&) = delete;
     CurlManager& operator=(const CurlManager&) = delete;
@@ -57,8 +59,8 @@ public:
                     const std::string& filePath);
 
     /// libcurl's body callback of requests and uploads: appends `size` * `count` bytes to the
-    /// `responseBuffer` of `manager` and returns their number; 0 (which makes libcurl give up) for
-    /// a null manager.
+    /// `responseBuffer` of `manager` and returns their number; 0 for no bytes, and (which makes
+    /// libcurl give up) for a null manager.
     static std::size_t write_callback(char* data, std::size_t size, std::size_t count,
                                       void* manager);
 

@@ -30,6 +30,8 @@ public:
 
     /// Starts up the platform library for this process.
     Tavro();
+
+    /// Frees the session. Sends nothing and writes no file.
     ~Tavro();
     Tavro(const Tavro&) = delete;
     Tavro& operator=(const Tavro&) = delete;
@@ -39,8 +41,9 @@ public:
     /// if no token is stored there. `configDir` is named without a trailing "/", and must exist
     /// and be writable.
     ///
-    /// @return true when the session has a device token; false when the configuration is missing
-    ///     or incomplete (nothing has changed then) or the registration failed (see `lastError`).
+    /// @return true when the session has a device token; false when the configuration cannot be
+    ///     opened or is incomplete (there is no service object then, unless an earlier `init` made
+    ///     one) or the registration failed (see `lastError`).
     bool init(const std::string& configDir);
 
     /// Reads the account configuration of the folder `configDir` into this object.
@@ -77,16 +80,18 @@ public:
 
     /// Opens an account with the configured e-mail address and names. The password is stored in
     /// the password store whatever the service says. Needs a device token.
+    /// @return whether the service opened the account; `lastError` has its code.
     bool createUser(const std::string& password);
 
     /// Logs in with the configured e-mail address. An empty password stands for the stored one,
     /// and false is returned if that is empty too. The argument as given, even the empty text,
     /// replaces the stored password. Needs a device token. Writes "Can't login" to the standard
-    /// error stream when the service refuses.
+    /// error stream when the login fails. @return whether the session has a session ID now.
     bool login(const std::string& password);
 
     /// Asks the service to send a password reminder to `email`. Needs a device token. Writes
-    /// "Can't forget password" to the standard error stream when the service refuses.
+    /// "Can't forget password" to the standard error stream when that fails.
+    /// @return whether the service sent it.
     bool forgetPassword(const std::string& email);
 
     /// Fetches the catalogue and saves the answer. Needs a session.

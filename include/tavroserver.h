@@ -41,6 +41,8 @@ public:
     /// Makes the service object of the device with identifier (serial number) `deviceId` and loads
     /// the connection settings. Sends nothing.
     explicit TavroServer(const std::string& deviceId);
+
+    /// Frees the connection and the parser; sends nothing.
     virtual ~TavroServer();
     TavroServer(const TavroServer&) = delete;
     TavroServer& operator=(const TavroServer&) = delete;

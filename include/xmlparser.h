@@ -15,7 +15,10 @@
 /// next `parse`. Used by one thread at a time; it takes no lock and never blocks.
 class [[gnu::visibility("default")]] XMLParser {
 public:
+    /// Makes a parser without results.
     XMLParser();
+
+    /// Frees the parser and its results.
     ~XMLParser();
     XMLParser(const XMLParser&) = delete;
     XMLParser& operator=(const XMLParser&) = delete;

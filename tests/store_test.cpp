@@ -68,6 +68,10 @@ TEST_F(Store, MapWritesRecordsInOrderOfPath) {
     for (const char* name : {"", "a", "absent", "b"})
         map.Remove(name);
     EXPECT_EQ(readFile(path), "");
+    map.Add("key", 1);
+    map.Add(map.bookMap.begin()->first, 2);  // a name that the reload takes away
+    map.Remove(map.bookMap.begin()->first);
+    EXPECT_EQ(readFile(path), "");
 }
 
 TEST_F(Store, MapKeepsTheLastPathOfAnId) {

@@ -27,7 +27,7 @@ public:
 
     bool fill(std::string_view content, mode_t mode) const {
         return ::fchmod(file_.get(), mode) == 0 && writeAll(file_.get(), content) &&
-               uninterrupted([this] { return ::fsync(file_.get()); }) == 0;
+               posix::uninterrupted([this] { return ::fsync(file_.get()); }) == 0;
     }
 
     bool renameTo(const std::filesystem::path& path) {
@@ -57,6 +57,6 @@ bool replaceFile(const std::filesystem::path& path, std::string_view content) {
     const posix::FileDescriptor directory(
         ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory)
-        uninterrupted([&] { return ::fsync(directory.get()); });
+        posix::uninterrupted([&] { return ::fsync(directory.get()); });
     return true;
 }

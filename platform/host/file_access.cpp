@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 
 namespace {
 
@@ -12,7 +13,7 @@ constexpr std::size_t block_size = 64 * 1024;
 
 int openRegular(const char* path) {
     const int descriptor =
-        uninterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
+        posix::uninterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
     struct stat status {};
     if (descriptor == -1 || (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)))
         return descriptor;
@@ -32,7 +33,7 @@ bool readBlocks(const posix::FileDescriptor& file,
     std::array<char, block_size> block;
     for (;;) {
         const ssize_t count =
-            uninterrupted([&] { return ::read(file.get(), block.data(), block.size()); });
+            posix::uninterrupted([&] { return ::read(file.get(), block.data(), block.size()); });
         if (count <= 0)
             return count == 0;
         consume({block.data(), static_cast<std::size_t>(count)});
@@ -42,7 +43,7 @@ bool readBlocks(const posix::FileDescriptor& file,
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t count =
-            uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
+            posix::uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
         if (count == -1)
             return false;
         bytes.remove_prefix(static_cast<std::size_t>(count));

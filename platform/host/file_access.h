@@ -1,19 +1,10 @@
 #pragma once
 
-#include <cerrno>
 #include <functional>
 #include <string_view>
 
 #include "posix/file_descriptor.h"
-
-/// The result of the system call `call`, repeated for as long as a signal interrupts it.
-template <typename Call>
-auto uninterrupted(Call call) {
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
+#include "posix/uninterrupted.h"
 
 /// Opens the regular file `path` for reading. None, with `errno` set, when that fails or it is
 /// something else (a folder, a pipe, a device); never waits for the other end of a pipe.

@@ -31,7 +31,7 @@ std::string readFile(const std::string& path) {
 
 void replaceFile(const std::string& path, const char* mode, const char* data, std::size_t size) {
     const Stream stream(std::fopen(path.c_str(), mode));
-    if (stream)
+    if (stream && size > 0)  // an empty vector has no bytes to point to
         std::fwrite(data, 1, size, stream.get());
 }
 

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <utility>
 
 #include "platform/configuration.h"
 #include "tavro.h"

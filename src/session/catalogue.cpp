@@ -1,8 +1,9 @@
 #include <fcntl.h>
 
+#include <lectern.h>
+
 #include <array>
 
-#include "platform/configuration.h"
 #include "posix/file_descriptor.h"
 #include "posix/files.h"
 #include "posix/read_only_mapping.h"

@@ -1,6 +1,6 @@
 #include "tavro.h"
 
-// Every token getter answers with an empty text of its own before there is a service object.
+// Before there is a service object, every token getter answers with an empty text of its own.
 
 const std::string& Tavro::deviceToken() const {
     static const std::string none;

@@ -12,6 +12,7 @@
 #include "platform/log.h"
 #include "posix/files.h"
 #include "posix/read_only_mapping.h"
+#include "posix/uninterrupted.h"
 #include "store/record_reader.h"
 #include "store/record_writer.h"
 
@@ -26,16 +27,13 @@ int idFrom(const IdBytes& bytes) {
     return id;
 }
 
-/// One operation on the file: open, lock and load; closed, and so unlocked, when it goes.
-class LoadedFile {
+/// One operation on the file: opened and locked, and closed and so unlocked when it goes.
+class LockedFile {
 public:
-    explicit LoadedFile(BookMap& map) : map_(map) {
-        map_.LockFile();
-        map_.loadMapInt();
-    }
-    ~LoadedFile() { map_.UnlockFile(); }
-    LoadedFile(const LoadedFile&) = delete;
-    LoadedFile& operator=(const LoadedFile&) = delete;
+    explicit LockedFile(BookMap& map) : map_(map) { map_.LockFile(); }
+    ~LockedFile() { map_.UnlockFile(); }
+    LockedFile(const LockedFile&) = delete;
+    LockedFile& operator=(const LockedFile&) = delete;
 
 private:
     BookMap& map_;
@@ -44,25 +42,31 @@ private:
 }  // namespace
 
 void BookMap::Add(const std::string& bookPath, int id) {
-    const LoadedFile file(*this);
-    bookMap[bookPath] = id;
-    idMap[id] = bookPath;
+    const std::string name = bookPath;  // which may be a key of the map that is loaded anew
+    const LockedFile file(*this);
+    loadMapInt();
+    bookMap[name] = id;
+    idMap[id] = name;
     saveMapInt();
 }
 
 void BookMap::Remove(const std::string& bookPath) {
-    const LoadedFile file(*this);
-    bookMap.erase(bookPath);
+    const std::string name = bookPath;
+    const LockedFile file(*this);
+    loadMapInt();
+    bookMap.erase(name);
     saveMapInt();
 }
 
 const std::map<std::string, int>& BookMap::GetBookMap() {
-    const LoadedFile file(*this);
+    const LockedFile file(*this);
+    loadMapInt();
     return bookMap;
 }
 
 std::map<int, std::string> BookMap::GetIdMap() {
-    const LoadedFile file(*this);
+    const LockedFile file(*this);
+    loadMapInt();
     return idMap;
 }
 
@@ -75,7 +79,7 @@ int BookMap::LockFile() {
                       g_process_pid, errno);
         return -1;
     }
-    if (::flock(fd_, LOCK_EX) == -1) {
+    if (posix::uninterrupted([this] { return ::flock(fd_, LOCK_EX); }) == -1) {
         UnlockFile();
         return -1;
     }

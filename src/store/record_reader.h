@@ -14,9 +14,6 @@ public:
     /// Reads `content`, which must stay in place while the reader is used.
     explicit RecordReader(std::string_view content) : rest_(content) {}
 
-    /// Whether nothing is left.
-    bool atEnd() const { return rest_.empty(); }
-
     /// Takes a text and its zero byte. @return false, with `text` unchanged, when none is left.
     bool readText(std::string& text) {
         const std::size_t length = rest_.find('\0');

@@ -8,6 +8,7 @@
 #include "posix/file_descriptor.h"
 #include "posix/files.h"
 #include "posix/read_only_mapping.h"
+#include "posix/uninterrupted.h"
 #include "store/record_reader.h"
 #include "store/record_writer.h"
 
@@ -41,8 +42,7 @@ int SyncJournal::reload() {
     // The system refuses this lock on a descriptor that only reads, so that a reader never waits
     // for a writer; what is appended from here on is simply not seen.
     [[maybe_unused]] const int refused = ::lockf(file.get(), F_LOCK, 0);
-    const posix::ReadOnlyMapping mapping(file.get());
-    if (mapping) {
+    if (const posix::ReadOnlyMapping mapping(file.get()); mapping) {
         records.clear();
         store::RecordReader reader({mapping.data(), mapping.size()});
         for (Record record; readRecord(reader, record);)
@@ -73,7 +73,7 @@ int SyncJournal::push(const Record& record) {
     FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND, create_mode));
     if (!file)
         return -1;
-    [[maybe_unused]] const int locked = ::lockf(file.get(), F_LOCK, 0);
+    posix::uninterrupted([&] { return ::lockf(file.get(), F_LOCK, 0); });
     store::writeText(file.get(), record.oldName);
     store::writeText(file.get(), record.newName);
     const Word& flag = record.flag ? set_flag : clear_flag;

@@ -86,6 +86,11 @@ bool perform(CURL* curl) {
     return false;
 }
 
+/// Sends `form`; false when its option was refused or the transfer failed.
+bool post(CURL* curl, const MultipartForm& form) {
+    return form.attachTo(curl) == CURLE_OK && perform(curl);
+}
+
 /// Logs an answer as text unless it is long.
 void logAnswer(const std::string& url, std::vector<char>& answer) {
     if (answer.size() / log_block > most_logged_blocks)
@@ -96,18 +101,18 @@ void logAnswer(const std::string& url, std::vector<char>& answer) {
     answer.pop_back();
 }
 
+/// Where a book lies until it is whole.
 std::string partialPath(const CurlManager& manager) {
     return manager.downloadDir + "/" + manager.downloadFileName + ".downloading";
 }
 
-/// Closes the partial file; true when there was one and all of its bytes reached the disk.
+/// Closes the partial file; true when there was one and the system took all of its bytes.
 bool closeDownload(CurlManager& manager) {
     std::FILE* const stream = std::exchange(manager.downloadStream, nullptr);
     return stream != nullptr && std::fclose(stream) == 0;
 }
 
-/// Ends a failed download: removes the file that the book would have become. The partial file
-/// stays, and no name remains, so that nobody takes a cut book for a whole one.
+/// Removes the file that the book of a failed download would have become; the partial file stays.
 void removeAnnounced(const CurlManager& manager) {
     if (!manager.downloadFileName.empty())
         ::unlink((manager.downloadDir + "/" + manager.downloadFileName).c_str());
@@ -148,15 +153,12 @@ const std::string& CurlManager::downloadFile(const std::string& url, int port,
     downloadFileName.clear();
     downloadStream = nullptr;
     begin(*this);
-    if (!setDownloadOptions(*this, url, port))
-        return downloadFileName;
-    const MultipartForm form(fields);
-    if (form.attachTo(curl) != CURLE_OK)
-        return downloadFileName;
-    const bool transferred = perform(curl);
+    const bool transferred =
+        setDownloadOptions(*this, url, port) && post(curl, MultipartForm(fields));
     if (!transferred)
         removeAnnounced(*this);
     const bool saved = closeDownload(*this);
+    // Without a name, so that nobody takes a cut book for a whole one.
     if (!transferred || !saved)
         downloadFileName.clear();
     return downloadFileName;
@@ -169,9 +171,7 @@ void CurlManager::uploadFile(const std::string& url, int port, const FormFields&
         return;
     MultipartForm form(fields);
     form.addFile(filePath);
-    if (form.attachTo(curl) != CURLE_OK)
-        return;
-    perform(curl);
+    post(curl, form);
 }
 
 std::size_t CurlManager::write_callback(char* data, std::size_t size, std::size_t count,

@@ -1,6 +1,7 @@
 #include "xmlparser.h"
 
 #include <string_view>
+#include <utility>
 
 namespace {
 
