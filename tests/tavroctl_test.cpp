@@ -240,7 +240,8 @@ TEST_F(Tavroctl, ReplacedBookWaitsInTheJournalUntilReplayed) {
 // them.
 TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
     downloadBooks();
-    done({"replace", "first.txt", "second.txt"});
+    writeFile(root_.syncFolder() + "/first-2.txt", "The first book, corrected.\n");
+    done({"replace", "first.txt", "first-2.txt"});
     service_.inject(Operation::UploadContent, refusal("2009"));
     const auto begin = std::chrono::steady_clock::now();
     const pid_t replay = start({"replay"}, {});
@@ -256,10 +257,13 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
 
 TEST_F(Tavroctl, ReplaceOverwritesNoOtherBook) {
     downloadBooks();
-    writeFile(folder_ / "second.txt", "An unrelated file.\n");
-    EXPECT_THAT(failed({"replace", "first.txt", folder_ / "second.txt"})["error"],
+    writeFile(root_.syncFolder() + "/notes.txt", "My own notes.\n");
+    writeFile(folder_ / "notes.txt", "An unrelated file.\n");
+    EXPECT_THAT(failed({"replace", "first.txt", folder_ / "notes.txt"})["error"],
                 HasSubstr("is there already"));
-    EXPECT_EQ("The second book.\n", book("second.txt"));
+    EXPECT_EQ("My own notes.\n", book("notes.txt"));
+    EXPECT_THAT(failed({"replace", "first.txt", "second.txt"})["error"],
+                HasSubstr("second.txt is the file of another book"));
     writeFile(folder_ / "third.txt", "Nobody asked for it.\n");
     EXPECT_THAT(failed({"replace", "unknown.txt", folder_ / "third.txt"})["error"],
                 HasSubstr("does not know unknown.txt"));

@@ -18,6 +18,15 @@ std::string mappedName(const Account& account, const std::string& path) {
     return name;
 }
 
+/// Sees that the map's name `name` would not be taken from another book than that of `oldName`.
+void requireUnmapped(const Account& account, const std::string& name, const std::string& oldName) {
+    const auto map = mappedFiles(account);
+    const auto owner = map.find(name);
+    if (owner != map.end() && owner->second != map.at(oldName))
+        throw Failure(name + " is the file of another book, item " + std::to_string(owner->second),
+                      "a copy of it under another name");
+}
+
 /// Copies `source` to `target`, which has its old content until all of the new is there.
 void copyWhole(const fs::path& source, const fs::path& target) {
     const fs::path partial = target.parent_path() / ("." + target.filename().string() + ".copying");
@@ -36,6 +45,7 @@ void copyWhole(const fs::path& source, const fs::path& target) {
 std::string broughtIntoFolder(const Account& account, const fs::path& path,
                               const std::string& oldName) {
     const std::string name = path.filename();
+    requireUnmapped(account, name, oldName);
     const fs::path target = account.bookFile(name);
     const fs::path source = fs::is_regular_file(path) || path != name ? path : target;
     if (!fs::is_regular_file(source))
