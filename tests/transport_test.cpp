@@ -35,7 +35,10 @@ extern "C" CURLcode curl_easy_setopt(CURL* curl, CURLoption option, ...) {
     if (calls.options.size() - 1 == calls.failingOption)
         return CURLE_UNKNOWN_OPTION;
     std::va_list arguments;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wvarargs"  // libcurl declares its last named parameter an enum
     va_start(arguments, option);
+#pragma GCC diagnostic pop
     void* const value = va_arg(arguments, void*);
     va_end(arguments);
     return next<CURLcode(CURL*, CURLoption, ...)>("curl_easy_setopt")(curl, option, value);
