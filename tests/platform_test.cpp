@@ -26,7 +26,7 @@ namespace {
 
 class Platform : public testing::Test {
 protected:
-    ~Platform() override {
+    void TearDown() override {
         for (const char* name : {"TAVRO_PARTNER", "TAVRO_LOG", "TAVRO_LOG_LEVEL"})
             ::unsetenv(name);
     }
@@ -38,7 +38,7 @@ protected:
     auto reading(const std::string& content, Read read) const {
         writeFile(path_, content);
         LecternConfig* const config = open();
-        const auto result = read(config);
+        auto result = read(config);
         CloseConfigNoSave(config);
         return result;
     }
@@ -62,8 +62,9 @@ protected:
                                    const std::vector<std::string>& keys) const {
         return reading(content, [&keys](LecternConfig* config) {
             std::vector<std::string> result;
+            result.reserve(keys.size());
             for (const std::string& key : keys)
-                result.push_back(ReadString(config, key.c_str(), "?"));
+                result.emplace_back(ReadString(config, key.c_str(), "?"));
             return result;
         });
     }

@@ -150,6 +150,8 @@ public:
         }
     }
     ~Terminal() { ::close(fd_); }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
 
     /// Waits until the tool has written `text`.
     void expect(const std::string& text) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t block_size = 64 * 1024;
+constexpr std::size_t block_size = 65536;
 
 int openRegular(const char* path) {
     const int descriptor =

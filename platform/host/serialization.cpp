@@ -22,7 +22,7 @@ std::optional<Length> readLength(std::istream& in) {
 
 /// Reads piece by piece, so that memory follows what the stream holds and not what it announces.
 std::optional<std::string> readString(std::istream& in) {
-    constexpr std::size_t piece_size = 64 * 1024;
+    constexpr std::size_t piece_size = 65536;
     const std::optional<Length> length = readLength(in);
     std::string text;
     while (length && text.size() < *length) {

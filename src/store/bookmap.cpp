@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "platform/log.h"
 #include "posix/files.h"
@@ -42,15 +43,16 @@ private:
 }  // namespace
 
 void BookMap::Add(const std::string& bookPath, int id) {
-    const std::string name = bookPath;  // which may be a key of the map that is loaded anew
+    std::string name = bookPath;  // which may be a key of the map that is loaded anew
     const LockedFile file(*this);
     loadMapInt();
     bookMap[name] = id;
-    idMap[id] = name;
+    idMap[id] = std::move(name);
     saveMapInt();
 }
 
 void BookMap::Remove(const std::string& bookPath) {
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is for the same reason
     const std::string name = bookPath;
     const LockedFile file(*this);
     loadMapInt();
