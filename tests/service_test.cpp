@@ -424,6 +424,8 @@ TEST(Service, ReportsAndSkipsUnreadableBooks) {
     device.catalogue();
     EXPECT_EQ(service.books().size(), 1u);
     EXPECT_EQ(reports.size(), 7u) << testing::PrintToString(reports);
+    EXPECT_THAT(reports, testing::Contains(HasSubstr("bomb.epub: skipped: entry "
+                                                     "\"META-INF/container.xml\" is too large")));
 
     // A book that is being copied over must not vanish from the devices meanwhile.
     writeFile(folder / "odd.fb2", "<f:FictionBook");

@@ -5,7 +5,7 @@
 namespace tavro::service {
 
 std::string Accounts::registerDevice(const std::string& deviceId, const std::string& deviceType) {
-    const std::string token = randomName();
+    std::string token = randomName();
     database_.run("INSERT INTO devices VALUES (?, ?, ?)", token, deviceId, deviceType);
     return token;
 }
@@ -41,7 +41,7 @@ std::optional<std::int64_t> Accounts::authenticate(const std::string& email,
 }
 
 std::string Accounts::startSession(const std::string& token, std::int64_t account) {
-    const std::string session = randomName();
+    std::string session = randomName();
     database_.run("INSERT INTO sessions VALUES (?, ?, ?)", session, token, account);
     return session;
 }

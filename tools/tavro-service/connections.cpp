@@ -4,8 +4,9 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-#include <cstdlib>
+#include <charconv>
 #include <filesystem>
+#include <string>
 
 namespace tavro::service {
 
@@ -31,7 +32,9 @@ int portOf(int descriptor, NameOfSocket nameOfSocket) {
 // The HTTP library does not show its sockets, and has no way to end a connection without an answer.
 void shutDownConnections(int localPort, int remotePort) {
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        const int descriptor = std::atoi(entry.path().filename().c_str());
+        const std::string name = entry.path().filename();
+        int descriptor = -1;
+        std::from_chars(name.data(), name.data() + name.size(), descriptor);
         if (portOf(descriptor, ::getsockname) != localPort)
             continue;
         const int peer = portOf(descriptor, ::getpeername);

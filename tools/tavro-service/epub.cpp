@@ -67,11 +67,12 @@ BookDetails readEpub(const fs::path& path) {
     // 1. The container names the package document.
     const ZipArchive archive(path);
     const auto container = parseXml(archive.read("META-INF/container.xml"));
-    const fs::path package_path = attributeOf(findElement(container, "rootfile"), "full-path");
+    const fs::path package_path =
+        attributeOf(findElement(container.root(), "rootfile"), "full-path");
 
     // 2. The package holds the metadata.
     const auto document = parseXml(archive.read(package_path));
-    const pugi::xml_node package = findElement(document, "package");
+    const pugi::xml_node package = findElement(document.root(), "package");
     if (!package)
         throw BookError("no package in \"" + package_path.string() + "\"");
     BookDetails details;

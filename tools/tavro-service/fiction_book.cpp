@@ -49,7 +49,7 @@ std::string coverImage(const pugi::xml_document& document, pugi::xml_node titleI
 
 BookDetails readFictionBook(std::string bytes) {
     const auto document = parseXml(std::move(bytes));
-    const pugi::xml_node information = findElement(document, "title-info");
+    const pugi::xml_node information = findElement(document.root(), "title-info");
     if (!information)
         throw BookError("no title-info in the FictionBook");
     BookDetails details;
@@ -58,7 +58,7 @@ BookDetails readFictionBook(std::string bytes) {
         if (localName(node.name()) == "author")
             details.artist += (details.artist.empty() ? "" : ", ") + authorName(node);
     }
-    setIsbn(details, textOf(findElement(findElement(document, "publish-info"), "isbn")));
+    setIsbn(details, textOf(findElement(findElement(document.root(), "publish-info"), "isbn")));
     details.cover = coverImage(document, information);
     return details;
 }

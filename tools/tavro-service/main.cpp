@@ -176,9 +176,8 @@ void checkArguments(ServeArguments& arguments) {
                                        arguments.consumer.substr(colon + 1));
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+/// Reads the command line and does what it says. @return the exit code.
+int run(int argc, char** argv) {
     CLI::App app("Local Tavro service: the device API and the book pages on this machine",
                  "tavro-service");
     ServeArguments serve_arguments;
@@ -194,14 +193,19 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? done : wrong_usage;
     }
+    return fault_command->parsed() ? control(fault_arguments) : serve(serve_arguments);
+}
 
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
-        return fault_command->parsed() ? control(fault_arguments) : serve(serve_arguments);
+        return run(argc, argv);
     } catch (const std::invalid_argument& error) {
-        std::cerr << "tavro-service: " << error.what() << "\n";
+        std::fprintf(stderr, "tavro-service: %s\n", error.what());
         return wrong_usage;
     } catch (const std::exception& error) {
-        std::cerr << "tavro-service: " << error.what() << "\n";
+        std::fprintf(stderr, "tavro-service: %s\n", error.what());
         return failed;
     }
 }

@@ -71,6 +71,8 @@ class Service::Implementation {
 public:
     explicit Implementation(Options options);
     ~Implementation() { stop(); }
+    Implementation(const Implementation&) = delete;
+    Implementation& operator=(const Implementation&) = delete;
 
     void stop();
     std::string url() const { return urlOf(options_.address, port_); }

@@ -60,6 +60,8 @@ public:
 
     /// Stops.
     ~Service();
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
 
     /// The port on which the service listens.
     int port() const;

@@ -14,6 +14,8 @@ public:
     explicit TemporaryFile(const std::filesystem::path& folder);
 
     ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
     TemporaryFile(TemporaryFile&& other) noexcept;
     TemporaryFile& operator=(TemporaryFile&& other) noexcept;
 
