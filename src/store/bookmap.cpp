@@ -108,8 +108,9 @@ int BookMap::loadMapInt() {
     std::string bookPath;
     IdBytes id = {};
     while (reader.readText(bookPath) && reader.readWord(id)) {
-        bookMap[bookPath] = idFrom(id);
-        idMap[idFrom(id)] = bookPath;
+        // The file is sorted by path, so that the end is where the next one goes.
+        bookMap.insert_or_assign(bookMap.end(), bookPath, idFrom(id));
+        idMap.insert_or_assign(idMap.end(), idFrom(id), bookPath);
     }
     return 0;
 }

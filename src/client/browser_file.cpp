@@ -1,0 +1,50 @@
+#include "client/browser_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+
+#include "client/desc_comp.h"
+#include "tavro_client.h"
+
+namespace browser_file {
+
+namespace {
+
+/// The part of `text` behind its last `separator`; `whole` decides what a text without one gives.
+std::string behindLast(const std::string& text, char separator, bool whole) {
+    const std::size_t position = text.rfind(separator);
+    if (position == std::string::npos)
+        return whole ? text : std::string();
+    return text.substr(position + 1);
+}
+
+/// The first word of the file `path`; empty when it cannot be read or has none.
+std::string firstWord(const std::string& path) {
+    std::ifstream stream(path);
+    std::string word;
+    stream >> word;
+    return word;
+}
+
+}  // namespace
+
+bool isInSyncFolder(const char* path) {
+    const std::string folder = TavroClient().GetSyncFolder();
+    return std::strncmp(path, folder.c_str(), folder.size()) == 0;
+}
+
+std::string itemKey(const std::string& path, Tavro& session) {
+    if (behindLast(path, '.', false) == "file")
+        return firstWord(path);
+    const std::map<std::string, int> books = session.GetBooks();
+    const auto book = books.find(behindLast(path, '/', true));
+    return book == books.end() ? std::string() : std::to_string(book->second);
+}
+
+const BookDescription* findBook(const std::vector<BookDescription>& books, const std::string& key) {
+    const auto book = std::find_if(books.begin(), books.end(), DescComp(key));
+    return book == books.end() ? nullptr : &*book;
+}
+
+}  // namespace browser_file

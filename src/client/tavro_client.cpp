@@ -1,0 +1,62 @@
+#include "tavro_client.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "platform/configuration.h"
+#include "platform/device_paths.h"
+#include "platform/log.h"
+
+namespace {
+
+/// Notes a call of the function `signature` in the system log; `format` takes the process ID.
+void logCall(int line, const char* signature, const char* format) {
+    fl_print_log2(platform::log_trace, __FILE__, line, signature, format, g_process_pid);
+}
+
+/// Becomes the synchronisation application, or ends this process with status 127.
+[[noreturn]] void becomeSyncApplication() {
+    ::execl(device_paths::sync_application, device_paths::sync_application,
+            static_cast<char*>(nullptr));
+    fl_print_log2(platform::log_error, __FILE__, __LINE__, "int TavroClient::StartSync()",
+                  "[pid:%d]TavroClient::StartSync: exec() failed, errno=%i\n", g_process_pid,
+                  errno);
+    std::exit(127);
+}
+
+}  // namespace
+
+TavroClient::TavroClient() = default;
+
+std::string TavroClient::GetProfile() {
+    return device_paths::configuration_folder;
+}
+
+bool TavroClient::IsLoggedIn() const {
+    logCall(__LINE__, "bool TavroClient::IsLoggedIn() const", "[pid:%d]Tavro IsLoggedIn called");
+    struct stat status = {};
+    return ::stat(device_paths::login_marker, &status) == 0 && status.st_size > 0;
+}
+
+std::string TavroClient::GetSyncFolder() {
+    logCall(__LINE__, "std::string TavroClient::GetSyncFolder()",
+            "[pid:%d]Tavro GetSyncFolder called");
+    const auto config = platform::openConfiguration(device_paths::account_configuration);
+    return ReadString(config.get(), "DownloadFolderPath", "");
+}
+
+int TavroClient::StartSync() {
+    logCall(__LINE__, "int TavroClient::StartSync()", "[pid:%d]Tavro StartSync called");
+    if (::fork() == 0)
+        becomeSyncApplication();
+    return 0;
+}
+
+int TavroClient::StartLoginWizard() {
+    logCall(__LINE__, "int TavroClient::StartLoginWizard()",
+            "[pid:%d]Tavro StartLoginWizard called");
+    return OpenBook(device_paths::wizard_application, "-library", 0);
+}

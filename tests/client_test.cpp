@@ -1,0 +1,327 @@
+#include "tavro_client.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <lectern.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+#include <sstream>
+#include <vector>
+
+#include "bookmap.h"
+#include "core_utils_host.h"
+#include "support/device_root.h"
+#include "tavro_entry_points.h"
+
+using namespace std::string_literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// What the library asked of the system and the platform, in order.
+std::vector<std::string> calls;
+
+const std::string root = TAVRO_TEST_DEVICE_ROOT;
+
+template <typename Function>
+Function* next(const char* name) {
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+template <typename... Values>
+void note(const Values&... values) {
+    std::ostringstream text;
+    ((text << values << ' '), ...);
+    calls.push_back(text.str().substr(0, text.str().size() - 1));
+}
+
+}  // namespace
+
+// These stand before the system's and the platform's.
+
+extern "C" int system(const char* command) {
+    note("system", command);
+    return next<int(const char*)>("system")(command);
+}
+
+extern "C" int unlink(const char* path) noexcept {
+    note("unlink", path);
+    return next<int(const char*)>("unlink")(path);
+}
+
+extern "C" int SendEventTo(int target, int type, int parameter1, int parameter2) {
+    note("event", target, type, parameter1, parameter2);
+    return 0;
+}
+
+extern "C" int OpenBook(const char* path, const char* parameters, int flags) {
+    note("open", path, parameters, flags);
+    return 42;
+}
+
+extern "C" LecternBitmap* LoadJPEG(const char* path, int width, int height, int brightness,
+                                   int contrast, int proportional) {
+    note("jpeg", path, width, height, brightness, contrast, proportional);
+    return nullptr;
+}
+
+extern "C" LecternBitmap* LoadPNGStretch(const char* path, int width, int height, int proportional,
+                                         int dither) {
+    note("png", path, width, height, proportional, dither);
+    return reinterpret_cast<LecternBitmap*>(&calls);
+}
+
+extern "C" LecternBitmap* LoadBitmap(const char* path) {
+    note("bmp", path);
+    return reinterpret_cast<LecternBitmap*>(&calls);
+}
+
+namespace {
+
+using Calls = std::vector<std::string>;
+
+class Client : public ::testing::Test {
+protected:
+    Client() {
+        ::setenv("TAVRO_PARTNER", "0", 1);
+        writeFile(device.configuration() + "/.tavro_token", "token");
+        device.writeAccount();
+        calls.clear();
+    }
+
+    void addToMap(const std::string& name, int id) {
+        BookMap map;
+        map.path = device.configuration() + "/.tavro.lst";
+        map.Add(name, id);
+    }
+
+    /// Saves a catalogue with one book for each of `ids`.
+    void saveCatalogue(const std::vector<std::string>& ids) {
+        std::string xml = "<R><AddedItems>";
+        for (const std::string& id : ids)
+            xml += "<ItemsResponse><ItemID>" + id + "</ItemID><Title>T" + id + "</Title><Artist>A" +
+                   id + "</Artist><CategoryId>C" + id + "</CategoryId></ItemsResponse>";
+        writeFile(device.configuration() + "/.tbooks.xml", xml + "</AddedItems></R>");
+    }
+
+    void saveDownloadList(const std::vector<std::string>& files) {
+        std::ostringstream stream;
+        folium::utilities::SerializeStringVec(stream, files);
+        writeFile(list, stream.str());
+    }
+
+    /// Title that the browser is told for the file `name` of the sync folder; "-" when none.
+    std::string titleOf(const std::string& name) {
+        tavro_book_info info = {};
+        if (tavro_get_book_info((device.syncFolder() + name).c_str(), &info) != 0)
+            return info.title == nullptr ? "-" : "touched";
+        const std::string title = info.title;
+        for (char* text : {info.title, info.author, info.category_id, info.isbn})
+            std::free(text);
+        return title;
+    }
+
+    /// Runs `action`, with its expectations, in a process of its own: the browser's session lasts
+    /// as long as its process.
+    static void inOwnProcess(const std::function<void()>& action) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            action();
+            ::_exit(HasFailure() ? 1 : 0);
+        }
+        int status = -1;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+
+    const DeviceRoot device;
+    const std::string list = device.configuration() + "/.files_to_download";
+    TavroClient client;
+};
+
+}  // namespace
+
+TEST_F(Client, LoginIsAMarkerThatIsNotEmpty) {
+    const std::string marker = device.configuration() + "/.tavro_vendor_token";
+    EXPECT_EQ(client.GetProfile(), device.configuration());
+    EXPECT_FALSE(client.IsLoggedIn());
+    writeFile(marker, "");
+    EXPECT_FALSE(client.IsLoggedIn());
+    writeFile(marker, "x");
+    EXPECT_TRUE(client.IsLoggedIn());
+    EXPECT_EQ(client.GetSyncFolder(), device.syncFolder());
+    fs::remove_all(device.configuration());
+    EXPECT_FALSE(client.IsLoggedIn());
+    EXPECT_EQ(client.GetSyncFolder(), "");
+}
+
+TEST_F(Client, StartsItsApplications) {
+    const std::string application = root + "/ebrmain/bin/tavro_sync.app";
+    const auto statusOfChild = [] {
+        int status = -1;
+        ::wait(&status);
+        return WEXITSTATUS(status);
+    };
+    ::setenv("TAVRO_LOG", (root + "/log").c_str(), 1);
+    EXPECT_EQ(client.StartSync(), 0);
+    EXPECT_EQ(statusOfChild(), 127);
+    const std::string log = readFile(root + "/log");
+    EXPECT_NE(log.find("TavroClient::StartSync: exec() failed, errno=2"), std::string::npos) << log;
+    writeFile(application, "#!/bin/sh\necho $# $0 > " + root + "/started\nexit 7\n");
+    fs::permissions(application, fs::perms::owner_all);
+    EXPECT_EQ(client.StartSync(), 0);
+    EXPECT_EQ(statusOfChild(), 7);
+    EXPECT_EQ(readFile(root + "/started"), "0 " + application + "\n");
+    EXPECT_EQ(client.StartLoginWizard(), 42);
+    EXPECT_EQ(calls, Calls{"open " + root + "/ebrmain/bin/tavro_wizard.app -library 0"});
+}
+
+TEST_F(Client, CallsAreLoggedWithTheirSignatures) {
+    ::setenv("TAVRO_LOG", (root + "/log").c_str(), 1);
+    ::setenv("TAVRO_LOG_LEVEL", "4", 1);
+    client.IsLoggedIn();
+    client.GetSyncFolder();
+    client.StartLoginWizard();
+    ::unsetenv("TAVRO_LOG_LEVEL");
+    const std::string log = readFile(root + "/log");
+    for (const char* text : {"bool TavroClient::IsLoggedIn() const", "Tavro IsLoggedIn called",
+                             "Tavro GetSyncFolder called", "int TavroClient::StartLoginWizard()",
+                             "Tavro StartLoginWizard called"})
+        EXPECT_NE(log.find(text), std::string::npos) << text;
+}
+
+// Log-out deletes: what it takes, what it spares, and when, must not change by accident.
+TEST_F(Client, LogOutRemovesEverythingInOrder) {
+    const std::string folder = device.syncFolder();
+    for (const char* name : {"/a book.epub", "/b.txt", "/.hidden", "/sub/c.txt"})
+        writeFile(folder + name, "x");
+    writeFile(folder + "joined.txt", "in the folder above, next to the sync folder");
+    writeFile(root + "/mnt/ext1/.adobe-hidden-files/x", "x");
+    addToMap("b.txt", 2);
+    addToMap("joined.txt", 1);
+    calls.clear();
+    client.LogOut();
+    const Calls expected = {"unlink " + folder + "b.txt",
+                            "unlink " + folder + "joined.txt",
+                            "system rm -rf " + device.configuration(),
+                            "system rm -rf " + root + "/mnt/ext1/.adobe-hidden-files",
+                            "system rm " + folder + "/*",
+                            "event -3 215 0 0",
+                            "system killall browser.app"};
+    EXPECT_EQ(calls, expected);
+    for (const char* gone : {"/a book.epub", "/b.txt", "joined.txt"})
+        EXPECT_FALSE(fs::exists(folder + gone)) << gone;
+    for (const char* spared : {"/.hidden", "/sub/c.txt"})
+        EXPECT_TRUE(fs::exists(folder + spared)) << spared;
+    EXPECT_FALSE(fs::exists(device.configuration()));
+    EXPECT_FALSE(fs::exists(root + "/mnt/ext1/.adobe-hidden-files"));
+}
+
+TEST_F(Client, LogOutWithoutASyncFolderSparesItsFiles) {
+    writeFile(device.configuration() + "/.tavro.conf", "SerialNumber=s\n");
+    calls.clear();
+    client.LogOut();
+    const Calls expected = {"system rm -rf " + device.configuration(),
+                            "system rm -rf " + root + "/mnt/ext1/.adobe-hidden-files",
+                            "event -3 215 0 0", "system killall browser.app"};
+    EXPECT_EQ(calls, expected);
+}
+
+TEST_F(Client, InfoComesFromPlaceholderOrBookMap) {
+    const std::string folder = device.syncFolder();
+    saveCatalogue({"5", "678", "-7", "5"});
+    addToMap("book.epub", -7);
+    addToMap("Book.FILE", 5);
+    addToMap("gone.txt", 99);
+    writeFile(folder + "/abc.file", "  678\nmore text");
+    writeFile(folder + "/empty.file", " \n");
+    inOwnProcess([this] {
+        const std::pair<const char*, const char*> cases[] = {{"/abc.file", "T678"},
+                                                             {"/book.epub", "T-7"},
+                                                             {"/sub/book.epub", "T-7"},
+                                                             {"/Book.FILE", "T5"},
+                                                             {"/empty.file", "-"},
+                                                             {"/missing.file", "-"},
+                                                             {"/gone.txt", "-"},
+                                                             {"/unknown.txt", "-"},
+                                                             {"/", "-"},
+                                                             {"", "-"},
+                                                             {"-2/book.epub", "T-7"}};
+        for (const auto& [name, title] : cases)
+            EXPECT_EQ(titleOf(name), title) << name;
+        tavro_book_info info = {};
+        EXPECT_EQ(tavro_get_book_info("/elsewhere/book.epub", &info), -1);
+        EXPECT_EQ(tavro_get_book_info(nullptr, &info), -1);
+        ASSERT_EQ(tavro_get_book_info((device.syncFolder() + "/abc.file").c_str(), &info), 0);
+        EXPECT_EQ(info.author + ""s + info.category_id + info.isbn, "A678C678");
+        for (void* untouched : info.reserved_9_to_21)
+            EXPECT_EQ(untouched, nullptr);
+    });
+}
+
+TEST_F(Client, InfoKeepsItsSessionAndNoticesANewCatalogue) {
+    writeFile(device.syncFolder() + "/a.file", "1");
+    inOwnProcess([this] {
+        EXPECT_EQ(titleOf("/a.file"), "-");
+        saveCatalogue({"1"});
+        EXPECT_EQ(titleOf("/a.file"), "T1");
+        // With no sync folder configured any more, every path is looked at.
+        writeFile(device.configuration() + "/.tavro.conf", "");
+        EXPECT_EQ(titleOf("/a.file"), "T1");
+    });
+    // A first call that cannot initialise the session is never made good.
+    fs::remove(device.configuration() + "/.tavro.conf");
+    inOwnProcess([this] {
+        EXPECT_EQ(titleOf("/a.file"), "-");
+        device.writeAccount();
+        EXPECT_EQ(titleOf("/a.file"), "-");
+    });
+}
+
+TEST_F(Client, StatusTellsPendingPlaceholders) {
+    const std::string pending = device.syncFolder() + "/p.file";
+    EXPECT_EQ(tavro_get_book_status("/sync/x.epub"), 0);
+    EXPECT_EQ(tavro_get_book_status(nullptr), 0);
+    EXPECT_FALSE(fs::exists(list));
+    EXPECT_EQ(tavro_get_book_status("/sync/a.files/x.epub"), 1);
+    EXPECT_TRUE(fs::exists(list));
+    saveDownloadList({"/other.file", pending});
+    inOwnProcess([&] {
+        const int other = ::open(list.c_str(), O_RDWR);
+        EXPECT_EQ(tavro_get_book_status((pending + "x").c_str()), 1);
+        EXPECT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
+        ::flock(other, LOCK_UN);
+        EXPECT_EQ(tavro_get_book_status(pending.c_str()), 2);
+        EXPECT_EQ(::flock(other, LOCK_EX | LOCK_NB), -1);  // held until the process ends
+    });
+    writeFile(list, "\x02\0\0\0\xFF\xFF\xFF\xFF"s);  // a damaged list
+    EXPECT_EQ(tavro_get_book_status(pending.c_str()), 1);
+    fs::remove_all(device.configuration());
+    EXPECT_EQ(tavro_get_book_status(pending.c_str()), 1);
+}
+
+TEST_F(Client, CoverIsTheFirstFileThatExists) {
+    const std::string book = device.syncFolder() + "/b.file";
+    const std::string cover = device.configuration() + "/covers/42";
+    saveCatalogue({"1", "42"});
+    writeFile(book, "42");
+    EXPECT_EQ(tavro_get_book_cover("/elsewhere/b.file", 3, 4), nullptr);
+    EXPECT_EQ(tavro_get_book_cover(book.c_str(), 3, 4), nullptr);
+    EXPECT_TRUE(calls.empty());
+    writeFile(cover + ".bmp", "");
+    EXPECT_EQ(tavro_get_book_cover(book.c_str(), 3, 4), &calls);
+    writeFile(cover + ".png", "");
+    EXPECT_EQ(tavro_get_book_cover(book.c_str(), 3, 4), &calls);
+    writeFile(cover + ".jpeg", "");
+    EXPECT_EQ(tavro_get_book_cover(book.c_str(), 3, 4), nullptr);
+    EXPECT_EQ(calls, (Calls{"bmp " + cover + ".bmp", "png " + cover + ".png 3 4 1 1",
+                            "jpeg " + cover + ".jpeg 3 4 96 105 1"}));
+    // A file that nothing is known of gets the cover of the first book without an item id.
+    saveCatalogue({"1", ""});
+    writeFile(device.configuration() + "/covers/.bmp", "");
+    EXPECT_EQ(tavro_get_book_cover((device.syncFolder() + "/unknown").c_str(), 3, 4), &calls);
+}
