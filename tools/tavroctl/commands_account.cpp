@@ -2,8 +2,6 @@
 #include "operations.h"
 #include "password_prompt.h"
 
-namespace fs = std::filesystem;
-
 namespace tavroctl {
 
 namespace {

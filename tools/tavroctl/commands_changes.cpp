@@ -12,7 +12,7 @@ namespace {
 
 /// The name of `path` as the book map has it. Throws Failure.
 std::string mappedName(const Account& account, const std::string& path) {
-    const std::string name = fs::path(path).filename();
+    std::string name = fs::path(path).filename();
     if (mappedFiles(account).count(name) == 0)
         throw Failure("the book map does not know " + path, "one of the files of 'tavroctl map'");
     return name;
@@ -44,7 +44,7 @@ void copyWhole(const fs::path& source, const fs::path& target) {
 /// but over no other file than `oldName`. @return its name there.
 std::string broughtIntoFolder(const Account& account, const fs::path& path,
                               const std::string& oldName) {
-    const std::string name = path.filename();
+    std::string name = path.filename();
     requireUnmapped(account, name, oldName);
     const fs::path target = account.bookFile(name);
     const fs::path source = fs::is_regular_file(path) || path != name ? path : target;

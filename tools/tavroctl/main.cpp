@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <clocale>
+#include <cstdio>
 #include <exception>
 
 #include "commands.h"
@@ -128,7 +129,8 @@ private:
     CLI::App app_{"Works with the Tavro cloud book service as a reader's applications do"};
 };
 
-int run(const CommandLine& commandLine, const Output& output) {
+int run(const CommandLine& commandLine) {
+    const Output output(commandLine.arguments.json);
     try {
         const tavroctl::QuietLibrary quiet(output, commandLine.arguments.trace);
         commandLine.command(commandLine.arguments, output);
@@ -144,15 +146,25 @@ int run(const CommandLine& commandLine, const Output& output) {
     return exit_failed;
 }
 
-}  // namespace
-
-int main(int count, char** values) {
-    std::setlocale(LC_CTYPE, "C.UTF-8");  // the service's texts are UTF-8, whatever the terminal
+/// Does what the command line says. @return the exit status.
+int parseAndRun(int count, char** values) {
     CommandLine commandLine;
     try {
         commandLine.parse(count, values);
     } catch (const CLI::ParseError& error) {
         return commandLine.report(error);
     }
-    return run(commandLine, Output(commandLine.arguments.json));
+    return run(commandLine);
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+    std::setlocale(LC_CTYPE, "C.UTF-8");  // the service's texts are UTF-8, whatever the terminal
+    try {
+        return parseAndRun(count, values);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tavroctl: %s\n", error.what());
+        return exit_failed;
+    }
 }

@@ -1,6 +1,7 @@
 #include "operations.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <set>
 
@@ -104,11 +105,12 @@ std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
 }
 
 int itemNumber(const BookDescription& book) {
-    return static_cast<int>(std::strtol(book.field(BookDescription::ItemID).c_str(), nullptr, 10));
+    const long number = std::strtol(book.field(BookDescription::ItemID).c_str(), nullptr, 10);
+    return static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
 }
 
 std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book) {
-    const std::string name = session.downloadBook(book);
+    std::string name = session.downloadBook(book);
     if (name.empty())
         throw Failure("no whole file came from " + downloadAddress(),
                       "'tavroctl sync' to see whether service and session are alive, --trace to "

@@ -23,7 +23,7 @@ constexpr int first_free = 3;
 std::size_t width(const std::string& text) {
     std::mbstate_t state{};
     std::size_t columns = 0;
-    wchar_t character;
+    wchar_t character = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
         if (size == 0 || size > text.size() - at) {  // only without a UTF-8 locale
@@ -59,7 +59,7 @@ std::string serialised(const Json& json, int indent) {
 std::string displayable(const std::string& text) {
     std::mbstate_t state{};
     std::string shown;
-    wchar_t character;
+    wchar_t character = 0;
     for (std::size_t at = 0; at < text.size();) {
         std::size_t size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
         const bool whole = size > 0 && size <= text.size() - at;

@@ -77,7 +77,7 @@ std::optional<int> askSilently(const Output& output, const std::string& question
     while (::poll(sources, 2, -1) > 0) {
         if (sources[1].revents != 0)
             return signals.take();
-        char character;
+        char character = 0;
         if (::read(STDIN_FILENO, &character, 1) != 1 || character == '\n')
             break;
         line += character;
@@ -101,7 +101,7 @@ std::string askAtTerminal(const Output& output, bool twice) {
         throw WrongUse(
             "standard input is no terminal to ask for the password: give the password "
             "as its first line and say --password-stdin");
-    const std::string password = ask(output, "Password: ");
+    std::string password = ask(output, "Password: ");
     if (twice && ask(output, "The same password again: ") != password)
         throw Failure("the two passwords differ", "the same command again");
     return password;
