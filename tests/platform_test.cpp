@@ -10,6 +10,7 @@
 #include "core_utils.h"
 #include "core_utils_host.h"
 #include "lectern_host.h"
+#include "support/device_root.h"
 #include "support/temporary_folder.h"
 
 namespace fs = std::filesystem;
@@ -27,7 +28,8 @@ namespace {
 class Platform : public testing::Test {
 protected:
     void TearDown() override {
-        for (const char* name : {"TAVRO_PARTNER", "TAVRO_LOG", "TAVRO_LOG_LEVEL"})
+        for (const char* name :
+             {"TAVRO_PARTNER", "TAVRO_LOG", "TAVRO_LOG_LEVEL", "TAVRO_EVENT_LOG"})
             ::unsetenv(name);
     }
 
@@ -92,6 +94,17 @@ protected:
 mode_t permissionsOf(const std::string& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+}
+
+/// Whether within ten seconds all children of this process end and are reaped by others.
+bool allChildrenGo() {
+    siginfo_t child{};
+    for (int tries = 0; tries < 10'000; ++tries) {
+        if (::waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) == -1)
+            return errno == ECHILD;
+        ::usleep(1000);
+    }
+    return false;
 }
 
 }  // namespace
@@ -259,7 +272,12 @@ TEST_F(Platform, HashChangesWithEveryByteOfTheFile) {
         EXPECT_NE(hashOf(content), hash) << place;
         content[place] = 'a';
     }
+    for (const std::size_t place : {7UL, 15UL, 23UL, 31UL})
+        content[place] = static_cast<char>('a' + 0x80);
+    EXPECT_NE(hashOf(content), hash) << "the highest bits of words must not cancel out";
+    content.replace(0, 32, 32, 'a');
     EXPECT_NE(hashOf(content + "a"), hash);
+    EXPECT_NE(hashOf(content + "\0"s), hash);
     EXPECT_NE(hashOf("ab"), hashOf("ba"));
     EXPECT_NE(hashOf(""), "");
     EXPECT_NE(hashOf(""), hashOf("\0"s));
@@ -287,16 +305,51 @@ TEST_F(Platform, PartnerComesFromTheEnvironment) {
     }
 }
 
-TEST_F(Platform, CallsWithoutADesktopCounterpartFailWithAReason) {
-    writeFile(path_, "no image");
-    const auto reason = [](bool failed) { return failed ? errno : 0; };
-    const char* const file = path_.c_str();
-    EXPECT_EQ(reason(OpenBook("", "", 0) == -1), EINVAL);
-    EXPECT_EQ(reason(OpenBook("/bin/reader", nullptr, 0) == -1), ENOSYS);
-    EXPECT_EQ(reason(SendEventTo(1, -1, 0, 0) == -1), EINVAL);
-    EXPECT_EQ(reason(LoadJPEG("/nonexistent", 9, 9, 0, 0, 1) == nullptr), ENOENT);
-    EXPECT_EQ(reason(LoadPNGStretch(file, 9, -1, 0, 0) == nullptr), EINVAL);
-    EXPECT_EQ(reason(LoadBitmap(file) == nullptr), ENOSYS);
+TEST_F(Platform, EventsAreNotedInTheLog) {
+    const std::string line = "[-0-9]{10} [.:0-9]{12} target=-3 type=215 parameters=0,0 process=" +
+                             std::to_string(::getpid()) + "\n";
+    ::setenv("TAVRO_EVENT_LOG", path_.c_str(), 1);
+    EXPECT_EQ(SendEventTo(-3, 215, 0, 0), 0);
+    const std::string first = readFile(path_);
+    EXPECT_THAT(first, MatchesRegex(line));
+    EXPECT_EQ(SendEventTo(7, 1, -2, 3), 0);
+    EXPECT_THAT(readFile(path_).substr(first.size()),
+                HasSubstr(" target=7 type=1 parameters=-2,3 process="));
+    ::setenv("TAVRO_EVENT_LOG", (folder_ + "/none/log").c_str(), 1);
+    EXPECT_EQ(SendEventTo(-3, 215, 0, 0), -1);
+    EXPECT_EQ(errno, ENOENT);
+
+    ::unsetenv("TAVRO_EVENT_LOG");
+    const DeviceRoot device;
+    EXPECT_EQ(SendEventTo(-3, 215, 0, 0), 0);
+    EXPECT_THAT(readFile(TAVRO_TEST_DEVICE_ROOT "/mnt/ext1/system/events.log"), MatchesRegex(line));
+}
+
+// The browser opens applications and must neither wait for them nor collect zombies.
+TEST_F(Platform, ApplicationRunsOnItsOwnWithItsParameters) {
+    const std::string pipe = folder_ + "/pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const std::string application = folder_ + "/reader.app";
+    writeFile(application, "#!/bin/sh\ncd '" + folder_ +
+                               "' && read go < pipe && echo \"$#:$1\" > new && mv new done\n");
+    EXPECT_EQ(OpenBook(application.c_str(), "-a 'b", 0), -1);
+    EXPECT_EQ(errno, EACCES);
+    fs::permissions(application, fs::perms{0700});
+
+    const std::pair<const char*, const char*> cases[] = {
+        {"-a 'b", "1:-a 'b\n"}, {"", "1:\n"}, {nullptr, "0:\n"}};
+    for (const auto& [parameters, expected] : cases) {
+        ASSERT_EQ(OpenBook(application.c_str(), parameters, 0), 0);
+        EXPECT_FALSE(fs::exists(folder_ + "/done"));
+        writeFile(pipe, "go\n");
+        EXPECT_TRUE(allChildrenGo());
+        EXPECT_EQ(readFile(folder_ + "/done"), expected);
+        fs::remove(folder_ + "/done");
+    }
+    EXPECT_EQ(OpenBook((folder_ + "/none").c_str(), "", 0), -1);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(OpenBook(nullptr, "", 0), -1);
+    EXPECT_EQ(errno, EINVAL);
 }
 
 TEST_F(Platform, LogLineTellsTimeLevelProcessPlaceAndWholeMessage) {

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <utility>
 
 namespace {
 
@@ -28,15 +29,26 @@ posix::FileDescriptor openRegularFile(const char* path) {
     return posix::FileDescriptor(openRegular(path));
 }
 
+posix::FileDescriptor openForAppending(const char* path) {
+    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC;
+    return posix::FileDescriptor(
+        posix::uninterrupted([path] { return ::open(path, flags, 0600); }));
+}
+
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume) {
     std::array<char, block_size> block;
+    std::size_t filled = 0;
     for (;;) {
-        const ssize_t count =
-            posix::uninterrupted([&] { return ::read(file.get(), block.data(), block.size()); });
-        if (count <= 0)
-            return count == 0;
-        consume({block.data(), static_cast<std::size_t>(count)});
+        const ssize_t count = posix::uninterrupted(
+            [&] { return ::read(file.get(), block.data() + filled, block.size() - filled); });
+        if (count == -1)
+            return false;
+        filled += static_cast<std::size_t>(count);
+        if (count == 0 || filled == block.size())
+            consume({block.data(), std::exchange(filled, 0)});
+        if (count == 0)
+            return true;
     }
 }
 

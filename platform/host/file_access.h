@@ -10,7 +10,12 @@
 /// something else (a folder, a pipe, a device); never waits for the other end of a pipe.
 posix::FileDescriptor openRegularFile(const char* path);
 
-/// Passes all that is left of `file` to `consume` in blocks of bounded size.
+/// Opens `path` for appending; a new file is readable by its owner only. None, with `errno` set,
+/// when that fails.
+posix::FileDescriptor openForAppending(const char* path);
+
+/// Passes all that is left of `file` to `consume` in blocks of one size, a multiple of 8 bytes;
+/// only the last one may be shorter.
 /// @return false, with `errno` set, when a read fails.
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume);

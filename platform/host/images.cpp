@@ -1,32 +1,102 @@
-// Image loaders. None decodes yet: a call for a readable file fails with ENOSYS.
+// LoadJPEG, LoadPNGStretch and LoadBitmap.
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <new>
+#include <string>
 
 #include "file_access.h"
-#include "lectern.h"
+#include "guarded.h"
+#include "image_decoders.h"
+#include "lectern_host.h"
 
 namespace {
 
-LecternBitmap* refuse(const char* path, bool sizeGiven) {
-    if (path == nullptr || !sizeGiven)
-        errno = EINVAL;
-    else if (openRegularFile(path))
-        errno = ENOSYS;
-    return nullptr;
+/// The whole content of the file `path`; nothing, with `errno` set, when it cannot be read or is
+/// larger than any picture that a decoder takes on.
+std::optional<std::string> contentOf(const char* path) {
+    constexpr off_t largest_file = 160'000'000;
+    const posix::FileDescriptor file = openRegularFile(path);
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0)
+        return std::nullopt;
+    if (status.st_size > largest_file) {
+        errno = EFBIG;
+        return std::nullopt;
+    }
+    std::string content;
+    content.reserve(static_cast<std::size_t>(status.st_size));
+    if (!readBlocks(file, [&content](std::string_view block) { content += block; }))
+        return std::nullopt;
+    return content;
+}
+
+LecternBitmap* toBitmap(const GreyImage& image) {
+    void* const block = std::malloc(sizeof(LecternBitmap) + image.pixels.size());
+    if (block == nullptr)
+        return nullptr;
+    const auto width = static_cast<unsigned short>(image.size.width);
+    const auto height = static_cast<unsigned short>(image.size.height);
+    auto* const bitmap = new (block) LecternBitmap{width, height, 8, width};
+    std::copy(image.pixels.begin(), image.pixels.end(), LecternBitmapPixels(bitmap));
+    return bitmap;
+}
+
+/// The bitmap that `decode` makes of the content of `path`; null, with `errno` set, when it makes
+/// none.
+template <typename Decode>
+LecternBitmap* load(const char* path, Decode decode) {
+    return guarded<LecternBitmap*>(nullptr, [&]() -> LecternBitmap* {
+        const std::optional<std::string> content = contentOf(path);
+        if (!content)
+            return nullptr;
+        const std::optional<GreyImage> image = decode(*content);
+        errno = image ? 0 : EBADMSG;
+        return image ? toBitmap(*image) : nullptr;
+    });
+}
+
+/// Whether a call makes sense; `errno` tells why when it does not.
+bool isCallable(const char* path, ImageSize size) {
+    constexpr std::int64_t longest_side = 8192;
+    const bool callable = path != nullptr && size.width > 0 && size.width <= longest_side &&
+                          size.height > 0 && size.height <= longest_side;
+    errno = callable ? 0 : EINVAL;
+    return callable;
 }
 
 }  // namespace
 
-LecternBitmap* LoadJPEG(const char* path, int width, int height, int /*brightness*/,
-                        int /*contrast*/, int /*proportional*/) {
-    return refuse(path, width > 0 && height > 0);
+LecternBitmap* LoadJPEG(const char* path, int width, int height, int brightness, int contrast,
+                        int proportional) {
+    const ImageSize frame{width, height};
+    if (!isCallable(path, frame))
+        return nullptr;
+    return load(path, [=](std::string_view file) {
+        std::optional<GreyImage> image = decodeJpeg(
+            file, [=](ImageSize own) { return proportional == 0 ? frame : fitted(own, frame); });
+        if (image)
+            adjust(*image, brightness, contrast);
+        return image;
+    });
 }
 
 LecternBitmap* LoadPNGStretch(const char* path, int width, int height, int /*proportional*/,
                               int /*dither*/) {
-    return refuse(path, width > 0 && height > 0);
+    const ImageSize size{width, height};
+    if (!isCallable(path, size))
+        return nullptr;
+    return load(path, [size](std::string_view file) {
+        const std::optional<GreyImage> image = decodePng(file);
+        return image ? std::optional(scaled(*image, size)) : std::nullopt;
+    });
 }
 
 LecternBitmap* LoadBitmap(const char* path) {
-    return refuse(path, true);
+    if (!isCallable(path, {1, 1}))
+        return nullptr;
+    return load(path, decodeBmp);
 }

@@ -17,6 +17,7 @@ template <typename Unsigned>
 Unsigned fromLittleEndian(const char* bytes) {
     Unsigned number = 0;
     for (std::size_t i = 0; i < sizeof(Unsigned); ++i)
-        number |= static_cast<Unsigned>(static_cast<unsigned char>(bytes[i])) << (8 * i);
+        number = static_cast<Unsigned>(
+            number | static_cast<Unsigned>(static_cast<unsigned char>(bytes[i])) << (8 * i));
     return number;
 }

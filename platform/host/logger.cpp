@@ -1,34 +1,21 @@
 // fl_print_log2: one line for each message, written with one call, to where TAVRO_LOG says.
 
-#include <fcntl.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <string>
 
 #include "core_utils.h"
 #include "decimal.h"
 #include "file_access.h"
 #include "guarded.h"
+#include "local_time.h"
 
 namespace {
 
 constexpr int error_level = 1;
-
-std::string localTime() {
-    timeval now{};
-    ::gettimeofday(&now, nullptr);
-    tm parts{};
-    ::localtime_r(&now.tv_sec, &parts);
-    char seconds[32] = "";
-    std::strftime(seconds, sizeof seconds, "%F %T", &parts);
-    const std::string thousandths = std::to_string(1000 + now.tv_usec / 1000);
-    return std::string(seconds) + "." + thousandths.substr(1);
-}
 
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
     va_list again;
@@ -67,9 +54,8 @@ std::string onOneLine(std::string text) {
 
 /// Opens what `target` names unless that is one of the standard streams.
 posix::FileDescriptor openLog(const std::string& target) {
-    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC;
     const bool stream = target.empty() || target == "stderr" || target == "stdout";
-    return posix::FileDescriptor(stream ? -1 : ::open(target.c_str(), flags, 0600));
+    return stream ? posix::FileDescriptor(-1) : openForAppending(target.c_str());
 }
 
 void writeLine(const std::string& line) {

@@ -1,6 +1,4 @@
-// Process start-up, partner code, applications and events.
-
-#include <cerrno>
+// Process start-up and partner code.
 
 #include "decimal.h"
 #include "lectern.h"
@@ -10,16 +8,4 @@ void InitLectern(int /*flags*/) {}
 int GetCustomizedPartner() {
     constexpr int default_partner = 16;
     return environmentNumber("TAVRO_PARTNER", default_partner);
-}
-
-// A desktop has no application manager yet: well-formed calls fail with ENOSYS.
-
-int OpenBook(const char* path, const char* /*parameters*/, int /*flags*/) {
-    errno = path == nullptr || *path == '\0' ? EINVAL : ENOSYS;
-    return -1;
-}
-
-int SendEventTo(int target, int type, int /*parameter1*/, int /*parameter2*/) {
-    errno = target < 0 || type < 0 ? EINVAL : ENOSYS;
-    return -1;
 }

@@ -22,6 +22,23 @@ int WriteString(LecternConfig* config, const char* key, const char* value);
 /* Removes every line of key. Returns 0, also when there was none, or -1 for a null argument. */
 int RemoveKey(LecternConfig* config, const char* key);
 
+/*
+ * What the image loaders return: this header and, right behind it in the same block, height rows of
+ * row_bytes bytes each, the upper row first. Depth is 8: a byte for each pixel, 0 black and 255
+ * white. Release it with free.
+ */
+struct LecternBitmap {
+    unsigned short width;
+    unsigned short height;
+    unsigned short depth;
+    unsigned short row_bytes;
+};
+
+/* The first byte of the upper row of bitmap, which must not be null. */
+static inline unsigned char* LecternBitmapPixels(LecternBitmap* bitmap) {
+    return (unsigned char*)(bitmap + 1);
+}
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,40 @@
+// OpenBook: starts an application as a process of its own.
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "guarded.h"
+#include "lectern.h"
+#include "posix/uninterrupted.h"
+
+namespace {
+
+/// Takes the status of `process` when it ends, so that it does not stay behind as a zombie.
+void reapLater(pid_t process) {
+    std::thread([process] {
+        posix::uninterrupted([process] { return ::waitpid(process, nullptr, 0); });
+    }).detach();
+}
+
+}  // namespace
+
+int OpenBook(const char* path, const char* parameters, int /*flags*/) {
+    if (path == nullptr) {
+        errno = EINVAL;
+        return -1;
+    }
+    // The started program gets copies: nothing writes to these texts.
+    char* const arguments[] = {const_cast<char*>(path), const_cast<char*>(parameters), nullptr};
+    pid_t process = -1;
+    errno = ::posix_spawn(&process, path, nullptr, nullptr, arguments, environ);
+    if (errno != 0)
+        return -1;
+    return guarded(0, [process] {
+        reapLater(process);
+        return 0;
+    });
+}

@@ -1,0 +1,24 @@
+// SendEventTo: a desktop has no application that takes events, so they are noted for the developer.
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "file_access.h"
+#include "guarded.h"
+#include "lectern.h"
+#include "local_time.h"
+
+int SendEventTo(int target, int type, int parameter1, int parameter2) {
+    return guarded(-1, [=] {
+        const char* const path = std::getenv("TAVRO_EVENT_LOG");
+        const posix::FileDescriptor log =
+            openForAppending(path == nullptr ? TAVRO_EVENT_LOG_PATH : path);
+        const std::string line =
+            localTime() + " target=" + std::to_string(target) + " type=" + std::to_string(type) +
+            " parameters=" + std::to_string(parameter1) + "," + std::to_string(parameter2) +
+            " process=" + std::to_string(::getpid()) + "\n";
+        return log && writeAll(log.get(), line) ? 0 : -1;
+    });
+}
