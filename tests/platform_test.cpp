@@ -277,7 +277,7 @@ TEST_F(Platform, HashChangesWithEveryByteOfTheFile) {
     EXPECT_NE(hashOf(content), hash) << "the highest bits of words must not cancel out";
     content.replace(0, 32, 32, 'a');
     EXPECT_NE(hashOf(content + "a"), hash);
-    EXPECT_NE(hashOf(content + "\0"s), hash);
+    EXPECT_NE(hashOf("a"), hashOf("a\0"s)) << "the length counts";
     EXPECT_NE(hashOf("ab"), hashOf("ba"));
     EXPECT_NE(hashOf(""), "");
     EXPECT_NE(hashOf(""), hashOf("\0"s));
