@@ -119,7 +119,7 @@ protected:
         tavro_book_info info = {};
         if (tavro_get_book_info((device.syncFolder() + name).c_str(), &info) != 0)
             return info.title == nullptr ? "-" : "touched";
-        const std::string title = info.title;
+        std::string title = info.title;
         for (char* text : {info.title, info.author, info.category_id, info.isbn})
             std::free(text);
         return title;
