@@ -20,7 +20,6 @@ constexpr int error_level = 1;
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started it
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     std::string text(length < 0 ? 0 : static_cast<std::size_t>(length) + 1, '\0');
     std::vsnprintf(text.data(), text.size(), format, again);
