@@ -14,10 +14,11 @@ namespace folium::tavro {
 /// named by the server, and an upload of one file, all over a single libcurl handle.
 ///
 /// Every operation blocks the calling thread until the transfer has ended and starts from a reset
-/// handle, so no option survives from one to the next. A transfer that fails is reported on the
-/// standard error stream only, as "curl_easy_perform() failed: REASON"; the caller learns of it
-/// from an empty or unparsable `responseBuffer` or an empty file name. HTTP error statuses are
-/// answers like any other. An object is used by one thread at a time; it takes no lock.
+/// handle, so no option survives from one to the next. Requests and downloads have libcurl write
+/// its trace to the standard error stream. A transfer that fails is reported on the standard error
+/// stream only, as "curl_easy_perform() failed: REASON"; the caller learns of it from an empty or
+/// unparsable `responseBuffer` or an empty file name. HTTP error statuses are answers like any
+/// other. An object is used by one thread at a time; it takes no lock.
 class [[gnu::visibility("default")]] CurlManager {
 public:
     /// Form fields as (name, value), sent in this order.
@@ -40,8 +41,8 @@ public:
 
     /// Posts `fields` as a form to `url` on `port` and streams the answer's body into
     /// `dir` + "/" + NAME + ".downloading", where NAME is what a "filename=" header announced, to
-    /// the byte (quotes and further parameters stay part of it). Without such a header nothing is
-    /// written. There is no time limit.
+    /// the byte (quotes, further parameters and folders stay part of it). Without such a header
+    /// nothing is written. There is no time limit.
     ///
     /// When the transfer fails, the file `dir` + "/" + NAME is removed and the partial file stays.
     ///

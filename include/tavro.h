@@ -94,8 +94,10 @@ public:
     /// @return whether the service sent it.
     bool forgetPassword(const std::string& email);
 
-    /// Fetches the catalogue and saves the answer. Needs a session.
-    /// @return true when a readable answer was saved; `lastError` has the service's code.
+    /// Fetches the catalogue, writes the answer to the standard error stream and saves it. Needs a
+    /// session.
+    /// @return true when a readable answer was saved, even one that was cut or that refuses:
+    ///     `lastError` has the service's code, "1003" for success.
     bool syncServer();
 
     /// Saves the catalogue answer `data` byte for byte, replacing the saved one.
@@ -103,7 +105,8 @@ public:
 
     /// The user's books: those of this object's last sync if there were any, otherwise those of
     /// the saved catalogue, which is parsed again only after it has changed. Empty when there is
-    /// none. Valid until the next call or sync of this object.
+    /// none. Valid until this object's next call of this function, sync or upload; a download
+    /// leaves it valid.
     const std::vector<BookDescription>& getAddedBooks() const;
 
     /// Item ids by book file name (relative to the download folder). Waits for the book map's
@@ -114,7 +117,8 @@ public:
     std::map<int, std::string> GetBooksIds();
 
     /// Downloads `book` into the download folder under a name that no file there has, and records
-    /// it in the book map before it gets that name. Needs a session.
+    /// it in the book map before it gets that name. Needs a session. When the transfer fails, a
+    /// file that already has the announced name is removed, and the partial file stays.
     ///
     /// @return the file's name relative to the download folder, empty when nothing was downloaded.
     std::string downloadBook(const BookDescription& book);
@@ -133,8 +137,9 @@ public:
 
     /// Uploads every journalled change, newest first, with attempts and pauses as in `updateACSM`;
     /// moves the book map's entry to the new name once a change has been uploaded, now or earlier;
-    /// keeps in the journal what has never been uploaded; drops changes whose old name the book map
-    /// does not know. Does nothing before `init`.
+    /// keeps in the journal what has never been uploaded, in the order in which it was taken, so
+    /// that the next replay goes the other way; drops changes whose old name the book map does not
+    /// know. Does nothing before `init`.
     void syncJournal();
 
 private:
