@@ -105,7 +105,8 @@ httplib::Result ask(httplib::Client& client, const FaultArguments& arguments) {
 
 /// Speaks to the service that runs at `arguments.service`.
 int control(const FaultArguments& arguments) {
-    httplib::Client client(arguments.service);
+    const std::size_t end = arguments.service.find_last_not_of('/');
+    httplib::Client client(arguments.service.substr(0, end + 1));
     const httplib::Result answer = ask(client, arguments);
     if (!answer)
         throw std::runtime_error("no service answers at " + arguments.service +

@@ -23,9 +23,11 @@ void requireEmail(const Account& account) {
 void registerCommand(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     const bool changed = registerDevice(account, arguments.renew);
-    output.result({{"registered", true}, {"changed", changed}},
-                  changed ? "The device is registered."
-                          : "The device is registered already (--renew does it again).");
+    output.result(
+        {{"registered", true}, {"changed", changed}},
+        changed
+            ? "The device is registered. Next: tavroctl signup, or tavroctl login with an account"
+            : "The device is registered already (--renew does it again).");
 }
 
 void signUp(const Arguments& arguments, const Output& output) {

@@ -27,8 +27,10 @@ Failure serviceFailure(const TavroServer& server, const std::string& what,
         return failure;
     }
     if (!server.getLastXMLAnswer().empty())
-        return Failure(what + ": the answer of " + address + " cannot be read",
-                       "the same command with --trace, which shows the answer");
+        return Failure(
+            what + ": the answer of " + address + " cannot be read",
+            "the same command with TAVRO_LOG=FILE TAVRO_LOG_LEVEL=4 before it, which keeps "
+            "the answer in FILE");
     return Failure(what + ": no answer from " + address + ": is the service running?",
                    "'tavroctl status' for the address in use, 'tavroctl setup --service' to change "
                    "it, --trace to see the exchange");

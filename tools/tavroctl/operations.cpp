@@ -80,8 +80,10 @@ void synchronise(Tavro& session) {
     // The library calls every readable answer a success, and leaves judging the code to us.
     if (session.syncServer() && session.lastError() == success_code)
         return;
-    throw serviceFailure(*session.server, "the catalogue was not fetched", apiAddress(),
-                         "logging in again: tavroctl login");
+    throw serviceFailure(
+        *session.server, "the catalogue was not fetched", apiAddress(),
+        "'tavroctl login' again, 'tavroctl register --renew' if the service does not "
+        "know the device");
 }
 
 std::map<std::string, int> mappedFiles(const Account& account) {
