@@ -9,12 +9,12 @@
 
 namespace {
 
-constexpr int every_application = -3;
-constexpr int account_removed = 215;
+// What the platform wants to be told after a log-out; the meaning is its own.
+constexpr int event_target = -3;
+constexpr int event_type = 215;
 
 /// Has the shell run `command`; log-out goes on whatever comes of it.
 void run(const std::string& command) {
-    // NOLINTNEXTLINE(cert-env33-c): log-out consists of these commands
     [[maybe_unused]] const int status = std::system(command.c_str());
 }
 
@@ -34,6 +34,6 @@ void TavroClient::LogOut() {
     // Without -r: subfolders and hidden files are the user's.
     if (!syncFolder.empty())
         run("rm " + syncFolder + "/*");
-    SendEventTo(every_application, account_removed, 0, 0);
+    SendEventTo(event_target, event_type, 0, 0);
     run("killall browser.app");
 }
