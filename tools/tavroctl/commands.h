@@ -6,7 +6,7 @@
 #include "account.h"
 #include "output.h"
 
-namespace tavroctl {
+namespace reader {
 
 /// What the command line said; each command reads its own part.
 struct Arguments {
@@ -43,4 +43,4 @@ void replace(const Arguments& arguments, const Output& output);
 void replay(const Arguments& arguments, const Output& output);
 void showJournal(const Arguments& arguments, const Output& output);
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -2,16 +2,9 @@
 #include "operations.h"
 #include "password_prompt.h"
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
-
-/// Advice on `password` for a service that refused it; the device sends it without XML escaping.
-std::string passwordAdvice(const std::string& password) {
-    return password.find_first_of("&<") == std::string::npos
-               ? ""
-               : "a password without & and <, which the device cannot send; ";
-}
 
 void requireEmail(const Account& account) {
     if (account.isConfigured() && account.value("Email").empty())
@@ -33,14 +26,8 @@ void registerCommand(const Arguments& arguments, const Output& output) {
 void signUp(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     requireEmail(account);
-    const auto session = openSession(account, Need::Device);
-    const std::string password = readPassword(output, arguments.passwordFromStandardInput, true);
-    if (!session->createUser(password))
-        throw serviceFailure(*session->server, "the account was not opened", apiAddress(),
-                             passwordAdvice(password) +
-                                 "'tavroctl login' if you have an account, 'tavroctl setup' to "
-                                 "correct e-mail address and names, 'tavroctl register --renew' if "
-                                 "the service does not know the device");
+    openSession(account, Need::Device);  // rather than ask for a password in vain
+    openAccount(account, readPassword(output, arguments.passwordFromStandardInput, true));
     const std::string email = account.value("Email");
     output.result({{"account", email}},
                   "The account " + displayable(email) + " is open. Next: tavroctl login");
@@ -50,13 +37,7 @@ void logInCommand(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     requireEmail(account);
     openSession(account, Need::Device);  // rather than ask for a password in vain
-    const std::string password = readPassword(output, arguments.passwordFromStandardInput, false);
-    try {
-        logIn(account, password);
-    } catch (Failure& failure) {
-        failure.advice.insert(0, passwordAdvice(password));
-        throw;
-    }
+    logIn(account, readPassword(output, arguments.passwordFromStandardInput, false));
     const std::string email = account.value("Email");
     output.result({{"loggedIn", true}, {"account", email}},
                   "Logged in as " + displayable(email) + ".");
@@ -67,28 +48,14 @@ void remind(const Arguments& arguments, const Output& output) {
     if (arguments.email.empty())
         requireEmail(account);
     const std::string email = arguments.email.empty() ? account.value("Email") : arguments.email;
-    const auto session = openSession(account, Need::Device);
-    if (!session->forgetPassword(email))
-        throw serviceFailure(*session->server, "no reminder was sent to " + email, apiAddress(),
-                             "the address that the account was opened with");
+    remindPassword(account, email);
     output.result({{"reminded", email}},
                   "The service sends a password reminder to " + displayable(email) + ".");
 }
 
 void shop(const Arguments& arguments, const Output& output) {
-    const Account account(arguments.folder);
-    const auto session = openSession(account, Need::Device);
-    const bool accepted =
-        session->getShopInfo(account.value("ConsumerID"), account.value("ConsumerPassword"),
-                             account.value("DeviceType"));
-    // The library calls an answer without the shop's details a success, an empty one as well.
-    if (!accepted || session->getShopUrl().empty())
-        throw serviceFailure(
-            *session->server, "the shop's details did not come", apiAddress(),
-            "checking ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
-    output.summary({{"name", session->getShopName()},
-                    {"url", session->getShopUrl()},
-                    {"terms", session->getShopLicenseUrl()}});
+    const Shop shop = askForShop(Account(arguments.folder));
+    output.summary({{"name", shop.name}, {"url", shop.url}, {"terms", shop.terms}});
 }
 
 void status(const Arguments& arguments, const Output& output) {
@@ -127,4 +94,4 @@ void status(const Arguments& arguments, const Output& output) {
                                            : ""}});
 }
 
-}  // namespace tavroctl
+}  // namespace reader

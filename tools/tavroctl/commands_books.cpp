@@ -1,10 +1,11 @@
 #include <algorithm>
 
+#include "account_lock.h"
 #include "commands.h"
 #include "operations.h"
 #include "progress.h"
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -93,7 +94,8 @@ std::vector<BookDescription> wanted(const Arguments& arguments, const Account& a
 void sync(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     const auto session = openSession(account, Need::Session);
-    synchronise(*session);
+    const AccountLock lock(account);
+    synchronise(*session, account);
     const std::size_t books = session->getAddedBooks().size();
     const std::size_t deleted = session->server->getDeletedBooks().size();
     output.result(
@@ -131,6 +133,7 @@ void download(const Arguments& arguments, const Output& output) {
         throw WrongUse("download takes either item IDs (see 'tavroctl books') or --all");
     const Account account(arguments.folder);
     const auto session = openSession(account, Need::Session);
+    const AccountLock lock(account);
     DownloadReport report;
     const auto books = wanted(arguments, account, session->getAddedBooks(), report);
     std::filesystem::create_directories(account.downloadFolder());
@@ -155,4 +158,4 @@ void showMap(const Arguments& arguments, const Output& output) {
     output.result(json, table, "No files are mapped yet. Next: tavroctl download --all");
 }
 
-}  // namespace tavroctl
+}  // namespace reader

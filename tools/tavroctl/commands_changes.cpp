@@ -1,12 +1,14 @@
 #include <filesystem>
 
+#include "account_lock.h"
+#include "atomic_file.h"
 #include "commands.h"
 #include "operations.h"
 #include "retry_pauses.h"
 
 namespace fs = std::filesystem;
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -27,19 +29,6 @@ void requireUnmapped(const Account& account, const std::string& name, const std:
                       "a copy of it under another name");
 }
 
-/// Copies `source` to `target`, which has its old content until all of the new is there.
-void copyWhole(const fs::path& source, const fs::path& target) {
-    const fs::path partial = target.parent_path() / ("." + target.filename().string() + ".copying");
-    try {
-        fs::copy_file(source, partial, fs::copy_options::overwrite_existing);
-        fs::rename(partial, target);
-    } catch (...) {
-        std::error_code ignored;
-        fs::remove(partial, ignored);
-        throw;
-    }
-}
-
 /// Sees that the file `path` lies in the download folder, copying it there if it lies elsewhere,
 /// but over no other file than `oldName`. @return its name there.
 std::string broughtIntoFolder(const Account& account, const fs::path& path,
@@ -57,7 +46,7 @@ std::string broughtIntoFolder(const Account& account, const fs::path& path,
             throw Failure(target.string() + " is there already and is another file",
                           "another name for the new file, or that path to use the file there");
     }
-    copyWhole(source, target);
+    copyAtomically(source, target);
     return name;
 }
 
@@ -88,6 +77,7 @@ Failure uploadFailure(const Tavro& session, const std::string& what) {
 void replace(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     const auto session = openSession(account, Need::Session);
+    const AccountLock lock(account);
     const std::string oldName = mappedName(account, arguments.oldName);
     const std::string newName = broughtIntoFolder(account, arguments.newPath, oldName);
     const auto change = [&] {
@@ -104,6 +94,7 @@ void replace(const Arguments& arguments, const Output& output) {
 void replay(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     const auto session = openSession(account, Need::Session);
+    const AccountLock lock(account);
     const auto result = [&] {
         const RetryPauses pauses(output);
         return replayChanges(*session, account);
@@ -128,4 +119,4 @@ void showJournal(const Arguments& arguments, const Output& output) {
     output.result(asJson(changes), table, "No changes are pending.");
 }
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -11,7 +11,7 @@
 
 namespace fs = std::filesystem;
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -103,4 +103,4 @@ void setUp(const Arguments& arguments, const Output& output) {
                     {"service", apiAddress()}});
 }
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -4,27 +4,19 @@
 #include <exception>
 
 #include "commands.h"
+#include "operations.h"
 #include "platform/device_paths.h"
 #include "quiet_library.h"
 
 namespace {
 
-using tavroctl::Arguments;
-using tavroctl::Output;
+using reader::Arguments;
+using reader::Output;
 
 constexpr int exit_failed = 1;
 constexpr int exit_wrong_use = 2;
 
 using Command = void (*)(const Arguments&, const Output&);
-
-/// Lets no value through that could not be sent: the device inserts values into XML as they are.
-std::string sendable(const std::string& text) {
-    for (const char character : text)
-        if (static_cast<unsigned char>(character) < ' ' || character == '\x7F' ||
-            character == '&' || character == '<')
-            return "control characters, & and < cannot be sent to the service";
-    return {};
-}
 
 /// The arguments, and the command that the command line chose.
 class CommandLine {
@@ -69,13 +61,13 @@ private:
 
     void addSetting(CLI::App* setup, const char* option, const char* key, const char* description) {
         setup->add_option(option, arguments.settings[key], description)
-            ->check(CLI::Validator(sendable, "TEXT"));
+            ->check(CLI::Validator(reader::whyUnsendable, "TEXT"));
     }
 
     void addAccountCommands() {
-        auto* setup = add("setup", "Write the account configuration, keeping what it holds",
-                          "setup --service http://127.0.0.1:8080 --email ada@reader.example",
-                          tavroctl::setUp);
+        auto* setup =
+            add("setup", "Write the account configuration, keeping what it holds",
+                "setup --service http://127.0.0.1:8080 --email ada@reader.example", reader::setUp);
         setup->add_option("--service", arguments.service, "The service, as http://HOST:PORT");
         addSetting(setup, "--email", "Email", "E-mail address of the account");
         addSetting(setup, "--first-name", "FirstName", "First name, sent by signup");
@@ -86,19 +78,17 @@ private:
         setup->add_option("--folder", arguments.settings["DownloadFolderPath"],
                           "Folder of the downloaded books");
 
-        add("register", "Register the device with the service", "register",
-            tavroctl::registerCommand)
+        add("register", "Register the device with the service", "register", reader::registerCommand)
             ->add_flag("--renew", arguments.renew, "Also if it is registered; ends the session");
         addPasswordOption(add("signup", "Open an account with the configured e-mail address",
-                              "signup", tavroctl::signUp));
+                              "signup", reader::signUp));
         addPasswordOption(add("login", "Log in and keep the session for later commands",
-                              "login --password-stdin < password.txt", tavroctl::logInCommand));
-        add("remind", "Have a password reminder sent", "remind ada@reader.example",
-            tavroctl::remind)
+                              "login --password-stdin < password.txt", reader::logInCommand));
+        add("remind", "Have a password reminder sent", "remind ada@reader.example", reader::remind)
             ->add_option("EMAIL", arguments.email, "Address (default: the configured one)")
-            ->check(CLI::Validator(sendable, "TEXT"));
-        add("shop", "Show the shop's details", "shop", tavroctl::shop);
-        add("status", "Show where things stand", "status --json", tavroctl::status);
+            ->check(CLI::Validator(reader::whyUnsendable, "TEXT"));
+        add("shop", "Show the shop's details", "shop", reader::shop);
+        add("status", "Show where things stand", "status --json", reader::status);
     }
 
     void addPasswordOption(CLI::App* subcommand) {
@@ -107,41 +97,41 @@ private:
     }
 
     void addBookCommands() {
-        add("sync", "Fetch the catalogue", "sync", tavroctl::sync);
-        add("books", "List the books of the catalogue", "books", tavroctl::listBooks);
-        auto* download = add("download", "Download books", "download --all", tavroctl::download);
+        add("sync", "Fetch the catalogue", "sync", reader::sync);
+        add("books", "List the books of the catalogue", "books", reader::listBooks);
+        auto* download = add("download", "Download books", "download --all", reader::download);
         download->add_option("ITEM", arguments.items, "Item IDs, also of books that are there");
         download->add_flag("--all", arguments.all, "All books that are not there yet");
-        add("map", "Show which file belongs to which item", "map", tavroctl::showMap);
+        add("map", "Show which file belongs to which item", "map", reader::showMap);
     }
 
     void addChangeCommands() {
         auto* replace = add("replace", "Replace a book's file and journal that for the service",
-                            "replace novel.epub corrected/novel-2.epub", tavroctl::replace);
+                            "replace novel.epub corrected/novel-2.epub", reader::replace);
         replace->add_option("OLD", arguments.oldName, "A file of 'tavroctl map'")->required();
         replace->add_option("NEW", arguments.newPath, "Path of the new file")->required();
         replace->add_flag("--upload", arguments.upload,
                           "Upload it at once: 5 attempts, 5 seconds after each that fails");
-        add("replay", "Upload the journalled changes", "replay", tavroctl::replay);
-        add("journal", "Show the changes still to be replayed", "journal", tavroctl::showJournal);
+        add("replay", "Upload the journalled changes", "replay", reader::replay);
+        add("journal", "Show the changes still to be replayed", "journal", reader::showJournal);
     }
 
     CLI::App app_{"Works with the Tavro cloud book service as a reader's applications do"};
 };
 
 int run(const CommandLine& commandLine) {
-    const Output output(commandLine.arguments.json);
+    const Output output("tavroctl", commandLine.arguments.json);
     try {
-        const tavroctl::QuietLibrary quiet(output, commandLine.arguments.trace);
+        const reader::QuietLibrary quiet(output, commandLine.arguments.trace);
         commandLine.command(commandLine.arguments, output);
         return 0;
-    } catch (const tavroctl::WrongUse& wrongUse) {
-        output.error(tavroctl::Failure(wrongUse.what(), "the same command with --help"));
+    } catch (const reader::WrongUse& wrongUse) {
+        output.error(reader::Failure(wrongUse.what(), "the same command with --help"));
         return exit_wrong_use;
-    } catch (const tavroctl::Failure& failure) {
+    } catch (const reader::Failure& failure) {
         output.error(failure);
     } catch (const std::exception& error) {
-        output.error(tavroctl::Failure(error.what()));
+        output.error(reader::Failure(error.what()));
     }
     return exit_failed;
 }

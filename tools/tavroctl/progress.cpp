@@ -5,7 +5,7 @@
 
 namespace fs = std::filesystem;
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -58,4 +58,4 @@ void DownloadProgress::watch() {
     } while (!wake_.wait_for(lock, interval, [this] { return ended_; }));
 }
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -8,7 +8,7 @@
 
 #include "output.h"
 
-namespace tavroctl {
+namespace reader {
 
 /// Shows `label` and the growth of the download under way until it goes, when standard error is a
 /// terminal. A thread of its own watches the partial files of `folder`, since the library blocks
@@ -32,4 +32,4 @@ private:
     std::thread watcher_;
 };
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -12,7 +12,7 @@ constexpr useconds_t microseconds_per_second = 1'000'000;
 constexpr useconds_t slice = 100'000;
 
 /// Where the countdown shows: `usleep` takes no context, so this alone has to be global.
-const tavroctl::Output* countdown = nullptr;
+const reader::Output* countdown = nullptr;
 
 sigset_t interruptions() {
     sigset_t signals;
@@ -54,7 +54,7 @@ extern "C" __attribute__((visibility("default"))) int usleep(useconds_t microsec
     return 0;
 }
 
-namespace tavroctl {
+namespace reader {
 
 RetryPauses::RetryPauses(const Output& output) {
     const sigset_t signals = interruptions();
@@ -67,4 +67,4 @@ RetryPauses::~RetryPauses() {
     ::sigprocmask(SIG_SETMASK, &previous_, nullptr);
 }
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -4,7 +4,7 @@
 
 #include "output.h"
 
-namespace tavroctl {
+namespace reader {
 
 /// What uploads need around them, while it lives: the library's pause after a failed attempt shows
 /// as a countdown (when standard error is a terminal), and SIGINT, SIGTERM and SIGHUP wait until
@@ -22,4 +22,4 @@ private:
     sigset_t previous_;
 };
 
-}  // namespace tavroctl
+}  // namespace reader

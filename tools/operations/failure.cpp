@@ -2,7 +2,7 @@
 
 #include "tavroserver.h"
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -48,4 +48,4 @@ std::string downloadAddress() {
     return hostAndPort(TavroServer::downloadUrl, TavroServer::downloadPort);
 }
 
-}  // namespace tavroctl
+}  // namespace reader

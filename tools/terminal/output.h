@@ -7,7 +7,7 @@
 #include "failure.h"
 #include "posix/file_descriptor.h"
 
-namespace tavroctl {
+namespace reader {
 
 /// JSON whose members stay in the order given.
 using Json = nlohmann::ordered_json;
@@ -29,8 +29,9 @@ struct Table {
 /// thread.
 class Output {
 public:
-    /// With `json`, results are JSON documents and errors JSON lines.
-    explicit Output(bool json);
+    /// Errors begin with the name `program`. With `json`, results are JSON documents and errors
+    /// JSON lines.
+    Output(std::string program, bool json);
 
     /// Prints a result: `json` or, for a person, `text` with a line end. Throws Failure when
     /// standard output takes it not.
@@ -60,9 +61,10 @@ public:
     int standardError() const { return error_.get(); }
 
 private:
+    std::string program_;
     posix::FileDescriptor output_;
     posix::FileDescriptor error_;
     bool json_;
 };
 
-}  // namespace tavroctl
+}  // namespace reader

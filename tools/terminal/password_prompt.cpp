@@ -11,7 +11,7 @@
 #include <iostream>
 #include <optional>
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -121,4 +121,4 @@ std::string readPassword(const Output& output, bool fromStandardInput, bool twic
     return password;
 }
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -4,7 +4,7 @@
 
 #include "output.h"
 
-namespace tavroctl {
+namespace reader {
 
 /// Reads the account password: with `fromStandardInput` the first line of standard input,
 /// otherwise what is typed at the terminal, without echo, and with `twice` again to be sure.
@@ -14,4 +14,4 @@ namespace tavroctl {
 /// Failure when the two entries differ.
 std::string readPassword(const Output& output, bool fromStandardInput, bool twice);
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <string_view>
 
-namespace tavroctl {
+namespace reader {
 
 /// Writes all of `content` to `descriptor`, however many calls that takes. @return false, with
 /// `errno` set, when that is not possible.
@@ -20,4 +20,4 @@ inline bool writeAll(int descriptor, std::string_view content) {
     return true;
 }
 
-}  // namespace tavroctl
+}  // namespace reader

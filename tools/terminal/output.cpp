@@ -7,10 +7,11 @@
 #include <cctype>
 #include <cwchar>
 #include <cwctype>
+#include <utility>
 
 #include "write_all.h"
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -97,8 +98,9 @@ std::string Table::text() const {
     return text;
 }
 
-Output::Output(bool json)
-    : output_(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, first_free)),
+Output::Output(std::string program, bool json)
+    : program_(std::move(program)),
+      output_(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, first_free)),
       error_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, first_free)),
       json_(json) {}
 
@@ -132,7 +134,7 @@ void Output::error(const Failure& failure) const {
                                                {"message", failure.message},
                                                {"advice", failure.advice}},
                                               -1)
-                                 : "tavroctl: " + displayable(failure.what()) + "\n" + advice);
+                                 : program_ + ": " + displayable(failure.what()) + "\n" + advice);
 }
 
 void Output::prompt(const std::string& text) const {
@@ -148,4 +150,4 @@ bool Output::hasTerminal() const {
     return ::isatty(error_.get()) == 1;
 }
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "account.h"
-#include "syncjournal.h"
+#include "journal_backup.h"
 #include "tavro.h"
 
-namespace tavroctl {
+namespace reader {
 
 // What an application does with the library on behalf of an account: no printing, no prompting.
 // All functions that ask the service block until it has answered; failures are thrown as Failure.
@@ -25,12 +25,31 @@ std::unique_ptr<Tavro> openSession(const Account& account, Need need);
 /// the old token stays if that fails. @return false when it was registered already.
 bool registerDevice(const Account& account, bool renew);
 
+/// Why `text` cannot be sent to the service, into whose XML the device inserts it as it is; empty
+/// when it can.
+std::string whyUnsendable(const std::string& text);
+
+/// Opens an account with the configured e-mail address and names.
+void openAccount(const Account& account, const std::string& password);
+
 /// Logs in and stores the session for later commands.
 void logIn(const Account& account, const std::string& password);
 
-/// Fetches and saves the catalogue. The saved catalogue is replaced even when the service refuses;
-/// that is thrown as a failure nevertheless.
-void synchronise(Tavro& session);
+/// Has the service send a password reminder to `email`.
+void remindPassword(const Account& account, const std::string& email);
+
+/// The shop as the service describes it.
+struct Shop {
+    std::string name;
+    std::string url;
+    std::string terms;  ///< a link or the text itself
+};
+
+/// Asks for the shop's details.
+Shop askForShop(const Account& account);
+
+/// Fetches and saves the catalogue. The saved one stays when the service refuses.
+void synchronise(Tavro& session, const Account& account);
 
 /// The book map: item by file name.
 std::map<std::string, int> mappedFiles(const Account& account);
@@ -46,9 +65,6 @@ int itemNumber(const BookDescription& book);
 
 /// Downloads `book`. @return the file's name in the download folder, where it now lies.
 std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book);
-
-/// The journalled changes that still have to reach the service, oldest first. Takes none of them.
-std::vector<SyncJournal::Record> pendingChanges(const Account& account);
 
 /// Journals that the mapped file `oldName` was replaced by the file `newName` of the download
 /// folder, after trying to upload that if `upload` is set, with the library's pauses.
@@ -66,4 +82,4 @@ struct ReplayResult {
 /// Uploads the pending changes, with the library's pauses after failed attempts.
 ReplayResult replayChanges(Tavro& session, const Account& account);
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <optional>
 #include <set>
 
 #include "failure.h"
 
 namespace fs = std::filesystem;
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -22,15 +25,19 @@ void requireConfiguration(const Account& account) {
                       "'tavroctl setup' first");
 }
 
-/// Takes one record with the names of `wanted` out of `records`; false if there is none.
-bool take(std::vector<SyncJournal::Record>& records, const SyncJournal::Record& wanted) {
-    const auto found = std::find_if(records.begin(), records.end(), [&](const auto& record) {
-        return record.oldName == wanted.oldName && record.newName == wanted.newName;
-    });
-    if (found == records.end())
-        return false;
-    records.erase(found);
-    return true;
+/// Advice on `password` for a service that refused it; the device sends it without XML escaping.
+std::string passwordAdvice(const std::string& password) {
+    return password.find_first_of("&<") == std::string::npos
+               ? ""
+               : "a password without & and <, which the device cannot send; ";
+}
+
+/// Content of the file `path`; nothing when there is no such file.
+std::optional<std::vector<char>> contentOf(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream)
+        return std::nullopt;
+    return std::vector<char>(std::istreambuf_iterator<char>(stream), {});
 }
 
 }  // namespace
@@ -66,20 +73,63 @@ bool registerDevice(const Account& account, bool renew) {
     return true;
 }
 
+std::string whyUnsendable(const std::string& text) {
+    for (const char character : text)
+        if (static_cast<unsigned char>(character) < ' ' || character == '\x7F' ||
+            character == '&' || character == '<')
+            return "control characters, & and < cannot be sent to the service";
+    return {};
+}
+
+void openAccount(const Account& account, const std::string& password) {
+    const auto session = openSession(account, Need::Device);
+    if (!session->createUser(password))
+        throw serviceFailure(*session->server, "the account was not opened", apiAddress(),
+                             passwordAdvice(password) +
+                                 "'tavroctl login' if you have an account, 'tavroctl setup' to "
+                                 "correct e-mail address and names, 'tavroctl register --renew' if "
+                                 "the service does not know the device");
+}
+
 void logIn(const Account& account, const std::string& password) {
     const auto session = openSession(account, Need::Device);
     if (!session->login(password))
         throw serviceFailure(*session->server, "the login failed", apiAddress(),
-                             "another password, 'tavroctl signup' if there is no account yet, "
-                             "'tavroctl remind' if the password is lost, 'tavroctl register "
-                             "--renew' if the service does not know the device");
+                             passwordAdvice(password) +
+                                 "another password, 'tavroctl signup' if there is no account yet, "
+                                 "'tavroctl remind' if the password is lost, 'tavroctl register "
+                                 "--renew' if the service does not know the device");
     account.storeSession(session->sessionID(), session->vendorToken());
 }
 
-void synchronise(Tavro& session) {
+void remindPassword(const Account& account, const std::string& email) {
+    const auto session = openSession(account, Need::Device);
+    if (!session->forgetPassword(email))
+        throw serviceFailure(*session->server, "no reminder was sent to " + email, apiAddress(),
+                             "the address that the account was opened with");
+}
+
+Shop askForShop(const Account& account) {
+    const auto session = openSession(account, Need::Device);
+    const bool accepted =
+        session->getShopInfo(account.value("ConsumerID"), account.value("ConsumerPassword"),
+                             account.value("DeviceType"));
+    // The library calls an answer without the shop's details a success, an empty one as well.
+    if (!accepted || session->getShopUrl().empty())
+        throw serviceFailure(
+            *session->server, "the shop's details did not come", apiAddress(),
+            "checking ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
+    return {session->getShopName(), session->getShopUrl(), session->getShopLicenseUrl()};
+}
+
+void synchronise(Tavro& session, const Account& account) {
+    const auto former = contentOf(account.file(Tavro::tavro_books));
+    const bool answered = session.syncServer();
     // The library calls every readable answer a success, and leaves judging the code to us.
-    if (session.syncServer() && session.lastError() == success_code)
+    if (answered && session.lastError() == success_code)
         return;
+    if (answered && former)
+        session.writeXML(*former);
     throw serviceFailure(
         *session.server, "the catalogue was not fetched", apiAddress(),
         "'tavroctl login' again, 'tavroctl register --renew' if the service does not "
@@ -123,16 +173,6 @@ std::string downloadBook(Tavro& session, const Account& account, const BookDescr
     return name;
 }
 
-std::vector<SyncJournal::Record> pendingChanges(const Account& account) {
-    SyncJournal journal(account.file(Tavro::journal_file));
-    journal.reload();
-    std::vector<SyncJournal::Record> changes;
-    for (SyncJournal::Record change; journal.pop(change);)
-        changes.push_back(change);
-    std::reverse(changes.begin(), changes.end());
-    return changes;
-}
-
 SyncJournal::Record replaceBook(Tavro& session, const Account& account, const std::string& oldName,
                                 const std::string& newName, bool upload) {
     if (!session.updateACSM(oldName, newName, upload))
@@ -146,6 +186,7 @@ SyncJournal::Record replaceBook(Tavro& session, const Account& account, const st
 }
 
 ReplayResult replayChanges(Tavro& session, const Account& account) {
+    const JournalBackup backup(account);
     const auto before = pendingChanges(account);
     std::set<std::string> known;
     for (const auto& entry : mappedFiles(account))
@@ -168,4 +209,4 @@ ReplayResult replayChanges(Tavro& session, const Account& account) {
     return result;
 }
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -2,7 +2,7 @@
 
 #include "output.h"
 
-namespace tavroctl {
+namespace reader {
 
 /// While it lives, what the library writes to standard output and standard error (libcurl's trace,
 /// raw answers, fixed texts) goes nowhere, or with `trace` both to the real standard error, so
@@ -18,4 +18,4 @@ private:
     const Output& output_;
 };
 
-}  // namespace tavroctl
+}  // namespace reader

@@ -2,52 +2,26 @@
 
 #include <lectern.h>
 #include <lectern_host.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
 
-#include "failure.h"
+#include "atomic_file.h"
 #include "platform/configuration.h"
-#include "posix/file_descriptor.h"
 #include "tavro.h"
-#include "write_all.h"
 
 namespace fs = std::filesystem;
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
 /// Login marker of the device's programs.
 constexpr const char* vendor_token_file = ".tavro_vendor_token";
 
-[[noreturn]] void cannotWrite(const std::string& path) {
-    const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
-    throw Failure("cannot write " + path + reason, "freeing space or checking the permissions");
-}
-
-/// Makes `content` the whole content of the file `path` (mode 0600); after a failure or a crash it
-/// has the old content or the new one, never a part.
-void writeAtomically(const std::string& path, const std::string& content) {
-    std::string temporary = path + ".XXXXXX";
-    posix::FileDescriptor file(::mkstemp(temporary.data()));
-    if (!file)
-        cannotWrite(path);
-    if (!writeAll(file.get(), content) || ::fsync(file.get()) != 0 || file.close() != 0 ||
-        std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const int error = errno;
-        ::unlink(temporary.c_str());
-        errno = error;
-        cannotWrite(path);
-    }
-}
-
 void saveOrThrow(platform::Configuration config, const std::string& path) {
     errno = 0;
     if (platform::save(std::move(config)) != 0)
-        cannotWrite(path);
+        throwCannotWrite(path);
 }
 
 std::string withoutTrailingSlashes(std::string folder) {
@@ -107,4 +81,4 @@ void storeSettings(const std::string& path, const Settings& settings) {
     saveOrThrow(std::move(config), path);
 }
 
-}  // namespace tavroctl
+}  // namespace reader

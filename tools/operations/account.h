@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-namespace tavroctl {
+namespace reader {
 
 /// Keys of the account configuration with their values.
 using Settings = std::map<std::string, std::string>;
@@ -64,4 +64,4 @@ private:
 /// what else it holds. Throws Failure.
 void storeSettings(const std::string& path, const Settings& settings);
 
-}  // namespace tavroctl
+}  // namespace reader

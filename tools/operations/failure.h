@@ -5,18 +5,26 @@
 
 class TavroServer;
 
-namespace tavroctl {
+namespace reader {
 
 /// Why something did not happen, in words for the person who asked for it, and what to try.
 class Failure : public std::runtime_error {
 public:
-    /// `what` completes "tavroctl: ..."; `toTry` completes "Try: ..." and may be empty.
+    /// `what` completes "PROGRAM: ..."; `toTry` completes "Try: ..." and may be empty.
     explicit Failure(const std::string& what, std::string toTry = {})
         : runtime_error(what), advice(std::move(toTry)) {}
 
     std::string advice;   ///< what to try; may be empty
     std::string code;     ///< the service's result code; empty unless the service gave one
     std::string message;  ///< the service's explanation; may be empty
+};
+
+/// Another process is at work on the account.
+class AlreadyRunning : public Failure {
+public:
+    AlreadyRunning()
+        : Failure("another synchronisation of this account is running",
+                  "the same command again when it has ended") {}
 };
 
 /// A command given in a way that cannot work; the program ends with status 2.
@@ -40,4 +48,4 @@ std::string uploadAddress();
 /// "HOST:PORT" of the download page, as the library has it now.
 std::string downloadAddress();
 
-}  // namespace tavroctl
+}  // namespace reader

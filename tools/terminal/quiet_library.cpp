@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-namespace tavroctl {
+namespace reader {
 
 namespace {
 
@@ -30,4 +30,4 @@ QuietLibrary::~QuietLibrary() {
     redirect(output_.standardOutput(), output_.standardError());
 }
 
-}  // namespace tavroctl
+}  // namespace reader
