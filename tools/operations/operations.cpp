@@ -162,14 +162,15 @@ int itemNumber(const BookDescription& book) {
 }
 
 std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book) {
+    const fs::path folder = account.downloadFolder();
     std::string name = session.downloadBook(book);
     if (name.empty())
         throw Failure("no whole file came from " + downloadAddress(),
                       "'tavroctl sync' to see whether service and session are alive, --trace to "
                       "see the exchange");
-    if (!isPresent(account, name))
+    if (!fs::is_regular_file(folder.string() + "/" + name))
         throw Failure("the download could not be given its name " + name,
-                      "checking the permissions of " + account.downloadFolder().string());
+                      "checking the permissions of " + folder.string());
     return name;
 }
 

@@ -1,0 +1,47 @@
+#include "activity_log.h"
+
+#include <fcntl.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+
+#include "output.h"
+#include "write_all.h"
+
+namespace fs = std::filesystem;
+
+namespace reader {
+
+namespace {
+
+constexpr std::uintmax_t large = std::uintmax_t(1) << 20;
+
+int openLog(const std::string& path) {
+    std::error_code missing;
+    if (const auto size = fs::file_size(path, missing); !missing && size > large)
+        fs::rename(path, path + ".old", missing);
+    return ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
+}
+
+std::string localTime() {
+    const std::time_t now = std::time(nullptr);
+    std::tm time{};
+    ::localtime_r(&now, &time);
+    std::array<char, 32> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &time)};
+}
+
+}  // namespace
+
+ActivityLog::ActivityLog(const std::string& path) : file_(openLog(path)) {}
+
+void ActivityLog::note(const std::string& text) const {
+    if (file_)
+        writeAll(file_.get(),
+                 localTime() + " [" + std::to_string(::getpid()) + "] " + displayable(text) + "\n");
+}
+
+}  // namespace reader

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <utility>
+
+namespace reader {
+
+/// The cover images of the account's books, which the library browser has loaded by item id:
+/// ITEM.jpeg, ITEM.png or ITEM.bmp in one folder.
+class Covers {
+public:
+    /// Covers in `folder`, which is made when the first one is stored, though not the folder above.
+    explicit Covers(std::string folder) : folder_(std::move(folder)) {}
+
+    /// Whether there is a cover of `item`.
+    bool has(int item) const;
+
+    /// Whether the host of the address `url` failed to answer this object before.
+    bool isSilent(const std::string& url) const { return silentHosts_.count(hostOf(url)) > 0; }
+
+    /// Fetches the image at the HTTP address `url` (a minute at most, 16 MiB at most) and stores
+    /// it as the cover of `item`. Throws Failure.
+    void fetch(int item, const std::string& url);
+
+    /// Removes every cover of `item`.
+    void remove(int item) const;
+
+private:
+    static std::string hostOf(const std::string& url);
+
+    std::string folder_;
+    std::set<std::string> silentHosts_;
+};
+
+}  // namespace reader

@@ -1,0 +1,61 @@
+#include "deleted_books.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "operations.h"
+
+namespace fs = std::filesystem;
+
+namespace reader {
+
+namespace {
+
+/// The names that a change in the journal speaks of.
+std::set<std::string> changedNames(const Account& account) {
+    std::set<std::string> names;
+    for (const auto& change : pendingChanges(account))
+        names.insert({change.oldName, change.newName});
+    return names;
+}
+
+/// Whether `name`, which the service has chosen, leads out of the folder that it is relative to.
+bool leadsOut(const std::string& name) {
+    const fs::path path(name);
+    return std::find(path.begin(), path.end(), "..") != path.end();
+}
+
+/// Takes `names` out of the book map, in one operation on its file.
+void forget(const Account& account, const std::vector<std::string>& names) {
+    BookMap map;
+    map.path = account.file(Tavro::list_file);
+    if (names.empty() || map.LockFile() != 0)
+        return;
+    map.loadMapInt();
+    for (const auto& name : names)
+        map.bookMap.erase(name);
+    map.saveMapInt();
+    map.UnlockFile();
+}
+
+}  // namespace
+
+DeletedFiles removeBooks(const Account& account, const std::set<int>& items) {
+    const auto changed = changedNames(account);
+    DeletedFiles files;
+    for (const auto& [name, item] : mappedFiles(account)) {
+        if (items.count(item) == 0)
+            continue;
+        const bool strange = leadsOut(name);
+        if (!strange && changed.count(name) == 0)
+            fs::remove(account.bookFile(name));
+        auto& kind = strange                   ? files.strange
+                     : changed.count(name) > 0 ? files.changed
+                                               : files.removed;
+        kind.push_back(name);
+    }
+    forget(account, files.removed);
+    return files;
+}
+
+}  // namespace reader

@@ -1,0 +1,66 @@
+#include "placeholders.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+#include "atomic_file.h"
+
+namespace fs = std::filesystem;
+
+namespace reader {
+
+namespace {
+
+/// The first word of the file `path`; empty when there is none, or no such file.
+std::string firstWord(const std::string& path) {
+    std::ifstream stream(path);
+    std::string word;
+    stream >> word;
+    return word;
+}
+
+/// Whether the file `path` is named like a placeholder and is one, or was interrupted on its way.
+bool isPlaceholder(const fs::path& path) {
+    const std::string item = path.stem();
+    if (path.extension() != ".file" || item.find_first_not_of("-0123456789") != std::string::npos)
+        return false;
+    const std::string word = firstWord(path);
+    return word.empty() || word == item;
+}
+
+void write(const std::string& path, int item) {
+    errno = 0;
+    std::ofstream stream(path, std::ios::trunc);
+    if (!(stream << item << '\n').flush())
+        throwCannotWrite(path);
+}
+
+}  // namespace
+
+std::string Placeholders::path(int item) const {
+    return folder_ + "/" + std::to_string(item) + ".file";
+}
+
+void Placeholders::replace(const std::set<int>& items) const {
+    std::set<std::string> wanted;
+    for (const int item : items)
+        wanted.insert(path(item));
+    std::vector<fs::path> superfluous;
+    for (const auto& entry : fs::directory_iterator(folder_))
+        if (wanted.count(entry.path()) == 0 && isPlaceholder(entry.path()))
+            superfluous.push_back(entry.path());
+    for (const auto& file : superfluous)
+        fs::remove(file);
+    for (const int item : items)
+        if (firstWord(path(item)).empty())
+            write(path(item), item);
+}
+
+void Placeholders::remove(int item) const {
+    if (isPlaceholder(path(item)))
+        fs::remove(path(item));
+}
+
+}  // namespace reader

@@ -1,0 +1,167 @@
+#include "sync_round.h"
+
+#include <filesystem>
+
+#include "account_lock.h"
+#include "deleted_books.h"
+#include "download_list.h"
+#include "failure.h"
+#include "operations.h"
+
+namespace fs = std::filesystem;
+
+namespace reader {
+
+namespace {
+
+constexpr const char* download_list_file = ".files_to_download";
+constexpr const char* cover_folder = "covers";
+
+/// How often the download list follows the downloads: writing it for each book would make a large
+/// catalogue slow.
+constexpr std::chrono::seconds list_interval(1);
+
+std::string withoutTrailingSlashes(std::string folder) {
+    while (folder.size() > 1 && folder.back() == '/')
+        folder.pop_back();
+    return folder;
+}
+
+/// "ITEM TITLE", for the log.
+std::string nameOf(const BookDescription& book) {
+    return book.field(BookDescription::ItemID) + " " + book.field(BookDescription::Title);
+}
+
+/// Whether `book` has an item id that the book map can hold.
+bool hasItemNumber(const BookDescription& book) {
+    return std::to_string(itemNumber(book)) == book.field(BookDescription::ItemID);
+}
+
+}  // namespace
+
+SyncRound::SyncRound(const Account& account, const ActivityLog& log)
+    : account_(account),
+      log_(log),
+      folder_(withoutTrailingSlashes(account.downloadFolder())),
+      placeholders_(folder_),
+      covers_(account.file(cover_folder)) {}
+
+bool SyncRound::run() {
+    log_.note("a round begins");
+    const auto session = openSession(account_, Need::Session);
+    const AccountLock lock(account_);
+    fs::create_directories(folder_);
+    sendChanges(*session);
+    synchronise(*session, account_);
+    const auto& books = session->getAddedBooks();
+    log_.note("the catalogue has " + std::to_string(books.size()) + " books");
+    removeDeleted(*session);
+    announce(books);
+    downloadMissing(*session, books);
+    log_.note("the round ends: " + std::to_string(downloaded_) + " downloaded, " +
+              std::to_string(missing_.size()) + " missing, " + std::to_string(failures_) +
+              " failures");
+    return failures_ == 0;
+}
+
+void SyncRound::sendChanges(Tavro& session) {
+    const ReplayResult result = replayChanges(session, account_);
+    for (const auto& change : result.uploaded)
+        log_.note("sent " + change.newName + " in place of " + change.oldName);
+    for (const auto& change : result.dropped)
+        log_.note("dropped the change of " + change.oldName + ", which is no book of the account");
+    for (const auto& change : result.kept)
+        fail("the change of " + change.oldName + " was not taken and stays in the journal");
+}
+
+void SyncRound::removeDeleted(const Tavro& session) {
+    std::set<int> items;
+    for (const auto& book : session.server->getDeletedBooks())
+        items.insert(itemNumber(book));
+    for (const auto& book : session.getAddedBooks())
+        items.erase(itemNumber(book));
+    const DeletedFiles files = removeBooks(account_, items);
+    for (const auto& name : files.removed)
+        log_.note("removed " + name + ", which the service deleted");
+    for (const auto& name : files.changed)
+        log_.note("kept " + name + ": the service deleted it, but its change is not sent yet");
+    for (const auto& name : files.strange)
+        fail("kept " + name + ": the service deleted it, but it lies outside the folder");
+    for (const int item : items)
+        covers_.remove(item);
+}
+
+void SyncRound::announce(const std::vector<BookDescription>& books) {
+    const auto present = presentFiles(account_);
+    for (const auto& book : books) {
+        if (!hasItemNumber(book))
+            log_.note("the catalogue has a book without a proper item id: " + nameOf(book));
+        else if (present.count(itemNumber(book)) == 0)
+            missing_.insert(itemNumber(book));
+    }
+    updateList(true);
+    placeholders_.replace(missing_);
+}
+
+void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescription>& books) {
+    for (const auto& book : books) {
+        if (!hasItemNumber(book))
+            continue;
+        requireAccount();
+        fetchCover(book);
+        if (missing_.count(itemNumber(book)) > 0)
+            download(session, book);
+    }
+    updateList(true);
+}
+
+void SyncRound::download(Tavro& session, const BookDescription& book) {
+    std::string name;
+    try {
+        name = downloadBook(session, account_, book);
+    } catch (const Failure& failure) {
+        return fail("did not get " + nameOf(book) + ": " + failure.what());
+    }
+    if (!account_.isLoggedIn())  // a log-out takes the books with it, the one on its way as well
+        fs::remove(folder_ + "/" + name);
+    requireAccount();
+    log_.note("downloaded " + nameOf(book) + " as " + name);
+    ++downloaded_;
+    missing_.erase(itemNumber(book));
+    placeholders_.remove(itemNumber(book));
+    updateList(false);
+}
+
+void SyncRound::fetchCover(const BookDescription& book) {
+    const std::string& url = book.field(BookDescription::CoverArtImage);
+    if (url.empty() || covers_.has(itemNumber(book)) || covers_.isSilent(url))
+        return;
+    try {
+        covers_.fetch(itemNumber(book), url);
+        log_.note("stored the cover of " + nameOf(book));
+    } catch (const Failure& failure) {
+        log_.note(failure.what());
+    }
+}
+
+void SyncRound::updateList(bool now) {
+    if (!now && std::chrono::steady_clock::now() - listed_ < list_interval)
+        return;
+    std::vector<std::string> files;
+    for (const int item : missing_)
+        files.push_back(placeholders_.path(item));
+    writeDownloadList(account_.file(download_list_file), files);
+    listed_ = std::chrono::steady_clock::now();
+}
+
+void SyncRound::requireAccount() const {
+    if (!account_.isLoggedIn())
+        throw Failure("the account was logged out meanwhile");
+}
+
+void SyncRound::fail(const std::string& what) {
+    ++failures_;
+    log_.note(what);
+}
+
+}  // namespace reader
