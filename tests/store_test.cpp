@@ -81,6 +81,28 @@ TEST_F(Store, MapKeepsTheLastPathOfAnId) {
     EXPECT_EQ(map.GetBookMap(), (Ids{{"a", 4}, {"z", 4}}));
 }
 
+// A reload changes the maps in place: what others added, changed or took away must not linger.
+TEST_F(Store, ReloadLeavesNothingOfTheFormerContent) {
+    const struct {
+        std::string file;
+        Ids byPath;
+        std::map<int, std::string> byId;
+    } contents[] = {
+        {"b\0\2\0\0\0c\0\3\0\0\0"s, {{"b", 2}, {"c", 3}}, {{2, "b"}, {3, "c"}}},
+        {"a\0\2\0\0\0b\0\2\0\0\0d\0\1\0\0\0"s,
+         {{"a", 2}, {"b", 2}, {"d", 1}},
+         {{1, "d"}, {2, "b"}}},
+        {"c\0\3\0\0\0a\0\4\0\0\0c\0\5\0\0\0"s,  // neither sorted nor unique
+         {{"a", 4}, {"c", 5}},
+         {{3, "c"}, {4, "a"}, {5, "c"}}},
+    };
+    for (const auto& content : contents) {
+        writeFile(path, content.file);
+        EXPECT_EQ(map.GetBookMap(), content.byPath);
+        EXPECT_EQ(map.GetIdMap(), content.byId);
+    }
+}
+
 TEST_F(Store, UnloadableMapKeepsWhatIsInMemory) {
     map.Add("a", 1);
     writeFile(path, "");

@@ -2,6 +2,7 @@
 
 #include <endian.h>
 
+#include <array>
 #include <cstring>
 
 #include "file_access.h"
@@ -12,31 +13,44 @@
 
 namespace {
 
-constexpr std::size_t word_size = sizeof(std::uint64_t);
-
-/// Both halves take in every word of 8 bytes. Each step is reversible, so that contents which
-/// differ in one word never end in the same state, and the shift carries high bits on to low ones.
+/// Four states take in every fourth word of 8 bytes each, which lets a processor work on all of
+/// them at once. Each step is reversible, so that contents which differ in one word never end in
+/// the same states, and the shift carries high bits on to low ones.
 class BookHash {
 public:
+    /// Takes in the next bytes; all blocks but the last one hold a multiple of 32.
     void absorb(std::string_view block) {
         size_ += block.size();
-        for (; block.size() >= word_size; block.remove_prefix(word_size))
-            absorbWord(block.data(), word_size);
-        if (!block.empty())
-            absorbWord(block.data(), block.size());
+        for (; block.size() >= stripe_size; block.remove_prefix(stripe_size))
+            absorbStripe(block.data());
+        if (block.empty())
+            return;
+        char last[stripe_size] = {};
+        std::memcpy(last, block.data(), block.size());
+        absorbStripe(last);
     }
 
     std::string result() const {
-        return toLittleEndian(spread(first_ ^ size_)) + toLittleEndian(spread(second_ ^ size_));
+        std::uint64_t first = size_;
+        std::uint64_t second = ~size_;
+        for (const std::uint64_t state : states_) {
+            first = step(first ^ state, 0x9fb21c651e98df25);
+            second = step(second ^ state, 0xd6e8feb86659fd93);
+        }
+        return toLittleEndian(spread(first)) + toLittleEndian(spread(second));
     }
 
 private:
-    void absorbWord(const char* bytes, std::size_t count) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes, count);
-        word = le64toh(word);
-        first_ = step(first_ ^ word, 0x9fb21c651e98df25);
-        second_ = step(second_ ^ word, 0xd6e8feb86659fd93);
+    static constexpr std::size_t lanes = 4;
+    static constexpr std::size_t word_size = sizeof(std::uint64_t);
+    static constexpr std::size_t stripe_size = lanes * word_size;
+
+    void absorbStripe(const char* bytes) {
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            std::uint64_t word = 0;
+            std::memcpy(&word, bytes + lane * word_size, word_size);
+            states_[lane] = step(states_[lane] ^ le64toh(word), 0x9fb21c651e98df25);
+        }
     }
 
     static std::uint64_t step(std::uint64_t state, std::uint64_t multiplier) {
@@ -44,8 +58,8 @@ private:
         return state ^ (state >> 32);
     }
 
-    std::uint64_t first_ = fnv_offset_basis;
-    std::uint64_t second_ = ~fnv_offset_basis;
+    std::array<std::uint64_t, lanes> states_ = {
+        fnv_offset_basis, ~fnv_offset_basis, spread(fnv_offset_basis), ~spread(fnv_offset_basis)};
     std::uint64_t size_ = 0;
 };
 

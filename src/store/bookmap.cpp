@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/log.h"
 #include "posix/files.h"
@@ -16,6 +18,7 @@
 #include "posix/uninterrupted.h"
 #include "store/record_reader.h"
 #include "store/record_writer.h"
+#include "store/replace_content.h"
 
 namespace {
 
@@ -102,16 +105,16 @@ int BookMap::loadMapInt() {
     const posix::ReadOnlyMapping mapping(fd_);
     if (!mapping)
         return -1;
-    bookMap.clear();
-    idMap.clear();
+    std::vector<std::pair<std::string_view, int>> idsByPath;
+    std::vector<std::pair<int, std::string_view>> pathsById;
     store::RecordReader reader({mapping.data(), mapping.size()});
-    std::string bookPath;
-    IdBytes id = {};
-    while (reader.readText(bookPath) && reader.readWord(id)) {
-        // The file is sorted by path, so that the end is where the next one goes.
-        bookMap.insert_or_assign(bookMap.end(), bookPath, idFrom(id));
-        idMap.insert_or_assign(idMap.end(), idFrom(id), bookPath);
+    std::string_view bookPath;
+    for (IdBytes id = {}; reader.readText(bookPath) && reader.readWord(id);) {
+        idsByPath.emplace_back(bookPath, idFrom(id));
+        pathsById.emplace_back(idFrom(id), bookPath);
     }
+    store::replaceContent(bookMap, std::move(idsByPath));
+    store::replaceContent(idMap, std::move(pathsById));
     return 0;
 }
 

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstring>
-#include <string>
 #include <string_view>
 
 namespace store {
@@ -14,8 +13,9 @@ public:
     /// Reads `content`, which must stay in place while the reader is used.
     explicit RecordReader(std::string_view content) : rest_(content) {}
 
-    /// Takes a text and its zero byte. @return false, with `text` unchanged, when none is left.
-    bool readText(std::string& text) {
+    /// Takes a text and its zero byte; `text` lies in the content. @return false, with `text`
+    /// unchanged, when none is left.
+    bool readText(std::string_view& text) {
         const std::size_t length = rest_.find('\0');
         if (length == std::string_view::npos)
             return false;

@@ -23,10 +23,13 @@ constexpr Word clear_flag = {0, 0, 0, 0};
 
 /// Reads the next record; false when no complete one is left.
 bool readRecord(store::RecordReader& reader, SyncJournal::Record& record) {
+    std::string_view oldName;
+    std::string_view newName;
     Word flag = {};
-    if (!reader.readText(record.oldName) || !reader.readText(record.newName) ||
-        !reader.readWord(flag))
+    if (!reader.readText(oldName) || !reader.readText(newName) || !reader.readWord(flag))
         return false;
+    record.oldName = oldName;
+    record.newName = newName;
     record.flag = flag == set_flag;
     return true;
 }
