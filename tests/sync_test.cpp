@@ -1,0 +1,263 @@
+// Synchronisation rounds, by the real application and in this process, against a running service.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <functional>
+#include <thread>
+
+#include "activity_log.h"
+#include "core_utils.h"
+#include "operations.h"
+#include "service.h"
+#include "support/device_root.h"
+#include "sync_round.h"
+#include "tavro_client.h"
+#include "tavro_entry_points.h"
+
+using namespace std::chrono_literals;
+using tavro::service::Fault;
+using tavro::service::Operation;
+using testing::ElementsAre;
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::string root = TAVRO_TEST_DEVICE_ROOT;
+
+tavro::service::Options optionsFor(const TemporaryFolder& folder) {
+    tavro::service::Options options;
+    options.books = folder / "books";
+    for (const char* name : {"first.txt", "second.txt", "third.txt"})
+        writeFile(options.books / name, std::string("The book ") + name + ".\n");
+    fs::copy_file(TAVRO_TEST_SAMPLES "/salt-and-pepper.epub", options.books / "pepper.epub");
+    return options;
+}
+
+/// A device with its applications whose account is logged in, and nothing synchronised yet.
+class Sync : public testing::Test {
+protected:
+    Sync() : service(optionsFor(folder)) {
+        device.writeServerSettings(service.port());
+        device.writeAccount();
+        fs::create_directories(root + "/ebrmain/bin");
+        fs::create_symlink(TAVRO_TEST_SYNC_APPLICATION, application);
+        reader::registerDevice(account, false);
+        reader::openAccount(account, "password");
+        reader::logIn(account, "password");
+    }
+
+    /// Names of the files in the download folder.
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(device.syncFolder()))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    std::vector<std::string> downloadList() const {
+        std::ifstream stream(account.file(".files_to_download"));
+        std::vector<std::string> list;
+        folium::utilities::SerializationUtils::DeserializeStringVec(stream, list);
+        return list;
+    }
+
+    /// The item that the service has for the book called `title`.
+    int item(const std::string& title) const {
+        for (const auto& book : service.books())
+            if (book.title == title)
+                return static_cast<int>(book.id);
+        return 0;
+    }
+
+    pid_t start() const {
+        char* const arguments[] = {const_cast<char*>(application.c_str()), nullptr};
+        pid_t process = -1;
+        EXPECT_EQ(::posix_spawn(&process, arguments[0], nullptr, nullptr, arguments, environ), 0);
+        return process;
+    }
+
+    static int statusOf(pid_t process) {
+        int status = 0;
+        EXPECT_EQ(::waitpid(process, &status, 0), process);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+    /// Whether a round in this process did all that it should.
+    bool round() const { return reader::SyncRound(account, log).run(); }
+
+    void slowDown(Operation operation, std::chrono::milliseconds delay) {
+        Fault fault;
+        fault.delay = delay;
+        service.inject(operation, fault);
+    }
+
+    /// Waits until `isTrue`, for some seconds.
+    static bool soon(const std::function<bool()>& isTrue) {
+        for (int attempt = 0; attempt < 500 && !isTrue(); ++attempt)
+            std::this_thread::sleep_for(10ms);
+        return isTrue();
+    }
+
+    const DeviceRoot device;
+    const TemporaryFolder folder;
+    tavro::service::Service service;
+    const std::string application = root + "/ebrmain/bin/tavro_sync.app";
+    const reader::Account account{device.configuration()};
+    const reader::ActivityLog log{account.file(".tavro_sync.log")};
+    const std::vector<std::string> books{"first.txt", "pepper.epub", "second.txt", "third.txt"};
+};
+
+}  // namespace
+
+// Between the attempts of an upload; stands before the system's, so that the tests need not wait.
+extern "C" int usleep(useconds_t) {
+    return 0;
+}
+
+// A browser that has seen a pending book keeps its lock on the list, and must not stop the round.
+TEST_F(Sync, BackgroundRoundTurnsPendingBooksIntoPresentOnes) {
+    slowDown(Operation::DownloadContent, 200ms);
+    ASSERT_EQ(TavroClient().StartSync(), 0);
+    ASSERT_TRUE(soon([&] { return downloadList().size() == books.size() && files().size() >= 4; }));
+    const std::string pending = downloadList().back();
+    EXPECT_EQ(tavro_get_book_status(pending.c_str()), 2);
+    tavro_book_info info = {};
+    EXPECT_EQ(tavro_get_book_info(pending.c_str(), &info), 0);
+    for (char* text : {info.title, info.author, info.category_id, info.isbn})
+        std::free(text);
+
+    int status = -1;
+    ASSERT_GT(::wait(&status), 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << readFile(account.file(".tavro_sync.log"));
+    EXPECT_EQ(files(), books);
+    EXPECT_THAT(downloadList(), ElementsAre());
+    EXPECT_EQ(tavro_get_book_status(pending.c_str()), 1);
+    const std::string cover =
+        account.file("covers/" + std::to_string(item("Salt & Pepper")) + ".png");
+    EXPECT_EQ(readFile(cover).substr(1, 3), "PNG");
+    EXPECT_THAT(readFile(account.file(".tavro_sync.log")), HasSubstr("4 downloaded, 0 missing"));
+}
+
+// The service lists deleted books for ever; what the user changed must outlive that.
+TEST_F(Sync, DeletedBooksGoUnlessTheirChangeWaits) {
+    ASSERT_TRUE(round());
+    const int pepper = item("Salt & Pepper");
+    for (const char* name : {"first.txt", "second.txt", "pepper.epub"})
+        fs::remove((folder / "books/") + name);
+    BookMap map;
+    map.path = account.file(".tavro.lst");
+    map.Add("../joined.txt", item("second"));
+    writeFile(device.syncFolder() + "/../joined.txt", "not in the folder");
+    SyncJournal(account.file(".tavro_journal")).push({"first.txt", "first.txt", false});
+
+    Fault refusal;
+    refusal.resultCode = "2010";
+    service.inject(Operation::UploadContent, refusal);
+
+    EXPECT_FALSE(round());
+    EXPECT_THAT(files(), ElementsAre("first.txt", "third.txt"));
+    EXPECT_EQ(readFile(device.syncFolder() + "/../joined.txt"), "not in the folder");
+    EXPECT_EQ(map.GetBookMap().count("pepper.epub"), 0U);
+    EXPECT_EQ(map.GetBookMap().count("first.txt"), 1U);
+    EXPECT_EQ(reader::pendingChanges(account).size(), 1U);
+    EXPECT_FALSE(fs::exists(account.file("covers/" + std::to_string(pepper) + ".png")));
+    EXPECT_THAT(readFile(account.file(".tavro_sync.log")), HasSubstr("kept first.txt"));
+}
+
+TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
+    ASSERT_TRUE(round());
+    const std::string catalogue = readFile(account.file(".tbooks.xml"));
+    Fault refusal;
+    refusal.resultCode = "2009";
+    refusal.times = 1;
+    service.inject(Operation::SysnWithCloud, refusal);
+    EXPECT_EQ(statusOf(start()), 1);
+    service.stop();
+    EXPECT_EQ(statusOf(start()), 1);
+    EXPECT_EQ(readFile(account.file(".tbooks.xml")), catalogue);
+    EXPECT_EQ(files(), books);
+}
+
+// A flat battery, the system's memory killer, a log-out: the application may go at any moment.
+TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
+    ASSERT_TRUE(round());
+    fs::remove(device.syncFolder() + "/second.txt");
+    writeFile(device.syncFolder() + "/first-2.txt", "The first book, corrected.\n");
+    SyncJournal(account.file(".tavro_journal")).push({"first.txt", "first-2.txt", false});
+    for (const Operation operation :
+         {Operation::UploadContent, Operation::SysnWithCloud, Operation::DownloadContent})
+        slowDown(operation, 40ms);
+    for (auto life = 10ms; life < 200ms; life += 20ms) {
+        const pid_t process = start();
+        std::this_thread::sleep_for(life);
+        ::kill(process, SIGKILL);
+        statusOf(process);
+    }
+    service.clearFaults();
+    ASSERT_TRUE(round());
+    EXPECT_THAT(files(),
+                ElementsAre("first-2.txt", "first.txt", "pepper.epub", "second.txt", "third.txt"));
+    EXPECT_EQ(reader::mappedFiles(account).size(), books.size());
+    EXPECT_EQ(reader::mappedFiles(account).count("first-2.txt"), 1U);
+    EXPECT_THAT(reader::pendingChanges(account), ElementsAre());
+    EXPECT_FALSE(fs::exists(account.file(".tavro_journal_replaying")));
+    EXPECT_THAT(downloadList(), ElementsAre());
+}
+
+TEST_F(Sync, SecondRoundAtTheSameTimeLeavesTheWorkToTheFirst) {
+    slowDown(Operation::SysnWithCloud, 300ms);
+    const pid_t both[] = {start(), start()};
+    for (const pid_t process : both)
+        EXPECT_EQ(statusOf(process), 0);
+    std::size_t downloads = 0;
+    for (const auto& request : service.requests())
+        downloads += request.operation == Operation::DownloadContent;
+    EXPECT_EQ(downloads, books.size());
+    EXPECT_EQ(files(), books);
+}
+
+TEST_F(Sync, LogOutDuringARoundLeavesNothingBehind) {
+    slowDown(Operation::DownloadContent, 300ms);
+    const pid_t process = start();
+    ASSERT_TRUE(soon([&] { return files().size() >= 4; }));
+    TavroClient().LogOut();
+    EXPECT_EQ(statusOf(process), 1);
+    EXPECT_THAT(files(), ElementsAre());
+    EXPECT_FALSE(fs::exists(device.configuration()));
+}
+
+// Cover addresses come from the service, and item ids become file names.
+TEST_F(Sync, HostileCatalogueReachesNoFileOfTheDevice) {
+    writeFile(root + "/secret.png", "\x89PNG secret");
+    Fault catalogue;
+    const std::string text = service.url() + "/terms";
+    catalogue.body =
+        "<A><Error>1003</Error><AddedItems><ItemsResponse><ItemID>../7</ItemID>"
+        "</ItemsResponse><ItemsResponse><ItemID>8</ItemID><CoverArtImage>file://" +
+        root + "/secret.png</CoverArtImage></ItemsResponse><ItemsResponse><ItemID>9" +
+        "</ItemID><CoverArtImage>" + text + "</CoverArtImage></ItemsResponse></AddedItems></A>";
+    service.inject(Operation::SysnWithCloud, catalogue);
+    EXPECT_FALSE(round());
+    EXPECT_FALSE(fs::exists(account.file("covers")) && !fs::is_empty(account.file("covers")));
+    EXPECT_THAT(files(), ElementsAre("8.file", "9.file"));
+    EXPECT_THAT(readFile(account.file(".tavro_sync.log")), HasSubstr("no JPEG, PNG or BMP"));
+}
+
+TEST_F(Sync, ForeignFilesNamedLikePlaceholdersStay) {
+    writeFile(device.syncFolder() + "/5.file", "my own words");
+    writeFile(device.syncFolder() + "/6.file", "6\n");  // of a book that is no longer missing
+    writeFile(device.syncFolder() + "/notes.file", "");
+    ASSERT_TRUE(round());
+    EXPECT_EQ(readFile(device.syncFolder() + "/5.file"), "my own words");
+    EXPECT_TRUE(fs::exists(device.syncFolder() + "/notes.file"));
+    EXPECT_FALSE(fs::exists(device.syncFolder() + "/6.file"));
+}
