@@ -17,7 +17,7 @@ namespace reader {
 
 void throwCannotWrite(const std::string& path) {
     const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
-    throw Failure("cannot write " + path + reason, "freeing space or checking the permissions");
+    throw Failure("cannot write " + path + reason, "free space or check the permissions");
 }
 
 void writeAtomically(const std::string& path, const std::string& content) {

@@ -29,11 +29,11 @@ Failure serviceFailure(const TavroServer& server, const std::string& what,
     if (!server.getLastXMLAnswer().empty())
         return Failure(
             what + ": the answer of " + address + " cannot be read",
-            "the same command with TAVRO_LOG=FILE TAVRO_LOG_LEVEL=4 before it, which keeps "
-            "the answer in FILE");
+            "put TAVRO_LOG=FILE TAVRO_LOG_LEVEL=4 before the same command, which keeps the answer "
+            "in FILE");
     return Failure(what + ": no answer from " + address + ": is the service running?",
-                   "'tavroctl status' for the address in use, 'tavroctl setup --service' to change "
-                   "it, --trace to see the exchange");
+                   "see the address in use with 'tavroctl status', change it with 'tavroctl setup "
+                   "--service', see the exchange with --trace");
 }
 
 std::string apiAddress() {

@@ -22,14 +22,14 @@ constexpr const char* success_code = "1003";
 void requireConfiguration(const Account& account) {
     if (!account.isConfigured())
         throw Failure("there is no complete account configuration in " + account.folder(),
-                      "'tavroctl setup' first");
+                      "run 'tavroctl setup' first");
 }
 
 /// Advice on `password` for a service that refused it; the device sends it without XML escaping.
 std::string passwordAdvice(const std::string& password) {
     return password.find_first_of("&<") == std::string::npos
                ? ""
-               : "a password without & and <, which the device cannot send; ";
+               : "take a password without & and <, which the device cannot send; ";
 }
 
 /// Content of the file `path`; nothing when there is no such file.
@@ -45,9 +45,9 @@ std::optional<std::vector<char>> contentOf(const std::string& path) {
 std::unique_ptr<Tavro> openSession(const Account& account, Need need) {
     requireConfiguration(account);
     if (!account.isRegistered())
-        throw Failure("the device is not registered", "'tavroctl register' first");
+        throw Failure("the device is not registered", "run 'tavroctl register' first");
     if (need == Need::Session && !account.isLoggedIn())
-        throw Failure("nobody is logged in", "'tavroctl login' first");
+        throw Failure("nobody is logged in", "run 'tavroctl login' first");
     auto session = std::make_unique<Tavro>();
     if (!session->init(account.folder()))
         throw Failure("the device token in " + account.folder() + " cannot be read");
@@ -68,7 +68,7 @@ bool registerDevice(const Account& account, bool renew) {
     if (!done)
         throw serviceFailure(
             *session.server, "the registration failed", apiAddress(),
-            "checking ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
+            "check ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
     account.storeToken(session.deviceToken());
     return true;
 }
@@ -86,7 +86,7 @@ void openAccount(const Account& account, const std::string& password) {
     if (!session->createUser(password))
         throw serviceFailure(*session->server, "the account was not opened", apiAddress(),
                              passwordAdvice(password) +
-                                 "'tavroctl login' if you have an account, 'tavroctl setup' to "
+                                 "run 'tavroctl login' if you have an account, 'tavroctl setup' to "
                                  "correct e-mail address and names, 'tavroctl register --renew' if "
                                  "the service does not know the device");
 }
@@ -94,11 +94,12 @@ void openAccount(const Account& account, const std::string& password) {
 void logIn(const Account& account, const std::string& password) {
     const auto session = openSession(account, Need::Device);
     if (!session->login(password))
-        throw serviceFailure(*session->server, "the login failed", apiAddress(),
-                             passwordAdvice(password) +
-                                 "another password, 'tavroctl signup' if there is no account yet, "
-                                 "'tavroctl remind' if the password is lost, 'tavroctl register "
-                                 "--renew' if the service does not know the device");
+        throw serviceFailure(
+            *session->server, "the login failed", apiAddress(),
+            passwordAdvice(password) +
+                "give another password, or run 'tavroctl signup' if there is no "
+                "account yet, 'tavroctl remind' if the password is lost, 'tavroctl "
+                "register --renew' if the service does not know the device");
     account.storeSession(session->sessionID(), session->vendorToken());
 }
 
@@ -106,7 +107,7 @@ void remindPassword(const Account& account, const std::string& email) {
     const auto session = openSession(account, Need::Device);
     if (!session->forgetPassword(email))
         throw serviceFailure(*session->server, "no reminder was sent to " + email, apiAddress(),
-                             "the address that the account was opened with");
+                             "give the address that the account was opened with");
 }
 
 Shop askForShop(const Account& account) {
@@ -118,7 +119,7 @@ Shop askForShop(const Account& account) {
     if (!accepted || session->getShopUrl().empty())
         throw serviceFailure(
             *session->server, "the shop's details did not come", apiAddress(),
-            "checking ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
+            "check ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
     return {session->getShopName(), session->getShopUrl(), session->getShopLicenseUrl()};
 }
 
@@ -132,7 +133,7 @@ void synchronise(Tavro& session, const Account& account) {
         session.writeXML(*former);
     throw serviceFailure(
         *session.server, "the catalogue was not fetched", apiAddress(),
-        "'tavroctl login' again, 'tavroctl register --renew' if the service does not "
+        "run 'tavroctl login' again, or 'tavroctl register --renew' if the service does not "
         "know the device");
 }
 
@@ -165,12 +166,13 @@ std::string downloadBook(Tavro& session, const Account& account, const BookDescr
     const fs::path folder = account.downloadFolder();
     std::string name = session.downloadBook(book);
     if (name.empty())
-        throw Failure("no whole file came from " + downloadAddress(),
-                      "'tavroctl sync' to see whether service and session are alive, --trace to "
-                      "see the exchange");
+        throw Failure(
+            "no whole file came from " + downloadAddress(),
+            "run 'tavroctl sync' to see whether service and session are alive, add --trace "
+            "to see the exchange");
     if (!fs::is_regular_file(folder.string() + "/" + name))
         throw Failure("the download could not be given its name " + name,
-                      "checking the permissions of " + folder.string());
+                      "check the permissions of " + folder.string());
     return name;
 }
 
@@ -178,11 +180,11 @@ SyncJournal::Record replaceBook(Tavro& session, const Account& account, const st
                                 const std::string& newName, bool upload) {
     if (!session.updateACSM(oldName, newName, upload))
         throw Failure("the book map does not know " + oldName,
-                      "one of the files of 'tavroctl map'");
+                      "name one of the files of 'tavroctl map'");
     const auto changes = pendingChanges(account);
     if (changes.empty() || changes.back().oldName != oldName || changes.back().newName != newName)
         throw Failure("the change did not reach the journal " + account.file(Tavro::journal_file),
-                      "freeing space or checking the permissions, then the same command again");
+                      "free space or check the permissions, then run the same command again");
     return changes.back();
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 void requireEmail(const Account& account) {
     if (account.isConfigured() && account.value("Email").empty())
-        throw Failure("no e-mail address is configured", "'tavroctl setup --email ADDRESS' first");
+        throw Failure("no e-mail address is configured", "run 'tavroctl setup --email ADDRESS' first");
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ const BookDescription& find(const std::vector<BookDescription>& books, const std
     });
     if (found == books.end())
         throw Failure("the catalogue has no item " + item,
-                      "an item ID out of 'tavroctl books', after 'tavroctl sync'");
+                      "run 'tavroctl sync', then take an item ID out of 'tavroctl books'");
     return *found;
 }
 
@@ -142,7 +142,7 @@ void download(const Arguments& arguments, const Output& output) {
     if (report.failures > 0)
         throw Failure(std::to_string(report.failures) + " of " + std::to_string(books.size()) +
                           " downloads failed",
-                      "the same command again; 'tavroctl sync' tells whether service and session "
+                      "run the same command again; 'tavroctl sync' tells whether service and session "
                       "are alive, --trace shows the exchange");
 }
 

@@ -16,7 +16,7 @@ namespace {
 std::string mappedName(const Account& account, const std::string& path) {
     std::string name = fs::path(path).filename();
     if (mappedFiles(account).count(name) == 0)
-        throw Failure("the book map does not know " + path, "one of the files of 'tavroctl map'");
+        throw Failure("the book map does not know " + path, "name one of the files of 'tavroctl map'");
     return name;
 }
 
@@ -26,7 +26,7 @@ void requireUnmapped(const Account& account, const std::string& name, const std:
     const auto owner = map.find(name);
     if (owner != map.end() && owner->second != map.at(oldName))
         throw Failure(name + " is the file of another book, item " + std::to_string(owner->second),
-                      "a copy of it under another name");
+                      "make a copy of it under another name");
 }
 
 /// Sees that the file `path` lies in the download folder, copying it there if it lies elsewhere,
@@ -38,13 +38,13 @@ std::string broughtIntoFolder(const Account& account, const fs::path& path,
     const fs::path target = account.bookFile(name);
     const fs::path source = fs::is_regular_file(path) || path != name ? path : target;
     if (!fs::is_regular_file(source))
-        throw Failure("there is no file " + path.string(), "the path of the new book file");
+        throw Failure("there is no file " + path.string(), "give the path of the new book file");
     if (fs::exists(target)) {
         if (fs::equivalent(source, target))
             return name;
         if (name != oldName)
             throw Failure(target.string() + " is there already and is another file",
-                          "another name for the new file, or that path to use the file there");
+                          "choose another name for the new file, or give that path to use the file there");
     }
     copyAtomically(source, target);
     return name;
@@ -69,7 +69,7 @@ void addRows(Table& table, const std::vector<SyncJournal::Record>& changes, cons
 /// Why the last upload of `session` failed, with what that means for the journal.
 Failure uploadFailure(const Tavro& session, const std::string& what) {
     return serviceFailure(*session.server, what, uploadAddress(),
-                          "'tavroctl replay' later, 'tavroctl login' if the session has ended");
+                          "run 'tavroctl replay' later, or 'tavroctl login' if the session has ended");
 }
 
 }  // namespace

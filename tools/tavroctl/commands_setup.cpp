@@ -78,7 +78,7 @@ void storeServerSettings(const Settings& settings) {
         throw Failure("the library does not read " + file.string() +
                           " on a device with partner code " +
                           std::to_string(GetCustomizedPartner()),
-                      "partner code 12 or 16");
+                      "take partner code 12 or 16");
 }
 
 }  // namespace

@@ -103,7 +103,7 @@ std::string askAtTerminal(const Output& output, bool twice) {
             "as its first line and say --password-stdin");
     std::string password = ask(output, "Password: ");
     if (twice && ask(output, "The same password again: ") != password)
-        throw Failure("the two passwords differ", "the same command again");
+        throw Failure("the two passwords differ", "run the same command again");
     return password;
 }
 
