@@ -1,23 +1,17 @@
 // The command-line tool as a process of its own, against a running service.
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "service.h"
-#include "support/device_root.h"
-#include "support/temporary_folder.h"
+#include "support/tavroctl_fixture.h"
 
 using nlohmann::json;
 using tavro::service::Fault;
@@ -27,117 +21,11 @@ using testing::Not;
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-const std::string password = "correct horse";
-
-struct Outcome {
-    int status;  ///< exit status, or minus the signal that ended the program
-    std::string out;
-    std::string err;
-};
-
-int statusOf(pid_t process) {
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
-}
-
 Fault refusal(const std::string& code) {
     Fault fault;
     fault.resultCode = code;
     return fault;
 }
-
-class Tavroctl : public testing::Test {
-protected:
-    Tavroctl() : service_(optionsFor(folder_)) {}
-
-    static tavro::service::Options optionsFor(const TemporaryFolder& folder) {
-        tavro::service::Options options;
-        options.books = folder / "books";
-        writeFile(options.books / "first.txt", "The first book.\n");
-        writeFile(options.books / "second.txt", "The second book.\n");
-        return options;
-    }
-
-    static std::vector<char*> argumentsFor(Words& words) {
-        words.insert(words.begin(), TAVRO_TEST_TAVROCTL);
-        std::vector<char*> arguments;
-        for (auto& word : words)
-            arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-        return arguments;
-    }
-
-    /// Starts the tool with `input` as its standard input, writing to files of the test.
-    pid_t start(Words words, const std::string& input) const {
-        writeFile(folder_ / "in", input);
-        posix_spawn_file_actions_t streams;
-        ::posix_spawn_file_actions_init(&streams);
-        const int created = O_WRONLY | O_CREAT | O_TRUNC;
-        const std::string in = folder_ / "in", out = folder_ / "out", err = folder_ / "err";
-        ::posix_spawn_file_actions_addopen(&streams, 0, in.c_str(), O_RDONLY, 0);
-        ::posix_spawn_file_actions_addopen(&streams, 1, out.c_str(), created, 0600);
-        ::posix_spawn_file_actions_addopen(&streams, 2, err.c_str(), created, 0600);
-        pid_t process = -1;
-        EXPECT_EQ(0, ::posix_spawn(&process, TAVRO_TEST_TAVROCTL, &streams, nullptr,
-                                   argumentsFor(words).data(), environ));
-        ::posix_spawn_file_actions_destroy(&streams);
-        return process;
-    }
-
-    Outcome run(const Words& words, const std::string& input = {}) const {
-        const int status = statusOf(start(words, input));
-        return {status, readFile(folder_ / "out"), readFile(folder_ / "err")};
-    }
-
-    /// Runs a command that must succeed with nothing but one JSON document on its output.
-    json done(Words words, const std::string& input = {}) const {
-        words.push_back("--json");
-        const Outcome outcome = run(words, input);
-        EXPECT_EQ(0, outcome.status) << words[0] << ": " << outcome.err;
-        EXPECT_EQ("", outcome.err) << words[0];
-        return json::parse(outcome.out);
-    }
-
-    /// Runs a command that must fail with status 1 and returns its error line.
-    json failed(Words words, const std::string& input = {}) const {
-        words.push_back("--json");
-        const Outcome outcome = run(words, input);
-        EXPECT_EQ(1, outcome.status) << words[0];
-        return json::parse(outcome.err);
-    }
-
-    void setUpAccount() const {
-        done({"setup", "--service", service_.url(), "--email", "ada@reader.example", "--first-name",
-              "Ada", "--last-name", "Lovelace"});
-        done({"register"});
-        done({"signup", "--password-stdin"}, password + "\n");
-    }
-
-    void downloadBooks() const {
-        setUpAccount();
-        done({"login", "--password-stdin"}, password + "\n");
-        EXPECT_EQ(2, done({"sync"})["books"]);
-        done({"download", "--all"});
-    }
-
-    std::size_t requests(Operation operation) const {
-        std::size_t count = 0;
-        for (const auto& request : service_.requests())
-            count += request.operation == operation;
-        return count;
-    }
-
-    std::string book(const std::string& name) const {
-        return readFile(std::filesystem::path(root_.syncFolder()) / name);
-    }
-
-    DeviceRoot root_;
-    TemporaryFolder folder_;
-    tavro::service::Service service_;
-};
 
 /// The tool on a terminal of its own.
 class Terminal {
