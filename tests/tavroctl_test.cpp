@@ -139,6 +139,7 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ::kill(replay, SIGINT);
     EXPECT_EQ(-SIGINT, statusOf(replay));
+    EXPECT_THAT(readFile(folder_ / "err"), HasSubstr("interrupted: 1 changes stay pending"));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
     const json journal = done({"journal"});
     ASSERT_EQ(1U, journal.size());
