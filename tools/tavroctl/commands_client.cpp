@@ -168,12 +168,13 @@ void logOut(const Arguments& arguments, const Output& output) {
         throw Failure(std::to_string(undeleted) + " files are still in " + folder,
                       "check its permissions and remove them");
     const auto left = namesIn(folder, [](const auto&) { return true; });
+    const std::string rest =
+        left.empty() ? "nothing" : std::to_string(left.size()) + " subfolders and hidden files";
     output.result({{"loggedOut", true}, {"removed", files}, {"left", left}},
-                  "Logged out. The account is gone, and " + std::to_string(files) + " files. " +
-                      (left.empty() ? "Nothing"
-                                    : std::to_string(left.size()) + " subfolders and "
-                                                                    "hidden files") +
-                      " left in " + folder);
+                  "Logged out. The account is gone" +
+                      (folder.empty() ? "."
+                                      : ", and " + std::to_string(files) + " files of " + folder +
+                                            ", where " + rest + " stays."));
 }
 
 }  // namespace reader
