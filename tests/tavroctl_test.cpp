@@ -266,3 +266,53 @@ TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
     EXPECT_EQ(-SIGINT, interrupted.wait());
     EXPECT_TRUE(interrupted.echoes());
 }
+
+TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
+    EXPECT_THAT(failed({"wizard"})["advice"], HasSubstr("scripts/device-root"));
+    installApplication("tavro_wizard.app", "printf 'Token? '; read token; echo \"$token\" > " +
+                                               root_.configuration() + "/.tavro_vendor_token\n");
+    Words words{"wizard"};
+    Terminal terminal(argumentsFor(words));
+    terminal.expect("Token? ");
+    terminal.type("abc\n");
+    terminal.expect("Logged in");
+    EXPECT_EQ(0, terminal.wait());
+    const Outcome scripted = run({"wizard", "--json"}, "abc\n");
+    EXPECT_EQ(true, json::parse(scripted.out)["loggedIn"]) << "the wizard's text is no result";
+    EXPECT_EQ("Token? ", scripted.err);
+
+    std::filesystem::remove(root_.configuration() + "/.tavro_vendor_token");
+    installApplication("tavro_wizard.app", "printf 'Waiting'; read token\n");
+    Words again{"wizard"};
+    Terminal interrupted(argumentsFor(again));
+    interrupted.expect("Waiting");
+    interrupted.type("\x03");
+    interrupted.expect("nobody is logged in");
+    EXPECT_EQ(1, interrupted.wait());
+}
+
+TEST_F(Tavroctl, LogOutAsksAndSparesSubfoldersAndHiddenFiles) {
+    downloadBooks();
+    for (const char* name : {"with blank.txt", ".hidden", "sub/kept.txt"})
+        writeFile(root_.syncFolder() + "/" + name, "Mine.\n");
+    const std::string hidden = deviceFile("mnt/ext1/.adobe-hidden-files");
+    writeFile(hidden + "/key", "");
+
+    Words words{"logout"};
+    Terminal refused(argumentsFor(words));
+    refused.expect("3 files directly in the download folder " + root_.syncFolder());
+    refused.expect("Log out? [y/N] ");
+    refused.type("\n");
+    refused.expect("nothing was changed");
+    EXPECT_EQ(1, refused.wait());
+    EXPECT_EQ("The first book.\n", book("first.txt"));
+    EXPECT_EQ(true, done({"status"})["loggedIn"]);
+
+    const json report = done({"logout", "--yes"});
+    EXPECT_EQ(3, report["removed"]);
+    EXPECT_EQ(json({".hidden", "sub"}), report["left"]);
+    EXPECT_EQ("Mine.\n", book("sub/kept.txt"));
+    EXPECT_FALSE(std::filesystem::exists(root_.configuration()));
+    EXPECT_FALSE(std::filesystem::exists(hidden));
+    EXPECT_EQ(false, done({"status"})["configured"]);
+}
