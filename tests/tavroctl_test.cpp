@@ -1,10 +1,6 @@
 // The command-line tool as a process of its own, against a running service.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <termios.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
@@ -12,6 +8,7 @@
 #include <thread>
 
 #include "support/tavroctl_fixture.h"
+#include "support/terminal.h"
 
 using nlohmann::json;
 using tavro::service::Fault;
@@ -26,49 +23,6 @@ Fault refusal(const std::string& code) {
     fault.resultCode = code;
     return fault;
 }
-
-/// The tool on a terminal of its own.
-class Terminal {
-public:
-    explicit Terminal(std::vector<char*> arguments)
-        : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
-        if (process_ == 0) {
-            ::execv(arguments[0], arguments.data());
-            ::_exit(127);
-        }
-    }
-    ~Terminal() { ::close(fd_); }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
-    /// Waits until the tool has written `text`.
-    void expect(const std::string& text) {
-        char bytes[256];
-        while (shown.find(text) == std::string::npos) {
-            const ssize_t size = ::read(fd_, bytes, sizeof bytes);
-            ASSERT_GT(size, 0) << "instead of " << text << " came " << shown;
-            shown.append(bytes, static_cast<std::size_t>(size));
-        }
-    }
-
-    void type(const std::string& text) const {
-        ASSERT_EQ(static_cast<ssize_t>(text.size()), ::write(fd_, text.data(), text.size()));
-    }
-
-    bool echoes() const {
-        termios settings{};
-        ::tcgetattr(fd_, &settings);
-        return (settings.c_lflag & ECHO) != 0;
-    }
-
-    int wait() const { return statusOf(process_); }
-
-    std::string shown;
-
-private:
-    int fd_ = -1;
-    pid_t process_;
-};
 
 }  // namespace
 
