@@ -153,7 +153,7 @@ std::string Wizard::ask(const std::string& question, const std::string& proposal
 /// Asks for a value of the account that the service takes, proposing the one stored as `key`.
 std::string Wizard::askSendable(const std::string& question, const std::string& key) const {
     for (;;) {
-        const std::string value = ask(question, account_.value(key));
+        std::string value = ask(question, account_.value(key));
         const std::string reason = value.empty() ? "an answer is needed" : whyUnsendable(value);
         if (reason.empty())
             return value;
@@ -163,7 +163,7 @@ std::string Wizard::askSendable(const std::string& question, const std::string& 
 
 /// Asks for a password that the service can be sent, with `twice` two times.
 std::string Wizard::askPassword(bool twice) const {
-    const std::string password = readPassword(output_, false, twice);
+    std::string password = readPassword(output_, false, twice);
     const std::string reason = whyUnsendable(password);
     if (!reason.empty())
         throw Failure("the password cannot be used: " + reason);
