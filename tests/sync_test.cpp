@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -187,6 +188,39 @@ TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
     EXPECT_EQ(files(), books);
 }
 
+// The library rewrites the book map in place and journals without a look at the outcome.
+TEST_F(Sync, CutBookMapAndFullDiskLoseNothing) {
+    ASSERT_TRUE(round());
+    const auto map = reader::mappedFiles(account);
+    fs::resize_file(account.file(".tavro.lst"), 0);
+    ASSERT_TRUE(round());
+    EXPECT_EQ(reader::mappedFiles(account), map);
+    EXPECT_EQ(files(), books);
+
+    const SyncJournal::Record change{"first.txt", "first.txt", false};
+    for (const char* journal : {".tavro_journal", ".tavro_journal_replaying"}) {
+        SyncJournal(account.file(journal)).push(change);
+        const pid_t process = ::fork();
+        if (process == 0) {
+            const rlimit nothing{0, 0};
+            ::signal(SIGXFSZ, SIG_IGN);
+            ::setrlimit(RLIMIT_FSIZE, &nothing);
+            ::execl(application.c_str(), application.c_str(), nullptr);
+        }
+        EXPECT_EQ(statusOf(process), 1);
+        EXPECT_GT(fs::file_size(account.file(journal)), 0U);
+        ASSERT_TRUE(round());
+        EXPECT_TRUE(reader::pendingChanges(account).empty());
+        EXPECT_EQ(service.requests().back().operation, Operation::SysnWithCloud);
+    }
+    const auto requests = service.requests();
+    EXPECT_EQ(std::count_if(requests.begin(), requests.end(),
+                            [](const auto& request) {
+                                return request.operation == Operation::UploadContent;
+                            }),
+              2);
+}
+
 // A flat battery, the system's memory killer, a log-out: the application may go at any moment.
 TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
     ASSERT_TRUE(round());
@@ -235,24 +269,45 @@ TEST_F(Sync, LogOutDuringARoundLeavesNothingBehind) {
     EXPECT_FALSE(fs::exists(device.configuration()));
 }
 
+TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
+    slowDown(Operation::DownloadContent, 300ms);
+    const pid_t process = start();
+    ASSERT_TRUE(soon([&] { return files().size() >= 4; }));
+    TavroClient().LogOut();
+    fs::create_directories(device.configuration());
+    device.writeAccount("sessionID=another\n");
+    EXPECT_EQ(statusOf(process), 1);
+    EXPECT_THAT(files(), ElementsAre());
+    EXPECT_TRUE(fs::exists(account.file(".tavro.conf")));
+}
+
 // Cover addresses come from the service, and item ids become file names.
 TEST_F(Sync, HostileCatalogueReachesNoFileOfTheDevice) {
     writeFile(root + "/secret.png", "\x89PNG secret");
+    ASSERT_TRUE(round());
+    const std::string deleted = std::to_string(item("first")) + "abc";
     Fault catalogue;
     const std::string text = service.url() + "/terms";
     catalogue.body =
         "<A><Error>1003</Error><AddedItems><ItemsResponse><ItemID>../7</ItemID>"
         "</ItemsResponse><ItemsResponse><ItemID>8</ItemID><CoverArtImage>file://" +
         root + "/secret.png</CoverArtImage></ItemsResponse><ItemsResponse><ItemID>9" +
-        "</ItemID><CoverArtImage>" + text + "</CoverArtImage></ItemsResponse></AddedItems></A>";
+        "</ItemID><CoverArtImage>" + text +
+        "</CoverArtImage></ItemsResponse></AddedItems>"
+        "<DeletedItems><ItemsResponse><ItemID>" +
+        deleted + "</ItemID></ItemsResponse></DeletedItems></A>";
     service.inject(Operation::SysnWithCloud, catalogue);
     EXPECT_FALSE(round());
-    EXPECT_FALSE(fs::exists(account.file("covers")) && !fs::is_empty(account.file("covers")));
-    EXPECT_THAT(files(), ElementsAre("8.file", "9.file"));
+    for (const char* cover : {"8.png", "8.jpeg", "9.png", "9.jpeg"})
+        EXPECT_FALSE(fs::exists(account.file("covers/") + cover));
+    EXPECT_THAT(files(), ElementsAre("8.file", "9.file", "first.txt", "pepper.epub", "second.txt",
+                                     "third.txt"));
     EXPECT_THAT(readFile(account.file(".tavro_sync.log")), HasSubstr("no JPEG, PNG or BMP"));
 }
 
-TEST_F(Sync, ForeignFilesNamedLikePlaceholdersStay) {
+TEST_F(Sync, ForeignFilesStayAndStopNothing) {
+    fs::create_directories(device.syncFolder() + "/4.file");
+    writeFile(account.file("covers"), "no folder");
     writeFile(device.syncFolder() + "/5.file", "my own words");
     writeFile(device.syncFolder() + "/6.file", "6\n");  // of a book that is no longer missing
     writeFile(device.syncFolder() + "/notes.file", "");
@@ -260,4 +315,14 @@ TEST_F(Sync, ForeignFilesNamedLikePlaceholdersStay) {
     EXPECT_EQ(readFile(device.syncFolder() + "/5.file"), "my own words");
     EXPECT_TRUE(fs::exists(device.syncFolder() + "/notes.file"));
     EXPECT_FALSE(fs::exists(device.syncFolder() + "/6.file"));
+    EXPECT_TRUE(fs::exists(device.syncFolder() + "/4.file"));
+    for (const std::string& name : books)
+        EXPECT_TRUE(fs::exists(device.syncFolder() + "/" + name)) << name;
+
+    // A folder in the place of a book that the service deletes.
+    fs::remove(device.syncFolder() + "/first.txt");
+    fs::create_directories(device.syncFolder() + "/first.txt/mine");
+    fs::remove((folder / "books/") + "first.txt");
+    EXPECT_FALSE(round());
+    EXPECT_TRUE(fs::exists(device.syncFolder() + "/first.txt/mine"));
 }

@@ -4,6 +4,7 @@
 #include <sys/file.h>
 
 #include "atomic_file.h"
+#include "book_map_backup.h"
 #include "failure.h"
 #include "journal_backup.h"
 
@@ -24,6 +25,7 @@ AccountLock::AccountLock(const Account& account) : file_(openLockFile(account)) 
         throwCannotWrite(account.file(lock_file));
     if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0)
         throw AlreadyRunning();
+    secureBookMap(account);
     restoreJournal(account);
 }
 

@@ -11,8 +11,9 @@ namespace reader {
 class AccountLock {
 public:
     /// Takes the lock, an exclusive `flock` on a file of the configuration folder, without waiting
-    /// for it, and puts changes back into the journal that a replay held when it was killed.
-    /// Throws Failure when another process has the lock.
+    /// for it, and puts back what a killed process left undone: entries of the book map, and
+    /// changes that a replay held. Throws AlreadyRunning when another process has the lock, Failure
+    /// when the account's files cannot be written.
     explicit AccountLock(const Account& account);
 
 private:

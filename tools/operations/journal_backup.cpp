@@ -49,8 +49,14 @@ JournalBackup::JournalBackup(const Account& account) : path_(backupFile(account)
         copyAtomically(journal, path_);
 }
 
-JournalBackup::~JournalBackup() {
+void JournalBackup::discard() const {
     ::unlink(path_.c_str());
+}
+
+void JournalBackup::requireSpace() const {
+    const std::string trial = path_ + ".trial";
+    writeAtomically(trial, std::string(std::filesystem::file_size(path_), '\0'));
+    ::unlink(trial.c_str());
 }
 
 void restoreJournal(const Account& account) {
@@ -62,6 +68,11 @@ void restoreJournal(const Account& account) {
     for (const auto& record : recordsOf(backup))
         if (!take(present, record))
             journal.push(record);
+    // The journal is written without a look at the outcome: whether all is there shows now.
+    present = pendingChanges(account);
+    for (const auto& record : recordsOf(backup))
+        if (!take(present, record))
+            throwCannotWrite(account.file(Tavro::journal_file));
     ::unlink(backup.c_str());
 }
 

@@ -14,25 +14,28 @@ std::vector<SyncJournal::Record> pendingChanges(const Account& account);
 /// Takes one record with the names of `wanted` out of `records`; false if there is none.
 bool take(std::vector<SyncJournal::Record>& records, const SyncJournal::Record& wanted);
 
-/// A copy of the journal for as long as the object lives. A replay empties the journal and has the
-/// changes in memory only, so without the copy a killed replay would lose them.
+/// A copy of the journal, made before a replay: that empties the journal and has the changes in
+/// memory only, so a killed replay would lose them, and one that finds the disk full as well.
 class JournalBackup {
 public:
     /// Copies the journal. Throws `std::filesystem::filesystem_error`.
     explicit JournalBackup(const Account& account);
 
-    /// Removes the copy: the journal has again what was not sent.
-    ~JournalBackup();
-    JournalBackup(const JournalBackup&) = delete;
-    JournalBackup& operator=(const JournalBackup&) = delete;
+    /// Removes the copy, once it is sure that the journal has again what was not sent. Without
+    /// this call it stays, for `restoreJournal`.
+    void discard() const;
+
+    /// Throws Failure unless the folder of the journal takes as many bytes as the copy has.
+    void requireSpace() const;
 
 private:
     std::string path_;
 };
 
-/// Puts the changes of a copy that a killed replay left behind back into the journal, those that
-/// are not there. What had reached the service is harmless: its old name is no longer in the book
-/// map, so the next replay drops it. To be called under the account's lock.
+/// Puts the changes of a copy that a replay left behind back into the journal, those that are not
+/// there. What had reached the service is harmless: its old name is no longer in the book map, so
+/// the next replay drops it. To be called under the account's lock. Throws Failure, with the copy
+/// still there, when the journal cannot be written.
 void restoreJournal(const Account& account);
 
 }  // namespace reader

@@ -8,6 +8,8 @@
 #include <optional>
 #include <set>
 
+#include "atomic_file.h"
+#include "book_map_backup.h"
 #include "failure.h"
 
 namespace fs = std::filesystem;
@@ -30,6 +32,14 @@ std::string passwordAdvice(const std::string& password) {
     return password.find_first_of("&<") == std::string::npos
                ? ""
                : "take a password without & and <, which the device cannot send; ";
+}
+
+/// The file names of the book map `map`.
+std::set<std::string> namesOf(const std::map<std::string, int>& map) {
+    std::set<std::string> names;
+    for (const auto& entry : map)
+        names.insert(entry.first);
+    return names;
 }
 
 /// Content of the file `path`; nothing when there is no such file.
@@ -124,13 +134,18 @@ Shop askForShop(const Account& account) {
 }
 
 void synchronise(Tavro& session, const Account& account) {
-    const auto former = contentOf(account.file(Tavro::tavro_books));
+    const std::string file = account.file(Tavro::tavro_books);
+    const auto former = contentOf(file);
     const bool answered = session.syncServer();
-    // The library calls every readable answer a success, and leaves judging the code to us.
-    if (answered && session.lastError() == success_code)
+    // The library calls every readable answer a success, and leaves judging the code to us; nor
+    // does it look whether the file was written.
+    const bool accepted = answered && session.lastError() == success_code;
+    if (accepted && contentOf(file) == session.server->getLastXMLAnswer())
         return;
     if (answered && former)
-        session.writeXML(*former);
+        writeAtomically(file, {former->begin(), former->end()});
+    if (accepted)
+        throwCannotWrite(file);
     throw serviceFailure(
         *session.server, "the catalogue was not fetched", apiAddress(),
         "run 'tavroctl login' again, or 'tavroctl register --renew' if the service does not "
@@ -150,9 +165,10 @@ bool isPresent(const Account& account, const std::string& name) {
 }
 
 std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
+    const std::string folder = account.downloadFolder().string() + "/";
     std::map<int, std::vector<std::string>> present;
     for (const auto& [name, item] : mappedFiles(account))
-        if (isPresent(account, name))
+        if (fs::is_regular_file(folder + name))
             present[item].push_back(name);
     return present;
 }
@@ -173,6 +189,7 @@ std::string downloadBook(Tavro& session, const Account& account, const BookDescr
     if (!fs::is_regular_file(folder.string() + "/" + name))
         throw Failure("the download could not be given its name " + name,
                       "check the permissions of " + folder.string());
+    secureBookMap(account);
     return name;
 }
 
@@ -189,14 +206,13 @@ SyncJournal::Record replaceBook(Tavro& session, const Account& account, const st
 }
 
 ReplayResult replayChanges(Tavro& session, const Account& account) {
-    const JournalBackup backup(account);
     const auto before = pendingChanges(account);
-    std::set<std::string> known;
-    for (const auto& entry : mappedFiles(account))
-        known.insert(entry.first);
-
-    ReplayResult result;
+    if (before.empty())
+        return {};
+    std::set<std::string> names = namesOf(mappedFiles(account));
+    const JournalBackup backup(account);
     session.syncDownloadFolder();
+    ReplayResult result;
     result.kept = pendingChanges(account);
 
     // The library replays the newest change first, and each one moves a name of the book map.
@@ -204,11 +220,17 @@ ReplayResult replayChanges(Tavro& session, const Account& account) {
     for (auto change = before.rbegin(); change != before.rend(); ++change) {
         if (take(unexplained, *change))
             continue;
-        const bool wasKnown = known.erase(change->oldName) > 0;
+        const bool wasKnown = names.erase(change->oldName) > 0;
         (wasKnown ? result.uploaded : result.dropped).push_back(*change);
         if (wasKnown)
-            known.insert(change->newName);
+            names.insert(change->newName);
     }
+    // Neither journal nor map tell whether they were written, and a full disk shows only here.
+    backup.requireSpace();
+    if (names != namesOf(mappedFiles(account)))
+        throwCannotWrite(account.folder());
+    backup.discard();
+    secureBookMap(account);
     return result;
 }
 

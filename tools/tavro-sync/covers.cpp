@@ -65,9 +65,13 @@ CURLcode get(const std::string& url, std::string& body) {
 
 }  // namespace
 
+std::string Covers::pathOf(int item, const char* extension) const {
+    return folder_ + "/" + std::to_string(item) + extension;
+}
+
 bool Covers::has(int item) const {
     for (const auto& kind : kinds)
-        if (fs::exists(folder_ + "/" + std::to_string(item) + kind.second))
+        if (std::error_code error; fs::exists(pathOf(item, kind.second), error))
             return true;
     return false;
 }
@@ -89,13 +93,15 @@ void Covers::fetch(int item, const std::string& url) {
     const char* const extension = extensionFor(image);
     if (extension == nullptr)
         throw Failure("what came from " + url + " is no JPEG, PNG or BMP image");
-    fs::create_directory(folder_);
-    writeAtomically(folder_ + "/" + std::to_string(item) + extension, image);
+    if (std::error_code error; !fs::is_directory(folder_, error))
+        fs::create_directory(folder_, error);  // what then fails is writing
+    writeAtomically(pathOf(item, extension), image);
 }
 
 void Covers::remove(int item) const {
     for (const auto& kind : kinds)
-        fs::remove(folder_ + "/" + std::to_string(item) + kind.second);
+        if (std::error_code error; fs::exists(pathOf(item, kind.second), error))
+            fs::remove(pathOf(item, kind.second), error);
 }
 
 }  // namespace reader

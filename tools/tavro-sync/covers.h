@@ -23,10 +23,11 @@ public:
     /// it as the cover of `item`. Throws Failure.
     void fetch(int item, const std::string& url);
 
-    /// Removes every cover of `item`.
+    /// Removes every cover of `item` that can be removed.
     void remove(int item) const;
 
 private:
+    std::string pathOf(int item, const char* extension) const;
     static std::string hostOf(const std::string& url);
 
     std::string folder_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "book_map_backup.h"
 #include "operations.h"
 
 namespace fs = std::filesystem;
@@ -25,6 +26,16 @@ bool leadsOut(const std::string& name) {
     return std::find(path.begin(), path.end(), "..") != path.end();
 }
 
+/// Removes the file `path`. @return whether there is none now.
+bool isRemoved(const fs::path& path) {
+    std::error_code error;
+    const auto type = fs::symlink_status(path, error).type();
+    if (type == fs::file_type::not_found)
+        return true;
+    return (type == fs::file_type::regular || type == fs::file_type::symlink) &&
+           fs::remove(path, error);
+}
+
 /// Takes `names` out of the book map, in one operation on its file.
 void forget(const Account& account, const std::vector<std::string>& names) {
     BookMap map;
@@ -40,21 +51,21 @@ void forget(const Account& account, const std::vector<std::string>& names) {
 
 }  // namespace
 
-DeletedFiles removeBooks(const Account& account, const std::set<int>& items) {
+DeletedFiles removeBooks(const Account& account, const std::string& folder,
+                         const std::set<int>& items) {
     const auto changed = changedNames(account);
     DeletedFiles files;
     for (const auto& [name, item] : mappedFiles(account)) {
         if (items.count(item) == 0)
             continue;
-        const bool strange = leadsOut(name);
-        if (!strange && changed.count(name) == 0)
-            fs::remove(account.bookFile(name));
-        auto& kind = strange                   ? files.strange
-                     : changed.count(name) > 0 ? files.changed
-                                               : files.removed;
+        auto& kind = leadsOut(name)                   ? files.strange
+                     : changed.count(name) > 0        ? files.changed
+                     : isRemoved(folder + "/" + name) ? files.removed
+                                                      : files.stuck;
         kind.push_back(name);
     }
     forget(account, files.removed);
+    secureBookMap(account);
     return files;
 }
 

@@ -13,11 +13,13 @@ struct DeletedFiles {
     std::vector<std::string> removed;
     std::vector<std::string> changed;  ///< kept: the journal has a change of them still to be sent
     std::vector<std::string> strange;  ///< kept: their names lead out of the download folder
+    std::vector<std::string> stuck;    ///< cannot be removed, or are no files
 };
 
-/// Removes the files of the books `items` from the download folder and then from the book map, in
-/// one operation on it. An interrupted call is made good by the next one. To be called under the
-/// account's lock.
-DeletedFiles removeBooks(const Account& account, const std::set<int>& items);
+/// Removes the files of the books `items` from the download folder `folder` and then from the book
+/// map of `account`, in one operation on it. An interrupted call is made good by the next one. To
+/// be called under the account's lock.
+DeletedFiles removeBooks(const Account& account, const std::string& folder,
+                         const std::set<int>& items);
 
 }  // namespace reader

@@ -13,10 +13,10 @@ namespace reader {
 
 namespace {
 
-/// The first word of the file `path`; empty when there is none, or no such file.
+/// The first word of the file `path`; empty when it has none.
 std::string firstWord(const std::string& path) {
     std::ifstream stream(path);
-    std::string word;
+    std::string word = stream ? "" : "unreadable";
     stream >> word;
     return word;
 }
@@ -24,6 +24,8 @@ std::string firstWord(const std::string& path) {
 /// Whether the file `path` is named like a placeholder and is one, or was interrupted on its way.
 bool isPlaceholder(const fs::path& path) {
     const std::string item = path.stem();
+    if (!fs::is_regular_file(fs::symlink_status(path)))
+        return false;
     if (path.extension() != ".file" || item.find_first_not_of("-0123456789") != std::string::npos)
         return false;
     const std::string word = firstWord(path);
@@ -54,13 +56,14 @@ void Placeholders::replace(const std::set<int>& items) const {
     for (const auto& file : superfluous)
         fs::remove(file);
     for (const int item : items)
-        if (firstWord(path(item)).empty())
+        if (!fs::exists(path(item)) || (isPlaceholder(path(item)) && firstWord(path(item)).empty()))
             write(path(item), item);
 }
 
 void Placeholders::remove(int item) const {
+    std::error_code ignored;  // the next round tries again
     if (isPlaceholder(path(item)))
-        fs::remove(path(item));
+        fs::remove(path(item), ignored);
 }
 
 }  // namespace reader

@@ -50,18 +50,30 @@ bool SyncRound::run() {
     log_.note("a round begins");
     const auto session = openSession(account_, Need::Session);
     const AccountLock lock(account_);
+    sessionId_ = session->sessionID();
     fs::create_directories(folder_);
-    sendChanges(*session);
-    synchronise(*session, account_);
-    const auto& books = session->getAddedBooks();
-    log_.note("the catalogue has " + std::to_string(books.size()) + " books");
-    removeDeleted(*session);
-    announce(books);
-    downloadMissing(*session, books);
+    try {
+        synchroniseWith(*session);
+    } catch (...) {
+        if (!isStillLoggedIn())
+            cleanUp();
+        throw;
+    }
     log_.note("the round ends: " + std::to_string(downloaded_) + " downloaded, " +
               std::to_string(missing_.size()) + " missing, " + std::to_string(failures_) +
               " failures");
     return failures_ == 0;
+}
+
+void SyncRound::synchroniseWith(Tavro& session) {
+    sendChanges(session);
+    synchronise(session, account_);
+    const auto& books = session.getAddedBooks();
+    log_.note("the catalogue has " + std::to_string(books.size()) + " books");
+    requireAccount();
+    removeDeleted(session);
+    announce(books);
+    downloadMissing(session, books);
 }
 
 void SyncRound::sendChanges(Tavro& session) {
@@ -77,16 +89,19 @@ void SyncRound::sendChanges(Tavro& session) {
 void SyncRound::removeDeleted(const Tavro& session) {
     std::set<int> items;
     for (const auto& book : session.server->getDeletedBooks())
-        items.insert(itemNumber(book));
+        if (hasItemNumber(book))
+            items.insert(itemNumber(book));
     for (const auto& book : session.getAddedBooks())
         items.erase(itemNumber(book));
-    const DeletedFiles files = removeBooks(account_, items);
+    const DeletedFiles files = removeBooks(account_, folder_, items);
     for (const auto& name : files.removed)
         log_.note("removed " + name + ", which the service deleted");
     for (const auto& name : files.changed)
         log_.note("kept " + name + ": the service deleted it, but its change is not sent yet");
     for (const auto& name : files.strange)
         fail("kept " + name + ": the service deleted it, but it lies outside the folder");
+    for (const auto& name : files.stuck)
+        fail("cannot remove " + name + ", which the service deleted");
     for (const int item : items)
         covers_.remove(item);
 }
@@ -101,6 +116,7 @@ void SyncRound::announce(const std::vector<BookDescription>& books) {
     }
     updateList(true);
     placeholders_.replace(missing_);
+    requireAccount();
 }
 
 void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescription>& books) {
@@ -122,7 +138,7 @@ void SyncRound::download(Tavro& session, const BookDescription& book) {
     } catch (const Failure& failure) {
         return fail("did not get " + nameOf(book) + ": " + failure.what());
     }
-    if (!account_.isLoggedIn())  // a log-out takes the books with it, the one on its way as well
+    if (!isStillLoggedIn())  // a log-out takes the books with it, the one on its way as well
         fs::remove(folder_ + "/" + name);
     requireAccount();
     log_.note("downloaded " + nameOf(book) + " as " + name);
@@ -154,9 +170,23 @@ void SyncRound::updateList(bool now) {
     listed_ = std::chrono::steady_clock::now();
 }
 
+bool SyncRound::isStillLoggedIn() const {
+    return account_.value("sessionID") == sessionId_;
+}
+
 void SyncRound::requireAccount() const {
-    if (!account_.isLoggedIn())
+    if (!isStillLoggedIn())
         throw Failure("the account was logged out meanwhile");
+}
+
+void SyncRound::cleanUp() const {
+    placeholders_.replace({});
+    std::error_code ignored;
+    if (fs::exists(account_.file(Tavro::config_file), ignored))
+        return;  // there is another account by now
+    for (const auto& entry : fs::directory_iterator(account_.folder(), ignored))
+        fs::remove_all(entry, ignored);
+    fs::remove(account_.folder(), ignored);
 }
 
 void SyncRound::fail(const std::string& what) {

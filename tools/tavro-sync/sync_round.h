@@ -42,6 +42,7 @@ public:
     bool run();
 
 private:
+    void synchroniseWith(Tavro& session);
     void sendChanges(Tavro& session);
     void removeDeleted(const Tavro& session);
     void announce(const std::vector<BookDescription>& books);
@@ -50,6 +51,10 @@ private:
     void fetchCover(const BookDescription& book);
     void updateList(bool now);
     void requireAccount() const;
+    bool isStillLoggedIn() const;
+
+    /// Removes what the round has left behind after a log-out took the account away.
+    void cleanUp() const;
     void fail(const std::string& what);
 
     const Account& account_;
@@ -57,6 +62,7 @@ private:
     const std::string folder_;  ///< of the books; a log-out during the round takes its setting away
     const Placeholders placeholders_;
     Covers covers_;
+    std::string sessionId_;  ///< a log-in during the round is another one's
     std::set<int> missing_;  ///< items still to be downloaded
     std::chrono::steady_clock::time_point listed_;
     std::size_t downloaded_ = 0;
