@@ -2,18 +2,22 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <lectern.h>
 #include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <functional>
 #include <sstream>
 #include <vector>
 
 #include "bookmap.h"
+#include "client/desc_comp.h"
 #include "core_utils_host.h"
+#include "posix/file_descriptor.h"
 #include "support/device_root.h"
 #include "tavro_entry_points.h"
 
@@ -169,8 +173,10 @@ TEST_F(Client, StartsItsApplications) {
     ::setenv("TAVRO_LOG", (root + "/log").c_str(), 1);
     EXPECT_EQ(client.StartSync(), 0);
     EXPECT_EQ(statusOfChild(), 127);
-    const std::string log = readFile(root + "/log");
-    EXPECT_NE(log.find("TavroClient::StartSync: exec() failed, errno=2"), std::string::npos) << log;
+    EXPECT_THAT(readFile(root + "/log"),
+                testing::ContainsRegex("level 1 process [0-9]+ [^ ]+ int TavroClient::StartSync"
+                                       "[(][)]: [[]pid:[0-9]+[]]TavroClient::StartSync: exec[(][)] "
+                                       "failed, errno=2\n"));
     writeFile(application, "#!/bin/sh\necho $# $0 > " + root + "/started\nexit 7\n");
     fs::permissions(application, fs::perms::owner_all);
     EXPECT_EQ(client.StartSync(), 0);
@@ -186,12 +192,27 @@ TEST_F(Client, CallsAreLoggedWithTheirSignatures) {
     client.IsLoggedIn();
     client.GetSyncFolder();
     client.StartLoginWizard();
+    client.StartSync();
+    ::wait(nullptr);
+    fs::remove_all(device.configuration());
+    EXPECT_EQ(tavro_get_book_status("/sync/a.file"), 1);
     ::unsetenv("TAVRO_LOG_LEVEL");
     const std::string log = readFile(root + "/log");
-    for (const char* text : {"bool TavroClient::IsLoggedIn() const", "Tavro IsLoggedIn called",
-                             "Tavro GetSyncFolder called", "int TavroClient::StartLoginWizard()",
-                             "Tavro StartLoginWizard called"})
-        EXPECT_NE(log.find(text), std::string::npos) << text;
+    const std::string process = "[pid:" + std::to_string(::getpid()) + "]";
+    const std::pair<const char*, std::string> calls[] = {
+        {"level 4", "bool TavroClient::IsLoggedIn() const: " + process + "Tavro IsLoggedIn called"},
+        {"level 4", "GetSyncFolder(): " + process + "Tavro GetSyncFolder called"},
+        {"level 4",
+         "int TavroClient::StartLoginWizard(): " + process + "Tavro StartLoginWizard called"},
+        {"level 4", "int TavroClient::StartSync(): " + process + "Tavro StartSync called"},
+        {"level 1", "int tavro_get_book_status(const char *): " + process +
+                        "Failed to open lock file with errno [2]"}};
+    for (const auto& [level, text] : calls) {
+        const std::size_t end = log.find(text + "\n");
+        ASSERT_NE(end, std::string::npos) << text;
+        EXPECT_EQ(log.compare(log.find(" level", log.rfind('\n', end) + 1) + 1, 7, level), 0)
+            << text;
+    }
 }
 
 // Log-out deletes: what it takes, what it spares, and when, must not change by accident.
@@ -254,12 +275,18 @@ TEST_F(Client, InfoComesFromPlaceholderOrBookMap) {
         for (const auto& [name, title] : cases)
             EXPECT_EQ(titleOf(name), title) << name;
         tavro_book_info info = {};
+        std::memset(&info, 0x5A, sizeof info);
+        const tavro_book_info before = info;
         EXPECT_EQ(tavro_get_book_info("/elsewhere/book.epub", &info), -1);
         EXPECT_EQ(tavro_get_book_info(nullptr, &info), -1);
+        EXPECT_EQ(std::memcmp(&info, &before, sizeof info), 0);
         ASSERT_EQ(tavro_get_book_info((device.syncFolder() + "/abc.file").c_str(), &info), 0);
         EXPECT_EQ(info.author + ""s + info.category_id + info.isbn, "A678C678");
-        for (void* untouched : info.reserved_9_to_21)
-            EXPECT_EQ(untouched, nullptr);
+        info.title = before.title;
+        info.author = before.author;
+        info.category_id = before.category_id;
+        info.isbn = before.isbn;
+        EXPECT_EQ(std::memcmp(&info, &before, sizeof info), 0);
     });
 }
 
@@ -297,11 +324,27 @@ TEST_F(Client, StatusTellsPendingPlaceholders) {
         ::flock(other, LOCK_UN);
         EXPECT_EQ(tavro_get_book_status(pending.c_str()), 2);
         EXPECT_EQ(::flock(other, LOCK_EX | LOCK_NB), -1);  // held until the process ends
+        EXPECT_EQ(tavro_get_book_status(pending.c_str()), 2);
+        EXPECT_EQ(::dup(0), other + 3);  // two descriptors stay open
     });
+    writeFile(list, "");
+    EXPECT_EQ(tavro_get_book_status(pending.c_str()), 1);
+    const posix::FileDescriptor empty(::open(list.c_str(), O_RDWR));
+    EXPECT_EQ(::flock(empty.get(), LOCK_EX | LOCK_NB), 0);
+    ::flock(empty.get(), LOCK_UN);
     writeFile(list, "\x02\0\0\0\xFF\xFF\xFF\xFF"s);  // a damaged list
     EXPECT_EQ(tavro_get_book_status(pending.c_str()), 1);
     fs::remove_all(device.configuration());
     EXPECT_EQ(tavro_get_book_status(pending.c_str()), 1);
+}
+
+TEST(DescComp, MalformedRecordsMatchTheEmptyKeyOnly) {
+    BookDescription book;
+    for (const std::size_t fields : {0, 11, 12, 13}) {
+        book.data.assign(fields, "7");
+        EXPECT_EQ(DescComp("7")(book), fields == 12) << fields;
+        EXPECT_EQ(DescComp("")(book), fields != 12) << fields;
+    }
 }
 
 TEST_F(Client, CoverIsTheFirstFileThatExists) {
