@@ -1,23 +1,14 @@
 // The command-line tool as a process of its own, against a running service.
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <termios.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "service.h"
-#include "support/device_root.h"
-#include "support/temporary_folder.h"
+#include "support/tavroctl_fixture.h"
+#include "support/terminal.h"
 
 using nlohmann::json;
 using tavro::service::Fault;
@@ -27,160 +18,11 @@ using testing::Not;
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-const std::string password = "correct horse";
-
-struct Outcome {
-    int status;  ///< exit status, or minus the signal that ended the program
-    std::string out;
-    std::string err;
-};
-
-int statusOf(pid_t process) {
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
-}
-
 Fault refusal(const std::string& code) {
     Fault fault;
     fault.resultCode = code;
     return fault;
 }
-
-class Tavroctl : public testing::Test {
-protected:
-    Tavroctl() : service_(optionsFor(folder_)) {}
-
-    static tavro::service::Options optionsFor(const TemporaryFolder& folder) {
-        tavro::service::Options options;
-        options.books = folder / "books";
-        writeFile(options.books / "first.txt", "The first book.\n");
-        writeFile(options.books / "second.txt", "The second book.\n");
-        return options;
-    }
-
-    static std::vector<char*> argumentsFor(Words& words) {
-        words.insert(words.begin(), TAVRO_TEST_TAVROCTL);
-        std::vector<char*> arguments;
-        for (auto& word : words)
-            arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-        return arguments;
-    }
-
-    /// Starts the tool with `input` as its standard input, writing to files of the test.
-    pid_t start(Words words, const std::string& input) const {
-        writeFile(folder_ / "in", input);
-        posix_spawn_file_actions_t streams;
-        ::posix_spawn_file_actions_init(&streams);
-        const int created = O_WRONLY | O_CREAT | O_TRUNC;
-        const std::string in = folder_ / "in", out = folder_ / "out", err = folder_ / "err";
-        ::posix_spawn_file_actions_addopen(&streams, 0, in.c_str(), O_RDONLY, 0);
-        ::posix_spawn_file_actions_addopen(&streams, 1, out.c_str(), created, 0600);
-        ::posix_spawn_file_actions_addopen(&streams, 2, err.c_str(), created, 0600);
-        pid_t process = -1;
-        EXPECT_EQ(0, ::posix_spawn(&process, TAVRO_TEST_TAVROCTL, &streams, nullptr,
-                                   argumentsFor(words).data(), environ));
-        ::posix_spawn_file_actions_destroy(&streams);
-        return process;
-    }
-
-    Outcome run(const Words& words, const std::string& input = {}) const {
-        const int status = statusOf(start(words, input));
-        return {status, readFile(folder_ / "out"), readFile(folder_ / "err")};
-    }
-
-    /// Runs a command that must succeed with nothing but one JSON document on its output.
-    json done(Words words, const std::string& input = {}) const {
-        words.push_back("--json");
-        const Outcome outcome = run(words, input);
-        EXPECT_EQ(0, outcome.status) << words[0] << ": " << outcome.err;
-        EXPECT_EQ("", outcome.err) << words[0];
-        return json::parse(outcome.out);
-    }
-
-    /// Runs a command that must fail with status 1 and returns its error line.
-    json failed(Words words, const std::string& input = {}) const {
-        words.push_back("--json");
-        const Outcome outcome = run(words, input);
-        EXPECT_EQ(1, outcome.status) << words[0];
-        return json::parse(outcome.err);
-    }
-
-    void setUpAccount() const {
-        done({"setup", "--service", service_.url(), "--email", "ada@reader.example", "--first-name",
-              "Ada", "--last-name", "Lovelace"});
-        done({"register"});
-        done({"signup", "--password-stdin"}, password + "\n");
-    }
-
-    void downloadBooks() const {
-        setUpAccount();
-        done({"login", "--password-stdin"}, password + "\n");
-        EXPECT_EQ(2, done({"sync"})["books"]);
-        done({"download", "--all"});
-    }
-
-    std::size_t requests(Operation operation) const {
-        std::size_t count = 0;
-        for (const auto& request : service_.requests())
-            count += request.operation == operation;
-        return count;
-    }
-
-    std::string book(const std::string& name) const {
-        return readFile(std::filesystem::path(root_.syncFolder()) / name);
-    }
-
-    DeviceRoot root_;
-    TemporaryFolder folder_;
-    tavro::service::Service service_;
-};
-
-/// The tool on a terminal of its own.
-class Terminal {
-public:
-    explicit Terminal(std::vector<char*> arguments)
-        : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
-        if (process_ == 0) {
-            ::execv(arguments[0], arguments.data());
-            ::_exit(127);
-        }
-    }
-    ~Terminal() { ::close(fd_); }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
-    /// Waits until the tool has written `text`.
-    void expect(const std::string& text) {
-        char bytes[256];
-        while (shown.find(text) == std::string::npos) {
-            const ssize_t size = ::read(fd_, bytes, sizeof bytes);
-            ASSERT_GT(size, 0) << "instead of " << text << " came " << shown;
-            shown.append(bytes, static_cast<std::size_t>(size));
-        }
-    }
-
-    void type(const std::string& text) const {
-        ASSERT_EQ(static_cast<ssize_t>(text.size()), ::write(fd_, text.data(), text.size()));
-    }
-
-    bool echoes() const {
-        termios settings{};
-        ::tcgetattr(fd_, &settings);
-        return (settings.c_lflag & ECHO) != 0;
-    }
-
-    int wait() const { return statusOf(process_); }
-
-    std::string shown;
-
-private:
-    int fd_ = -1;
-    pid_t process_;
-};
 
 }  // namespace
 
@@ -251,6 +93,7 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ::kill(replay, SIGINT);
     EXPECT_EQ(-SIGINT, statusOf(replay));
+    EXPECT_THAT(readFile(folder_ / "err"), HasSubstr("interrupted: 1 changes stay pending"));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
     const json journal = done({"journal"});
     ASSERT_EQ(1U, journal.size());
@@ -376,4 +219,54 @@ TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
     interrupted.type("\x03");
     EXPECT_EQ(-SIGINT, interrupted.wait());
     EXPECT_TRUE(interrupted.echoes());
+}
+
+TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
+    EXPECT_THAT(failed({"wizard"})["advice"], HasSubstr("scripts/device-root"));
+    installApplication("tavro_wizard.app", "printf 'Token? '; read token; echo \"$token\" > " +
+                                               root_.configuration() + "/.tavro_vendor_token\n");
+    Words words{"wizard"};
+    Terminal terminal(argumentsFor(words));
+    terminal.expect("Token? ");
+    terminal.type("abc\n");
+    terminal.expect("Logged in");
+    EXPECT_EQ(0, terminal.wait());
+    const Outcome scripted = run({"wizard", "--json"}, "abc\n");
+    EXPECT_EQ(true, json::parse(scripted.out)["loggedIn"]) << "the wizard's text is no result";
+    EXPECT_EQ("Token? ", scripted.err);
+
+    std::filesystem::remove(root_.configuration() + "/.tavro_vendor_token");
+    installApplication("tavro_wizard.app", "printf 'Waiting'; read token\n");
+    Words again{"wizard"};
+    Terminal interrupted(argumentsFor(again));
+    interrupted.expect("Waiting");
+    interrupted.type("\x03");
+    interrupted.expect("nobody is logged in");
+    EXPECT_EQ(1, interrupted.wait());
+}
+
+TEST_F(Tavroctl, LogOutAsksAndSparesSubfoldersAndHiddenFiles) {
+    downloadBooks();
+    for (const char* name : {"with blank.txt", ".hidden", "sub/kept.txt"})
+        writeFile(root_.syncFolder() + "/" + name, "Mine.\n");
+    const std::string hidden = deviceFile("mnt/ext1/.adobe-hidden-files");
+    writeFile(hidden + "/key", "");
+
+    Words words{"logout"};
+    Terminal refused(argumentsFor(words));
+    refused.expect("3 files directly in the download folder " + root_.syncFolder());
+    refused.expect("Log out? [y/N] ");
+    refused.type("\n");
+    refused.expect("nothing was changed");
+    EXPECT_EQ(1, refused.wait());
+    EXPECT_EQ("The first book.\n", book("first.txt"));
+    EXPECT_EQ(true, done({"status"})["loggedIn"]);
+
+    const json report = done({"logout", "--yes"});
+    EXPECT_EQ(3, report["removed"]);
+    EXPECT_EQ(json({".hidden", "sub"}), report["left"]);
+    EXPECT_EQ("Mine.\n", book("sub/kept.txt"));
+    EXPECT_FALSE(std::filesystem::exists(root_.configuration()));
+    EXPECT_FALSE(std::filesystem::exists(hidden));
+    EXPECT_EQ(false, done({"status"})["configured"]);
 }

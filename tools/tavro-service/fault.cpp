@@ -21,7 +21,8 @@ struct Setting {
     std::string value;
 
     std::invalid_argument wrong(const std::string& wanted) const {
-        return std::invalid_argument("fault: \"" + key + "=" + value + "\": " + wanted);
+        return std::invalid_argument("the fault \"" + key + "=" + value +
+                                     "\" cannot be: " + wanted);
     }
 
     int number(int lowest, int highest) const {
@@ -66,17 +67,21 @@ void set(Fault& fault, const Setting& setting) {
     };
     const auto setter = setters.find(setting.key);
     if (setter == setters.end())
-        throw std::invalid_argument("fault: unknown key \"" + setting.key + "\"");
+        throw std::invalid_argument("a fault has no key \"" + setting.key + "\"");
     setter->second(fault, setting);
+}
+
+std::string operationNames() {
+    std::string names;
+    for (const Operation operation : all_operations)
+        names += std::string(names.empty() ? "" : ", ") + name(operation);
+    return names;
 }
 
 Operation toOperation(const std::string& text) {
     if (const auto operation = operationNamed(text))
         return *operation;
-    std::string known;
-    for (const Operation operation : all_operations)
-        known += std::string(known.empty() ? "" : ", ") + name(operation);
-    throw std::invalid_argument("fault: unknown operation \"" + text + "\"; there are " + known);
+    throw std::invalid_argument("there is no operation \"" + text + "\", only " + operationNames());
 }
 
 /// The bytes of the file that a "body-file" names.
@@ -103,15 +108,16 @@ std::vector<std::string> split(const std::string& text) {
 NamedFault parseFault(const std::string& text) {
     const std::size_t colon = text.find(':');
     if (colon == std::string::npos)
-        throw std::invalid_argument("fault: \"" + text + "\": OPERATION:key=value,... is wanted");
+        throw std::invalid_argument("\"" + text +
+                                    "\" is no fault: OPERATION:key=value,... is wanted");
     return parseFault(text.substr(0, colon), split(text.substr(colon + 1)));
 }
 
 NamedFault parseFault(const std::string& operation, const std::vector<std::string>& settings) {
     NamedFault fault{toOperation(operation), {}};
     if (settings.empty())
-        throw std::invalid_argument("fault: " + operation +
-                                    ": say what is to happen, as code=2001");
+        throw std::invalid_argument("a fault of " + operation +
+                                    " needs a key: say what is to happen, as code=2001");
     for (const std::string& text : settings) {
         const std::size_t equals = std::min(text.find('='), text.size());
         const std::size_t value = std::min(equals + 1, text.size());
@@ -150,7 +156,7 @@ std::string faultToJson(const NamedFault& named) {
 NamedFault faultFromJson(const std::string& text) {
     const auto json = nlohmann::json::parse(text, nullptr, false);
     if (!json.is_object() || !json.contains("operation") || !json["operation"].is_string())
-        throw std::invalid_argument("fault: a JSON object with an \"operation\" is wanted");
+        throw std::invalid_argument("a JSON object with an \"operation\" is wanted");
     NamedFault fault{toOperation(json["operation"]), {}};
     for (const auto& [key, value] : json.items()) {
         if (key != "operation")
@@ -159,8 +165,9 @@ NamedFault faultFromJson(const std::string& text) {
     return fault;
 }
 
-const char* faultHelp() {
-    return "Keys of a fault:\n"
+std::string faultHelp() {
+    return "Operations: " + operationNames() +
+           "\nKeys of a fault:\n"
            "  delay=MS          wait before the answer\n"
            "  code=CODE         answer with this result code; nothing is done unless it is a "
            "success\n"

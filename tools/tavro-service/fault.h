@@ -48,8 +48,8 @@ std::string faultToJson(const NamedFault& fault);
 /// whoever speaks to a running service must not make it read files.
 NamedFault faultFromJson(const std::string& json);
 
-/// Lines that explain the keys, for help texts.
-const char* faultHelp();
+/// Lines that explain operations and keys, for help texts.
+std::string faultHelp();
 
 /// The faults that wait for their requests. Every function may be called from any thread.
 class FaultQueue {

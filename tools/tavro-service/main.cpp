@@ -187,7 +187,7 @@ int run(int argc, char** argv) {
     const CLI::App* const fault_command = addFaultCommand(app, fault_arguments);
     app.set_version_flag("--version", "tavro-service " TAVRO_VERSION);
     app.require_subcommand(0, 1);
-    app.footer(examples + std::string(faultHelp()));
+    app.footer(examples + faultHelp());
     try {
         app.parse(argc, argv);
         checkArguments(serve_arguments);

@@ -35,7 +35,8 @@ constexpr std::size_t remembered_requests = 1000;
 
 const fs::path& checkedFolder(const fs::path& books) {
     if (!books.empty() && !fs::is_directory(books))
-        throw std::runtime_error("the folder of the books does not exist: " + books.string());
+        throw std::runtime_error(books.string() +
+                                 " is no folder; --books wants the folder of the books");
     return books;
 }
 
@@ -339,7 +340,10 @@ void Service::Implementation::addFault(const std::string& body, httplib::Respons
 }
 
 std::string Service::Implementation::statusOfService() {
-    nlohmann::ordered_json json = {{"books", books().size()}, {"requests", requests().size()}};
+    const auto items = books();
+    const auto present =
+        std::count_if(items.begin(), items.end(), [](const Book& book) { return !book.deleted; });
+    nlohmann::ordered_json json = {{"books", present}, {"requests", requests().size()}};
     json["faults"] = nlohmann::json::array();
     for (const NamedFault& fault : faults_.pending())
         json["faults"].push_back(nlohmann::ordered_json::parse(faultToJson(fault)));

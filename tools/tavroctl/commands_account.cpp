@@ -8,7 +8,8 @@ namespace {
 
 void requireEmail(const Account& account) {
     if (account.isConfigured() && account.value("Email").empty())
-        throw Failure("no e-mail address is configured", "run 'tavroctl setup --email ADDRESS' first");
+        throw Failure("no e-mail address is configured",
+                      "run 'tavroctl setup --email ADDRESS' first");
 }
 
 }  // namespace
@@ -58,7 +59,23 @@ void shop(const Arguments& arguments, const Output& output) {
     output.summary({{"name", shop.name}, {"url", shop.url}, {"terms", shop.terms}});
 }
 
+std::string missingStep(const Account& account) {
+    if (!account.isConfigured())
+        return "tavroctl setup";
+    if (!account.isRegistered())
+        return "tavroctl register";
+    return account.isLoggedIn() ? "" : "tavroctl login";
+}
+
+std::string serviceUrl() {
+    const std::size_t scheme = TavroServer::baseApiUrl.find("://");
+    return (scheme == std::string::npos ? "http" : TavroServer::baseApiUrl.substr(0, scheme)) +
+           "://" + apiAddress();
+}
+
 void status(const Arguments& arguments, const Output& output) {
+    if (!arguments.file.empty())
+        return fileStatus(arguments, output);
     const Account account(arguments.folder);
     const TavroServer reader("");  // loads the service's address
     const bool configured = account.isConfigured();
@@ -75,19 +92,18 @@ void status(const Arguments& arguments, const Output& output) {
         }
     }
     const std::size_t pending = pendingChanges(account).size();
+    const std::string step = missingStep(account);
     output.summary({{"configuration", account.folder()},
                     {"configured", configured},
                     {"email", account.value("Email")},
                     {"downloadFolder", account.downloadFolder()},
-                    {"service", apiAddress()},
+                    {"service", serviceUrl()},
                     {"registered", registered},
                     {"loggedIn", loggedIn},
                     {"books", books},
                     {"downloaded", books - missing},
                     {"pending", pending},
-                    {"next", !configured   ? "tavroctl setup"
-                             : !registered ? "tavroctl register"
-                             : !loggedIn   ? "tavroctl login"
+                    {"next", !step.empty() ? step
                              : pending > 0 ? "tavroctl replay"
                              : books == 0  ? "tavroctl sync"
                              : missing > 0 ? "tavroctl download --all"

@@ -92,6 +92,8 @@ std::vector<BookDescription> wanted(const Arguments& arguments, const Account& a
 }  // namespace
 
 void sync(const Arguments& arguments, const Output& output) {
+    if (arguments.background)
+        return syncInBackground(arguments, output);
     const Account account(arguments.folder);
     const auto session = openSession(account, Need::Session);
     const AccountLock lock(account);
@@ -140,10 +142,11 @@ void download(const Arguments& arguments, const Output& output) {
     downloadEach(*session, account, output, books, report);
     output.result(report.json, report.table, "There are no books to download. Next: tavroctl sync");
     if (report.failures > 0)
-        throw Failure(std::to_string(report.failures) + " of " + std::to_string(books.size()) +
-                          " downloads failed",
-                      "run the same command again; 'tavroctl sync' tells whether service and session "
-                      "are alive, --trace shows the exchange");
+        throw Failure(
+            std::to_string(report.failures) + " of " + std::to_string(books.size()) +
+                " downloads failed",
+            "run the same command again; 'tavroctl sync' tells whether service and session "
+            "are alive, --trace shows the exchange");
 }
 
 void showMap(const Arguments& arguments, const Output& output) {
@@ -155,7 +158,10 @@ void showMap(const Arguments& arguments, const Output& output) {
         json.push_back({{"file", name}, {"item", item}, {"present", present}});
         table.rows.push_back({name, std::to_string(item), present ? "present" : "missing"});
     }
-    output.result(json, table, "No files are mapped yet. Next: tavroctl download --all");
+    const std::string step = missingStep(account);
+    output.result(
+        json, table,
+        "No files are mapped yet. Next: " + (step.empty() ? "tavroctl download --all" : step));
 }
 
 }  // namespace reader

@@ -16,7 +16,8 @@ namespace {
 std::string mappedName(const Account& account, const std::string& path) {
     std::string name = fs::path(path).filename();
     if (mappedFiles(account).count(name) == 0)
-        throw Failure("the book map does not know " + path, "name one of the files of 'tavroctl map'");
+        throw Failure("the book map does not know " + path,
+                      "name one of the files of 'tavroctl map'");
     return name;
 }
 
@@ -43,8 +44,9 @@ std::string broughtIntoFolder(const Account& account, const fs::path& path,
         if (fs::equivalent(source, target))
             return name;
         if (name != oldName)
-            throw Failure(target.string() + " is there already and is another file",
-                          "choose another name for the new file, or give that path to use the file there");
+            throw Failure(
+                target.string() + " is there already and is another file",
+                "choose another name for the new file, or give that path to use the file there");
     }
     copyAtomically(source, target);
     return name;
@@ -68,8 +70,9 @@ void addRows(Table& table, const std::vector<SyncJournal::Record>& changes, cons
 
 /// Why the last upload of `session` failed, with what that means for the journal.
 Failure uploadFailure(const Tavro& session, const std::string& what) {
-    return serviceFailure(*session.server, what, uploadAddress(),
-                          "run 'tavroctl replay' later, or 'tavroctl login' if the session has ended");
+    return serviceFailure(
+        *session.server, what, uploadAddress(),
+        "run 'tavroctl replay' later, or 'tavroctl login' if the session has ended");
 }
 
 }  // namespace
@@ -97,7 +100,12 @@ void replay(const Arguments& arguments, const Output& output) {
     const AccountLock lock(account);
     const auto result = [&] {
         const RetryPauses pauses(output);
-        return replayChanges(*session, account);
+        auto done = replayChanges(*session, account);
+        if (pauses.areInterrupted())  // the signal ends the program when `pauses` goes
+            output.error(Failure(
+                "interrupted: " + std::to_string(done.kept.size()) + " changes stay pending",
+                "run 'tavroctl replay' again"));
+        return done;
     }();
     Table table{{"OLD", "NEW", "RESULT"}, {}};
     addRows(table, result.uploaded, "uploaded");

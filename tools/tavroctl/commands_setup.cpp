@@ -30,8 +30,18 @@ std::string newSerialNumber() {
 fs::path defaultDownloadFolder(const Account& account) {
     const fs::path standard = device_paths::configuration_folder;
     if (account.folder() != standard)
-        return fs::absolute(account.folder()) / "books";
+        return fs::path(account.folder()) / "books";
     return standard.parent_path().parent_path().parent_path() / "Tavro";
+}
+
+/// Full path of the download folder `folder`. Throws WrongUse when log-out could not delete it.
+std::string plainFolder(const std::string& folder) {
+    std::string path = fs::absolute(folder).lexically_normal();
+    if (!isPlainWord(path))
+        throw WrongUse("'" + path +
+                       "' is no folder for books: log-out gives its path to the shell as it is, so "
+                       "it may hold letters, digits and _./+@:,=- only");
+    return path;
 }
 
 /// The values to write: those given, and a default for each required one that is missing.
@@ -39,7 +49,7 @@ Settings completed(const Account& account, const Settings& given) {
     Settings settings;
     for (const auto& [key, value] : given)
         if (!value.empty())
-            settings[key] = key == "DownloadFolderPath" ? fs::absolute(value).string() : value;
+            settings[key] = key == "DownloadFolderPath" ? plainFolder(value) : value;
     const Settings defaults{{"SerialNumber", newSerialNumber()},
                             {"ConsumerID", "tavro-desktop"},
                             {"ConsumerPassword", "tavro-desktop"},
@@ -85,13 +95,14 @@ void storeServerSettings(const Settings& settings) {
 
 void setUp(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
+    const Settings settings = completed(account, arguments.settings);
     if (!arguments.service.empty())
         storeServerSettings(serverSettings(arguments.service));
     const TavroServer reader("");  // loads the address for the report below
 
     fs::create_directories(account.folder());
     const std::string formerEmail = account.value("Email");
-    account.store(completed(account, arguments.settings));
+    account.store(settings);
     if (account.value("Email") != formerEmail)
         account.forgetSession();
     fs::create_directories(account.downloadFolder());
@@ -100,7 +111,7 @@ void setUp(const Arguments& arguments, const Output& output) {
                     {"downloadFolder", account.downloadFolder()},
                     {"serialNumber", account.value("SerialNumber")},
                     {"email", account.value("Email")},
-                    {"service", apiAddress()}});
+                    {"service", serviceUrl()}});
 }
 
 }  // namespace reader

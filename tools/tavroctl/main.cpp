@@ -1,7 +1,10 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
+#include <optional>
 
 #include "commands.h"
 #include "operations.h"
@@ -35,17 +38,39 @@ public:
             "Exit status: 0 done, 1 failed, 2 wrong use. A first run:\n"
             "  tavroctl setup --service http://127.0.0.1:8080 --email ada@reader.example\n"
             "  tavroctl register; tavroctl signup; tavroctl login\n"
-            "  tavroctl sync; tavroctl books; tavroctl download --all");
+            "  tavroctl sync; tavroctl books; tavroctl download --all\n"
+            "As the library browser sees a book (FILE: a name in the download folder, or a path):\n"
+            "  tavroctl status FILE; tavroctl info FILE; tavroctl cover FILE --ascii");
         addAccountCommands();
         addBookCommands();
+        addBrowserCommands();
         addChangeCommands();
     }
 
-    void parse(int count, char** values) { app_.parse(count, values); }
+    void parse(int count, char** values) {
+        // The parser sets nothing before all is right, but errors have to know.
+        arguments.json = std::find(values, values + count, std::string("--json")) != values + count;
+        app_.parse(count, values);
+        if (arguments.folder != device_paths::configuration_folder)
+            arguments.folder = std::filesystem::absolute(arguments.folder).lexically_normal();
+    }
 
     /// Prints what `error` has to say (help and version are such, too). @return the exit status.
     int report(const CLI::ParseError& error) const {
-        return app_.exit(error) == 0 ? 0 : exit_wrong_use;
+        if (error.get_exit_code() == 0)
+            return app_.exit(error);
+        const std::vector<std::string> rest = app_.remaining();
+        const bool unknown = app_.get_subcommands().empty() && !rest.empty() && rest[0][0] != '-';
+        reportWrongUse(unknown ? "there is no command '" + rest[0] + "'" : error.what());
+        return exit_wrong_use;
+    }
+
+    /// Tells that the command line is wrong, and where the right one is explained.
+    void reportWrongUse(const std::string& what) const {
+        const auto chosen = app_.get_subcommands();
+        const std::string name = chosen.empty() ? "" : chosen[0]->get_name() + " ";
+        Output("tavroctl", arguments.json)
+            .error(reader::Failure(what, "see 'tavroctl " + name + "--help'"));
     }
 
     Arguments arguments;
@@ -60,8 +85,15 @@ private:
     }
 
     void addSetting(CLI::App* setup, const char* option, const char* key, const char* description) {
-        setup->add_option(option, arguments.settings[key], description)
-            ->check(CLI::Validator(reader::whyUnsendable, "TEXT"));
+        addSendable(setup, option, arguments.settings[key], description);
+    }
+
+    /// Adds an option whose text goes to the service.
+    static void addSendable(CLI::App* subcommand, const char* option, std::string& text,
+                            const char* description) {
+        subcommand->add_option(option, text, description)
+            ->check(CLI::Validator(reader::whyUnsendable, ""))
+            ->option_text("TEXT");
     }
 
     void addAccountCommands() {
@@ -84,11 +116,14 @@ private:
                               "signup", reader::signUp));
         addPasswordOption(add("login", "Log in and keep the session for later commands",
                               "login --password-stdin < password.txt", reader::logInCommand));
-        add("remind", "Have a password reminder sent", "remind ada@reader.example", reader::remind)
-            ->add_option("EMAIL", arguments.email, "Address (default: the configured one)")
-            ->check(CLI::Validator(reader::whyUnsendable, "TEXT"));
+        addSendable(add("remind", "Have a password reminder sent", "remind ada@reader.example",
+                        reader::remind),
+                    "EMAIL", arguments.email, "Address (default: the configured one)");
         add("shop", "Show the shop's details", "shop", reader::shop);
-        add("status", "Show where things stand", "status --json", reader::status);
+        add("wizard", "Log in with the device's login wizard", "wizard", reader::wizard);
+        add("logout", "Remove all local state of the account and its books", "logout",
+            reader::logOut)
+            ->add_flag("--yes", arguments.yes, "Without asking first");
     }
 
     void addPasswordOption(CLI::App* subcommand) {
@@ -97,12 +132,39 @@ private:
     }
 
     void addBookCommands() {
-        add("sync", "Fetch the catalogue", "sync", reader::sync);
+        add("sync", "Fetch the catalogue", "sync --background", reader::sync)
+            ->add_flag("--background", arguments.background,
+                       "Start the device's synchronisation application instead: all in one round");
         add("books", "List the books of the catalogue", "books", reader::listBooks);
         auto* download = add("download", "Download books", "download --all", reader::download);
         download->add_option("ITEM", arguments.items, "Item IDs, also of books that are there");
         download->add_flag("--all", arguments.all, "All books that are not there yet");
         add("map", "Show which file belongs to which item", "map", reader::showMap);
+    }
+
+    CLI::Option* addFile(CLI::App* subcommand, const char* description) {
+        const auto reason = [](const std::string& text) { return text.empty() ? "is empty" : ""; };
+        return subcommand->add_option("FILE", arguments.file, description)
+            ->check(CLI::Validator(reason, ""));
+    }
+
+    void addBrowserCommands() {
+        constexpr const char* file = "A name in the download folder, or a path with a \"/\"";
+        addFile(add("status", "Show where things stand, or whether a file is present or pending",
+                    "status novel.epub", reader::status),
+                file);
+        addFile(add("info", "Show what the library browser learns about a book", "info novel.epub",
+                    reader::info),
+                file)
+            ->required();
+        auto* cover = add("cover", "Show or save a book's cover",
+                          "cover novel.epub --output cover.png", reader::cover);
+        addFile(cover, file)->required();
+        cover->add_option("--size", arguments.size, "Pixels at most, each from 1 to 8192")
+            ->option_text("WxH [300x400]");
+        cover->add_option("--output", arguments.outputFile, "Write it as a grey PNG")
+            ->option_text("FILE.png");
+        cover->add_flag("--ascii", arguments.ascii, "Print it as a picture of characters");
     }
 
     void addChangeCommands() {
@@ -122,11 +184,13 @@ private:
 int run(const CommandLine& commandLine) {
     const Output output("tavroctl", commandLine.arguments.json);
     try {
-        const reader::QuietLibrary quiet(output, commandLine.arguments.trace);
+        std::optional<reader::QuietLibrary> quiet;
+        if (commandLine.command != reader::wizard)
+            quiet.emplace(output, commandLine.arguments.trace);
         commandLine.command(commandLine.arguments, output);
         return 0;
     } catch (const reader::WrongUse& wrongUse) {
-        output.error(reader::Failure(wrongUse.what(), "the same command with --help"));
+        commandLine.reportWrongUse(wrongUse.what());
         return exit_wrong_use;
     } catch (const reader::Failure& failure) {
         output.error(failure);

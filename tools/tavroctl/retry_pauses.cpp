@@ -62,6 +62,10 @@ RetryPauses::RetryPauses(const Output& output) {
     countdown = &output;
 }
 
+bool RetryPauses::areInterrupted() const {
+    return isInterrupted();
+}
+
 RetryPauses::~RetryPauses() {
     countdown = nullptr;
     ::sigprocmask(SIG_SETMASK, &previous_, nullptr);

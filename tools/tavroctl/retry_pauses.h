@@ -18,6 +18,9 @@ public:
     RetryPauses(const RetryPauses&) = delete;
     RetryPauses& operator=(const RetryPauses&) = delete;
 
+    /// Whether a signal waits that will take effect when the object goes.
+    bool areInterrupted() const;
+
 private:
     sigset_t previous_;
 };

@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -38,6 +39,8 @@ std::size_t width(const std::string& text) {
 
 /// The member name `name` as words: "Download folder" for "downloadFolder".
 std::string label(const std::string& name) {
+    if (name == "url" || name == "isbn")
+        return name == "url" ? "URL" : "ISBN";
     std::string words;
     for (const char letter : name) {
         const auto code = static_cast<unsigned char>(letter);
@@ -144,6 +147,12 @@ void Output::prompt(const std::string& text) const {
 void Output::transient(const std::string& text) const {
     if (hasTerminal())
         writeAll(error_.get(), "\r\x1B[K" + displayable(text));
+}
+
+unsigned Output::columns(unsigned otherwise) const {
+    winsize size{};
+    const bool known = ::ioctl(output_.get(), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : otherwise;
 }
 
 bool Output::hasTerminal() const {

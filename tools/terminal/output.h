@@ -57,6 +57,9 @@ public:
     /// Whether `transient` shows anything.
     bool hasTerminal() const;
 
+    /// Columns of the terminal on standard output; `otherwise` when it is none.
+    unsigned columns(unsigned otherwise) const;
+
     int standardOutput() const { return output_.get(); }
     int standardError() const { return error_.get(); }
 

@@ -1,0 +1,87 @@
+// Where the library looks on a device. It also runs against the shipped configuration, whose paths
+// are the device's own: nothing that it asks for here reaches the system.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <lectern.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "tavro_client.h"
+#include "tavro_entry_points.h"
+#include "tavroserver.h"
+
+namespace {
+
+std::vector<std::string> asked;
+
+int refuse(const char* path) {
+    asked.emplace_back(path);
+    errno = ENOENT;
+    return -1;
+}
+
+}  // namespace
+
+// These stand before the system's and the platform's.
+
+extern "C" int system(const char* command) {
+    return refuse(command);
+}
+
+extern "C" int open(const char* path, int, ...) {
+    return refuse(path);
+}
+
+extern "C" int stat(const char* path, struct stat*) noexcept {
+    return refuse(path);
+}
+
+extern "C" int execl(const char* path, const char*, ...) noexcept {
+    refuse(path);
+    ::_exit(asked.back() == TAVRO_TEST_DEVICE_ROOT "/ebrmain/bin/tavro_sync.app" ? 0 : 1);
+}
+
+extern "C" int OpenBook(const char* path, const char*, int) {
+    return refuse(path);
+}
+
+extern "C" int SendEventTo(int, int, int, int) {
+    return 0;
+}
+
+extern "C" LecternConfig* OpenConfig(const char* path, const void*) {
+    refuse(path);
+    return nullptr;
+}
+
+TEST(FixedPaths, AreTheDevicesOwnBelowTheDeviceRoot) {
+    const std::string root = TAVRO_TEST_DEVICE_ROOT;
+    const std::string config = root + "/mnt/ext1/system/config/tavro";
+    ::setenv("TAVRO_PARTNER", "16", 1);
+    TavroClient client;
+    EXPECT_EQ(client.GetProfile(), config);
+    client.IsLoggedIn();
+    client.StartLoginWizard();
+    tavro_get_book_status("/a.file");
+    const TavroServer server("");
+    client.LogOut();
+    EXPECT_THAT(
+        asked, testing::ElementsAre(
+                   config + "/.tavro_vendor_token", root + "/ebrmain/bin/tavro_wizard.app",
+                   config + "/.files_to_download",
+                   root + "/mnt/ext1/system/config/server_connection_data.cfg",
+                   config + "/.tavro.conf", testing::_, config + "/.tavro.conf", "rm -rf " + config,
+                   "rm -rf " + root + "/mnt/ext1/.adobe-hidden-files", "killall browser.app"));
+
+    client.StartSync();
+    int status = -1;
+    ::wait(&status);
+    EXPECT_EQ(status, 0);
+}
