@@ -42,7 +42,7 @@ BookDetails readPlainFictionBook(const fs::path& path) {
     const auto size = fs::file_size(path, unknown);
     if (unknown || size > largest_part)
         throw BookError("is too large or cannot be read");
-    return readFictionBook(readStart(path, size));
+    return readFictionBook(readStart(path, static_cast<std::size_t>(size)));
 }
 
 BookDetails readZippedFictionBook(const fs::path& path) {
