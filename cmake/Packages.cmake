@@ -26,21 +26,23 @@ set(CPACK_INSTALL_PREFIX /usr)
 # 3. What each is. On a device (an empty device root) the applications and the platform libraries
 #    are the device's own, and so there is no desktop package.
 set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each description has its own first line
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtavro)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "client library of the Tavro cloud book service
- Connects an e-book reader to the service: registers the device, logs in,
- fetches the catalogue, downloads books and sends changed ones back.
- .
- The library needs the two platform libraries of the reader. A desktop has
- stand-ins of them in the package tavro-desktop.")
+Connects an e-book reader to the service: registers the device, logs in,
+fetches the catalogue, downloads books and sends changed ones back.
+
+The library needs the two platform libraries of the reader. A desktop has
+stand-ins of them in the package tavro-desktop.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtavro-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libtavro (= ${PROJECT_VERSION}), libcurl4-openssl-dev | libcurl-dev, libexpat1-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "client library of the Tavro cloud book service (headers)
- What applications of the library are built with: its headers, a CMake
- package and a file for pkg-config.")
+What applications of the library are built with: its headers, a CMake
+package and a file for pkg-config.")
 if(CMAKE_CROSSCOMPILING)  # whose libraries this machine's package system does not know
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS
         "libc6, libcurl4, libexpat1, libgcc-s1, libstdc++6")
@@ -57,12 +59,12 @@ if(TAVRO_DEVICE_ROOT_PREFIX AND TARGET tavroctl)
     set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "libtavro (= ${PROJECT_VERSION})")
     set(CPACK_DEBIAN_DESKTOP_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_DESKTOP_DESCRIPTION "Tavro cloud book service on a desktop
- A local service for books of your own, the command-line tool tavroctl, the
- reader's synchronisation and login applications, and stand-ins of the
- reader's platform libraries.
- .
- The programs work on one device, below ${TAVRO_DEVICE_ROOT_PREFIX}.
- It is the administrator's until handed over; see tavroctl(1).")
+A local service for books of your own, the command-line tool tavroctl, the
+reader's synchronisation and login applications, and stand-ins of the
+reader's platform libraries.
+
+The programs work on one device, below ${TAVRO_DEVICE_ROOT_PREFIX}.
+It is the administrator's until handed over; see tavroctl(1).")
     foreach(script postinst postrm)
         configure_file(packaging/${script}.in package/${script} @ONLY
             FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
