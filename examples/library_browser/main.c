@@ -1,6 +1,6 @@
 /* Lists the books of a sync folder as a library browser shows them: state, title, author, cover. */
 
-#define _POSIX_C_SOURCE 200809L
+#define _XOPEN_SOURCE 700
 
 #include <dirent.h>
 #include <errno.h>
@@ -89,13 +89,12 @@ static int showFolder(const char* folder) {
 }
 
 int main(int count, char** values) {
-    char* folder = NULL;
-    int result = 0;
     if (count != 2) {
         fputs("Usage: library_browser SYNC-FOLDER\n", stderr);
         return 2;
     }
-    folder = realpath(values[1], NULL); /* the library wants full paths */
+    char* const folder = realpath(values[1], NULL); /* the library wants full paths */
+    int result = 0;
     if (folder == NULL || showFolder(folder) != 0) {
         fprintf(stderr, "library_browser: %s: %s\n", values[1], strerror(errno));
         result = EXIT_FAILURE;

@@ -29,8 +29,8 @@ int downloadMissing(Tavro& session) {
     const std::map<int, std::string> present = session.GetBooksIds();
     for (const BookDescription& book : session.getAddedBooks()) {
         const std::string& title = book.field(BookDescription::Title);
-        const int item = std::atoi(book.field(BookDescription::ItemID).c_str());
-        if (present.count(item) != 0) {
+        const std::string& item = book.field(BookDescription::ItemID);
+        if (present.count(static_cast<int>(std::strtol(item.c_str(), nullptr, 10))) != 0) {
             std::cout << "present     " << title << "\n";
             continue;
         }
