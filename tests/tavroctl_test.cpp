@@ -1,10 +1,6 @@
 // The command-line tool as a process of its own, against a running service.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <termios.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
@@ -12,6 +8,7 @@
 #include <thread>
 
 #include "support/tavroctl_fixture.h"
+#include "support/terminal.h"
 
 using nlohmann::json;
 using tavro::service::Fault;
@@ -26,49 +23,6 @@ Fault refusal(const std::string& code) {
     fault.resultCode = code;
     return fault;
 }
-
-/// The tool on a terminal of its own.
-class Terminal {
-public:
-    explicit Terminal(std::vector<char*> arguments)
-        : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
-        if (process_ == 0) {
-            ::execv(arguments[0], arguments.data());
-            ::_exit(127);
-        }
-    }
-    ~Terminal() { ::close(fd_); }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
-    /// Waits until the tool has written `text`.
-    void expect(const std::string& text) {
-        char bytes[256];
-        while (shown.find(text) == std::string::npos) {
-            const ssize_t size = ::read(fd_, bytes, sizeof bytes);
-            ASSERT_GT(size, 0) << "instead of " << text << " came " << shown;
-            shown.append(bytes, static_cast<std::size_t>(size));
-        }
-    }
-
-    void type(const std::string& text) const {
-        ASSERT_EQ(static_cast<ssize_t>(text.size()), ::write(fd_, text.data(), text.size()));
-    }
-
-    bool echoes() const {
-        termios settings{};
-        ::tcgetattr(fd_, &settings);
-        return (settings.c_lflag & ECHO) != 0;
-    }
-
-    int wait() const { return statusOf(process_); }
-
-    std::string shown;
-
-private:
-    int fd_ = -1;
-    pid_t process_;
-};
 
 }  // namespace
 
@@ -265,4 +219,54 @@ TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
     interrupted.type("\x03");
     EXPECT_EQ(-SIGINT, interrupted.wait());
     EXPECT_TRUE(interrupted.echoes());
+}
+
+TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
+    EXPECT_THAT(failed({"wizard"})["advice"], HasSubstr("scripts/device-root"));
+    installApplication("tavro_wizard.app", "printf 'Token? '; read token; echo \"$token\" > " +
+                                               root_.configuration() + "/.tavro_vendor_token\n");
+    Words words{"wizard"};
+    Terminal terminal(argumentsFor(words));
+    terminal.expect("Token? ");
+    terminal.type("abc\n");
+    terminal.expect("Logged in");
+    EXPECT_EQ(0, terminal.wait());
+    const Outcome scripted = run({"wizard", "--json"}, "abc\n");
+    EXPECT_EQ(true, json::parse(scripted.out)["loggedIn"]) << "the wizard's text is no result";
+    EXPECT_EQ("Token? ", scripted.err);
+
+    std::filesystem::remove(root_.configuration() + "/.tavro_vendor_token");
+    installApplication("tavro_wizard.app", "printf 'Waiting'; read token\n");
+    Words again{"wizard"};
+    Terminal interrupted(argumentsFor(again));
+    interrupted.expect("Waiting");
+    interrupted.type("\x03");
+    interrupted.expect("nobody is logged in");
+    EXPECT_EQ(1, interrupted.wait());
+}
+
+TEST_F(Tavroctl, LogOutAsksAndSparesSubfoldersAndHiddenFiles) {
+    downloadBooks();
+    for (const char* name : {"with blank.txt", ".hidden", "sub/kept.txt"})
+        writeFile(root_.syncFolder() + "/" + name, "Mine.\n");
+    const std::string hidden = deviceFile("mnt/ext1/.adobe-hidden-files");
+    writeFile(hidden + "/key", "");
+
+    Words words{"logout"};
+    Terminal refused(argumentsFor(words));
+    refused.expect("3 files directly in the download folder " + root_.syncFolder());
+    refused.expect("Log out? [y/N] ");
+    refused.type("\n");
+    refused.expect("nothing was changed");
+    EXPECT_EQ(1, refused.wait());
+    EXPECT_EQ("The first book.\n", book("first.txt"));
+    EXPECT_EQ(true, done({"status"})["loggedIn"]);
+
+    const json report = done({"logout", "--yes"});
+    EXPECT_EQ(3, report["removed"]);
+    EXPECT_EQ(json({".hidden", "sub"}), report["left"]);
+    EXPECT_EQ("Mine.\n", book("sub/kept.txt"));
+    EXPECT_FALSE(std::filesystem::exists(root_.configuration()));
+    EXPECT_FALSE(std::filesystem::exists(hidden));
+    EXPECT_EQ(false, done({"status"})["configured"]);
 }

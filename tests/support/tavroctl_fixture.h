@@ -107,6 +107,18 @@ protected:
         done({"download", "--all"});
     }
 
+    /// Puts the shell script `text` where the library starts the application `name`.
+    static void installApplication(const std::string& name, const std::string& text) {
+        const std::filesystem::path path = deviceFile("ebrmain/bin/" + name);
+        writeFile(path, "#!/bin/sh\n" + text);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    }
+
+    /// Full path of the device's file `path`.
+    static std::string deviceFile(const std::string& path) {
+        return std::string(TAVRO_TEST_DEVICE_ROOT) + "/" + path;
+    }
+
     std::size_t requests(tavro::service::Operation operation) const {
         std::size_t count = 0;
         for (const auto& request : service_.requests())

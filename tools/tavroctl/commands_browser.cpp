@@ -121,7 +121,7 @@ void cover(const Arguments& arguments, const Output& output) {
         static_cast<LecternBitmap*>(tavro_get_book_cover(path.c_str(), width, height)));
     if (!bitmap)
         throw Failure("there is no readable cover for " + path,
-                      "run 'tavroctl sync --background', which fetches the covers");
+                      "run 'tavroctl sync --background', which fetches the covers that there are");
     if (!arguments.outputFile.empty())
         writeAtomically(arguments.outputFile, asPng(*bitmap));
     Json json{{"file", path},

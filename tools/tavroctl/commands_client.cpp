@@ -102,6 +102,17 @@ void logOutNow(const Account& account) {
     TavroClient().LogOut();
 }
 
+/// Sees that log-out has removed what it should, with the books out of `folder`. Throws Failure.
+void requireGone(const Account& account, const std::string& folder) {
+    std::error_code missing;
+    if (fs::exists(account.folder(), missing))
+        throw Failure("the configuration folder " + account.folder() + " is still there",
+                      "check its permissions and run the same command again");
+    if (const std::size_t undeleted = namesIn(folder, goesAtLogOut).size(); undeleted > 0)
+        throw Failure(std::to_string(undeleted) + " files are still in " + folder,
+                      "check its permissions and remove them");
+}
+
 }  // namespace
 
 void requireDevicesFolder(const Arguments& arguments) {
@@ -159,21 +170,16 @@ void logOut(const Arguments& arguments, const Output& output) {
     if (!arguments.yes)
         confirmLogOut(output, whatGoes(account, files));
     logOutNow(account);
+    requireGone(account, folder);
 
-    std::error_code missing;
-    if (fs::exists(account.folder(), missing))
-        throw Failure("the configuration folder " + account.folder() + " is still there",
-                      "check its permissions and run the same command again");
-    if (const std::size_t undeleted = namesIn(folder, goesAtLogOut).size(); undeleted > 0)
-        throw Failure(std::to_string(undeleted) + " files are still in " + folder,
-                      "check its permissions and remove them");
     const auto left = namesIn(folder, [](const auto&) { return true; });
+    const std::string rest =
+        left.empty() ? "nothing" : std::to_string(left.size()) + " subfolders and hidden files";
     output.result({{"loggedOut", true}, {"removed", files}, {"left", left}},
-                  "Logged out. The account is gone, and " + std::to_string(files) + " files. " +
-                      (left.empty() ? "Nothing"
-                                    : std::to_string(left.size()) + " subfolders and "
-                                                                    "hidden files") +
-                      " left in " + folder);
+                  "Logged out. The account is gone" +
+                      (folder.empty() ? "."
+                                      : ", and " + std::to_string(files) + " files of " + folder +
+                                            ", where " + rest + " stays."));
 }
 
 }  // namespace reader

@@ -25,13 +25,13 @@ struct Part {
 /// The character for the mean of the pixels in `columns` and `rows`.
 char cell(LecternBitmap& bitmap, Part columns, Part rows) {
     unsigned long sum = 0;
+    unsigned long pixels = 0;
     for (unsigned y = rows.begin; y < rows.end; ++y) {
         const unsigned char* row = LecternBitmapPixels(&bitmap) + std::size_t(y) * bitmap.row_bytes;
-        for (unsigned x = columns.begin; x < columns.end; ++x)
+        for (unsigned x = columns.begin; x < columns.end; ++x, ++pixels)
             sum += row[x];
     }
-    const unsigned long pixels = (columns.end - columns.begin) * (rows.end - rows.begin);
-    return ramp[sum * ramp.size() / (pixels * 256)];
+    return ramp[sum * ramp.size() / (std::max(pixels, 1UL) * 256)];
 }
 
 }  // namespace

@@ -1,0 +1,169 @@
+// What the command-line tool does as the device's other programs do: books as the library browser
+// sees them, the applications that the library starts, log-out.
+#include <core_utils_host.h>
+#include <gmock/gmock.h>
+#include <png.h>
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+#include "support/tavroctl_fixture.h"
+
+using nlohmann::json;
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Makes a grey PNG, white in its upper left quarter and black elsewhere, the file `path`.
+void writeCover(const std::string& path) {
+    const unsigned char pixels[] = {255, 0, 0, 0};
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = image.height = 2;
+    image.format = PNG_FORMAT_GRAY;
+    fs::create_directories(fs::path(path).parent_path());
+    ASSERT_NE(0, png_image_write_to_file(&image, path.c_str(), 0, pixels, 0, nullptr));
+}
+
+class BrowserCommands : public Tavroctl {
+protected:
+    std::string coverOf(const std::string& file, const std::string& extension) const {
+        for (const auto& entry : done({"map"}))
+            if (entry["file"] == file)
+                return root_.configuration() + "/covers/" + entry["item"].dump() + extension;
+        return {};
+    }
+
+    std::string filePath(const std::string& name) const { return root_.syncFolder() + "/" + name; }
+};
+
+}  // namespace
+
+TEST_F(BrowserCommands, InfoAndStatusTakeNamesAndPaths) {
+    downloadBooks();
+    const std::string item = done({"map"})[0]["item"].dump();
+    writeFile(filePath("7.file"), item + "\n");
+    writeFile(filePath("8.file"), "999\n");
+    std::ofstream list(root_.configuration() + "/.files_to_download");
+    folium::utilities::SerializeStringVec(list, {filePath("7.file")});
+    list.close();
+
+    for (const std::string& file : {std::string("first.txt"), filePath("../Tavro/first.txt")})
+        EXPECT_EQ("first", done({"info", file})["title"]) << file;
+    EXPECT_EQ("first", done({"info", "7.file"})["title"]) << "the placeholder names the item";
+    const json status = done({"status", "first.txt"});
+    EXPECT_EQ(filePath("first.txt"), status["file"]);
+    EXPECT_EQ("present", status["status"]);
+    EXPECT_EQ("pending", done({"status", "7.file"})["status"]);
+    EXPECT_EQ("not pending", done({"status", "8.file"})["status"]);
+
+    writeFile(filePath("notes.txt"), "My own.\n");
+    const std::vector<std::pair<Words, std::string>> failures{
+        {{"info", folder_ / "first.txt"}, "lies outside the download folder"},
+        {{"info", "notes.txt"}, "the book map does not know notes.txt"},
+        {{"info", "8.file"}, "the catalogue has no item"},
+        {{"status", "third.txt"}, "there is no file"},
+        {{"cover", "notes.txt", "--ascii"}, "the book map does not know notes.txt"}};
+    for (const auto& [words, error] : failures) {
+        const json failure = failed(words);
+        EXPECT_THAT(failure["error"], HasSubstr(error));
+        EXPECT_NE("", failure["advice"]) << error;
+    }
+}
+
+// A picture upside down, transposed or inverted would still be a picture.
+TEST_F(BrowserCommands, CoverIsWrittenUprightAtTheSizeAskedFor) {
+    downloadBooks();
+    const std::string output = folder_ / "cover.png";
+    const Words words{"cover", "first.txt", "--size", "40x60", "--ascii", "--output", output};
+    EXPECT_THAT(failed(words)["error"], HasSubstr("there is no readable cover"));
+    writeCover(coverOf("first.txt", ".png"));
+    const json report = done(words);
+    EXPECT_EQ(40, report["width"]);
+    EXPECT_EQ(60, report["height"]);
+
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    ASSERT_NE(0, png_image_begin_read_from_file(&image, output.c_str()));
+    EXPECT_EQ(PNG_FORMAT_GRAY, image.format);
+    ASSERT_EQ(40U, image.width);
+    ASSERT_EQ(60U, image.height);
+    std::vector<unsigned char> pixels(std::size_t(40) * 60);
+    ASSERT_NE(0, png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr));
+    EXPECT_EQ(255, pixels[0]);
+    EXPECT_EQ(0, pixels[39]);
+    EXPECT_EQ(0, pixels[2360]) << "start of the last row";
+
+    ASSERT_EQ(30U, report["ascii"].size()) << "a character is twice as high as wide";
+    const std::string first = report["ascii"][0];
+    EXPECT_EQ(40U, first.size());
+    EXPECT_EQ('@', first[0]);
+    EXPECT_EQ(' ', first[39]);
+    EXPECT_EQ(std::string(40, ' '), report["ascii"][29]);
+
+    EXPECT_EQ(1, run({"cover", "first.txt", "--output", folder_ / "no/cover.png"}).status);
+    writeFile(coverOf("first.txt", ".jpeg"), "\xFF\xD8 no picture");
+    EXPECT_THAT(failed(words)["error"], HasSubstr("there is no readable cover"));
+}
+
+TEST_F(BrowserCommands, BackgroundSyncReturnsWhileTheApplicationRuns) {
+    EXPECT_THAT(failed({"sync", "--background"})["advice"], HasSubstr("scripts/device-root"));
+    installApplication("tavro_sync.app", "while [ ! -e '" + folder_ / "go" +
+                                             "' ]; do sleep 0.05; done\n" + "echo $# > '" +
+                                             folder_ / "arguments" + "'\n");
+    const json report = done({"sync", "--background"});
+    EXPECT_EQ(true, report["started"]);
+    EXPECT_EQ(root_.configuration() + "/.tavro_sync.log", report["log"]);
+    EXPECT_FALSE(fs::exists(folder_ / "arguments"));
+    writeFile(folder_ / "go", "");
+    for (int attempt = 0; attempt < 200 && readFile(folder_ / "arguments").empty(); ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ("0\n", readFile(folder_ / "arguments"));
+}
+
+// The library has the shell run "rm FOLDER/*": with a blank in FOLDER, that is another folder.
+TEST_F(BrowserCommands, LogOutRefusesAFolderThatTheShellWouldReadOtherwise) {
+    writeFile(folder_ / "My/precious.txt", "Mine.\n");
+    const auto expectRefusal = [this](const std::string& name) {
+        writeFile(root_.configuration() + "/.tavro.conf", accountConfiguration(name));
+        EXPECT_THAT(failed({"logout", "--yes"})["advice"], HasSubstr("plain name")) << name;
+    };
+    for (const char* name : {"My /books", "$HOME", "a;b",
+                             "B\xC3\xBC"
+                             "cher"}) {
+        EXPECT_EQ(2, run({"setup", "--folder", folder_ / name}).status) << name;
+        expectRefusal(folder_ / name);
+    }
+    expectRefusal("books");
+    EXPECT_EQ("Mine.\n", readFile(folder_ / "My/precious.txt"));
+    EXPECT_EQ(0, run({"setup", "--folder", folder_ / "books_1-a"}).status);
+}
+
+TEST_F(BrowserCommands, WrongUseOfTheBrowsersCommands) {
+    setUpAccount();
+    const std::string elsewhere = folder_ / "account";
+    const std::vector<std::pair<Words, std::string>> cases{
+        {{"fly"}, "there is no command 'fly'"},
+        {{"logout"}, "--yes"},
+        {{"info"}, "FILE is required"},
+        {{"status", ""}, "FILE"},
+        {{"cover", "first.txt"}, "--output"},
+        {{"cover", "first.txt", "--ascii", "--size", "0x10"}, "'0x10' is no size"},
+        {{"cover", "first.txt", "--ascii", "--size", "8193x10"}, "'8193x10' is no size"},
+        {{"info", "first.txt", "--config", elsewhere}, "--config"},
+        {{"status", "first.txt", "--config", elsewhere}, "--config"},
+        {{"cover", "first.txt", "--ascii", "--config", elsewhere}, "--config"},
+        {{"sync", "--background", "--config", elsewhere}, "--config"},
+        {{"wizard", "--config", elsewhere}, "--config"},
+        {{"logout", "--yes", "--config", elsewhere}, "--config"}};
+    for (auto [words, error] : cases) {
+        EXPECT_THAT(run(words).err, testing::StartsWith("tavroctl: ")) << words[0];
+        words.push_back("--json");
+        const Outcome outcome = run(words);
+        EXPECT_EQ(2, outcome.status) << words[0];
+        EXPECT_THAT(json::parse(outcome.err)["error"], HasSubstr(error));
+    }
+    EXPECT_TRUE(done({"status"})["registered"]) << "nothing was changed";
+}

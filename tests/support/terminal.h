@@ -1,0 +1,60 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "support/tavroctl_fixture.h"
+
+/// A program on a terminal of its own.
+class Terminal {
+public:
+    explicit Terminal(std::vector<char*> arguments)
+        : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
+        if (process_ == 0) {
+            ::execv(arguments[0], arguments.data());
+            ::_exit(127);
+        }
+    }
+    ~Terminal() { ::close(fd_); }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    /// Waits until the program has written `text` behind what was expected before.
+    void expect(const std::string& text) {
+        constexpr int patience = 30000;  // milliseconds
+        char bytes[256];
+        while (shown.find(text, expected_) == std::string::npos) {
+            pollfd terminal{fd_, POLLIN, 0};
+            ASSERT_EQ(::poll(&terminal, 1, patience), 1) << text << " does not come: " << shown;
+            const ssize_t size = ::read(fd_, bytes, sizeof bytes);
+            ASSERT_GT(size, 0) << "instead of " << text << " came " << shown;
+            shown.append(bytes, static_cast<std::size_t>(size));
+        }
+        expected_ = shown.find(text, expected_) + text.size();
+    }
+
+    void type(const std::string& text) const {
+        ASSERT_EQ(static_cast<ssize_t>(text.size()), ::write(fd_, text.data(), text.size()));
+    }
+
+    bool echoes() const {
+        termios settings{};
+        ::tcgetattr(fd_, &settings);
+        return (settings.c_lflag & ECHO) != 0;
+    }
+
+    int wait() const { return statusOf(process_); }
+
+    std::string shown;
+
+private:
+    std::size_t expected_ = 0;
+    int fd_ = -1;
+    pid_t process_;
+};

@@ -1,0 +1,35 @@
+// The login wizard that the device's programs open.
+
+#include "application.h"
+#include "platform/device_paths.h"
+#include "quiet_library.h"
+#include "wizard.h"
+
+namespace {
+
+using namespace reader;
+
+constexpr const char* help =
+    R"(Usage: tavro_wizard.app [-library]
+
+Logs somebody in to the Tavro book service, in a dialogue at the terminal: with an account that is
+there or a new one. The device's programs open it with the parameter -library; a developer does so
+with 'tavroctl wizard'.
+
+  --help     show this text
+  --version  show the version
+
+Exit status: 0 somebody is logged in; 1 nobody is, or something failed; 2 wrong use.
+)";
+
+int holdDialogue(const Output& output) {
+    const QuietLibrary quiet(output, false);
+    const Account account(device_paths::configuration_folder);
+    return Wizard(account, output).run() ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+    return runApplication({"tavro_wizard.app", help, "-library", holdDialogue}, count, values);
+}
