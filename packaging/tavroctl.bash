@@ -41,7 +41,7 @@ _tavroctl() {
     elif [[ -z $command ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
     elif [[ $command == download ]]; then
-        words=$("${COMP_WORDS[0]}" books --json "${config[@]}" 2>/dev/null | grep -oE '"item":"?-?[0-9]+' | grep -oE -- '-?[0-9]+$')
+        words=$("${COMP_WORDS[0]}" books --json "${config[@]}" 2>/dev/null | grep -oE '^ *"item": "-?[0-9]+' | grep -oE -- '-?[0-9]+$')
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
     elif [[ $command =~ ^(status|info|cover|replace)$ ]]; then
         compopt -o filenames
