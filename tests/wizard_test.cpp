@@ -4,6 +4,8 @@
 #include "support/tavroctl_fixture.h"
 #include "support/terminal.h"
 
+using tavro::service::Fault;
+using tavro::service::Operation;
 using testing::HasSubstr;
 using testing::Not;
 namespace fs = std::filesystem;
@@ -36,6 +38,12 @@ protected:
         }
     }
 
+    /// The wizard itself, started by a shell with `arguments`.
+    std::vector<char*> direct(const std::string& arguments) {
+        words_ = {"/bin/sh", "-c", std::string(TAVRO_TEST_WIZARD " ") + arguments};
+        return {words_[0].data(), words_[1].data(), words_[2].data(), nullptr};
+    }
+
     bool isLoggedIn() const {
         return !readFile(root_.configuration() + "/.tavro_vendor_token").empty() &&
                done({"status"})["loggedIn"] == true;
@@ -57,6 +65,13 @@ TEST_F(Wizard, OpensANewAccountOnAFreshDevice) {
                      {"First name", "Ada"},
                      {"Last name", "Lovelace"},
                      {"Password: ", password},
+                     {"again: ", "something else"},
+                     {"differ", "2"},
+                     {"agree", "y"},
+                     {"[ada@reader.example]: ", ""},
+                     {"[Ada]: ", ""},
+                     {"[Lovelace]: ", ""},
+                     {"Password: ", password},
                      {"again: ", password},
                      {"now?", "n"}});
     EXPECT_EQ(wizard->wait(), 0);
@@ -69,6 +84,9 @@ TEST_F(Wizard, RefusedPasswordBringsTheChoiceBack) {
     const auto wizard = start();
     wizard->type("1\n");
     answer(*wizard, {{"[ada@reader.example]: ", ""},
+                     {"Password: ", "this & that"},
+                     {"Your choice: ", "1"},
+                     {"[ada@reader.example]: ", ""},
                      {"Password: ", "wrong"},
                      {"Your choice: ", "3"},
                      {"[ada@reader.example]: ", ""},
@@ -78,7 +96,8 @@ TEST_F(Wizard, RefusedPasswordBringsTheChoiceBack) {
                      {"now?", ""}});
     wizard->expect("in the background");
     EXPECT_EQ(wizard->wait(), 0);
-    EXPECT_THAT(wizard->shown, AllOf(HasSubstr("2008"), HasSubstr("a reminder")));
+    EXPECT_THAT(wizard->shown,
+                AllOf(HasSubstr("& and < cannot"), HasSubstr("2008"), HasSubstr("a reminder")));
     EXPECT_TRUE(isLoggedIn());
 }
 
@@ -100,10 +119,53 @@ TEST_F(Wizard, LeavingLogsNobodyIn) {
 }
 
 TEST_F(Wizard, SaysWhatIsMissing) {
-    Words words{"wizard"};
-    Terminal unconfigured(argumentsFor(words));
-    unconfigured.expect("tavroctl setup");
-    EXPECT_EQ(unconfigured.wait(), 1);
-    EXPECT_EQ(run({"wizard"}).status, 1);
-    EXPECT_THAT(run({"wizard"}).err, HasSubstr("no terminal"));
+    const auto says = [this](const char* text, const char* arguments, int status) {
+        Terminal wizard(direct(arguments));
+        wizard.expect(text);
+        EXPECT_EQ(wizard.wait(), status) << text;
+    };
+    says("tavroctl setup", "-library </dev/null", 1);
+    setUpAccount();
+    says("no terminal", "-library </dev/null", 2);
+    says("--help", "--fast", 2);
+    says("tavro_wizard.app ", "--version", 0);
+    done({"setup", "--service", "http://127.0.0.1:1"});
+    says("is the service running?", "-library", 1);
+}
+
+// Whoever starts it must not take the session of an earlier day for a login.
+TEST_F(Wizard, OwnExitStatusTellsWhatTheDialogueDid) {
+    setUpAccount();
+    done({"login", "--password-stdin"}, password + "\n");
+    for (const char* leaving : {"q\n", "\x04"}) {
+        Terminal wizard(direct("-library"));
+        wizard.expect("Your choice: ");
+        wizard.type(leaving);
+        wizard.expect("without logging in");
+        EXPECT_EQ(wizard.wait(), 1);
+    }
+    EXPECT_TRUE(isLoggedIn()) << "leaving must not end a session";
+
+    // Another account's address ends the session, even when the login fails.
+    Terminal changed(direct("-library"));
+    answer(changed, {{"Your choice: ", "1"},
+                     {"[ada@reader.example]: ", "bob@reader.example"},
+                     {"Password: ", "wrong"},
+                     {"Your choice: ", "q"}});
+    EXPECT_EQ(changed.wait(), 1);
+    EXPECT_FALSE(isLoggedIn());
+}
+
+TEST_F(Wizard, ShowsTheLinesOfLongTermsAsSuch) {
+    setUpAccount();
+    Fault fault;
+    fault.body =
+        "<A><Error>1003</Error><ShopURL>http://shop.example</ShopURL><ShopName>S</ShopName>"
+        "<Shopid>1</Shopid><TermsOfServiceUrl>http://shop.example/terms</TermsOfServiceUrl>"
+        "<TermsOfServiceText>One.\nTwo\xC2\x9B.</TermsOfServiceText></A>";
+    service_.inject(Operation::GetShopURL, fault);
+    const auto wizard = start();
+    wizard->type("q\n");
+    EXPECT_EQ(wizard->wait(), 1);
+    EXPECT_THAT(wizard->shown, HasSubstr("One.\r\nTwo\xEF\xBF\xBD.\r\n"));
 }

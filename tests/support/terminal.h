@@ -6,6 +6,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,6 @@ public:
 
     /// Waits until the program has written `text` behind what was expected before.
     void expect(const std::string& text) {
-        constexpr int patience = 30000;  // milliseconds
         char bytes[256];
         while (shown.find(text, expected_) == std::string::npos) {
             pollfd terminal{fd_, POLLIN, 0};
@@ -49,11 +49,25 @@ public:
         return (settings.c_lflag & ECHO) != 0;
     }
 
-    int wait() const { return statusOf(process_); }
+    /// Waits until the program has ended, and ends one that does not. @return as `statusOf` does.
+    int wait() const {
+        siginfo_t ended{};
+        for (int waited = 0; ended.si_pid == 0 && waited < patience; waited += 10) {
+            ::waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOWAIT | WNOHANG);
+            ::usleep(10000);
+        }
+        if (ended.si_pid == 0) {
+            ADD_FAILURE() << "the program does not end: " << shown;
+            ::kill(process_, SIGKILL);
+        }
+        return statusOf(process_);
+    }
 
     std::string shown;
 
 private:
+    static constexpr int patience = 30000;  // milliseconds
+
     std::size_t expected_ = 0;
     int fd_ = -1;
     pid_t process_;

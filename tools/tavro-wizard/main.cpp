@@ -19,7 +19,7 @@ with 'tavroctl wizard'.
   --help     show this text
   --version  show the version
 
-Exit status: 0 somebody is logged in; 1 nobody is, or something failed; 2 wrong use.
+Exit status: 0 logged in; 1 left without logging in, or something failed; 2 wrong use.
 )";
 
 int holdDialogue(const Output& output) {

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <iostream>
+#include <sstream>
 
 #include "failure.h"
 #include "password_prompt.h"
@@ -22,31 +23,42 @@ constexpr const char* menu =
     "  3  I have forgotten my password\n"
     "  q  Quit\n\n";
 
-/// What to do about a refusal, in the words of this dialogue.
-constexpr const char* advice = "Check what you have entered, and choose again.";
+/// What to do about `failure`, in the words of this dialogue.
+const char* adviceFor(const Failure& failure) {
+    if (failure.code.empty())
+        return "Please choose again.";
+    return "Check what you have entered. 1 is for an account that is there, 2 for a new one, 3 for "
+           "a lost\npassword. If the shop does not know the device, 'tavroctl register --renew' "
+           "registers it anew.";
+}
 
 }  // namespace
 
 bool Wizard::run() {
-    if (::isatty(STDIN_FILENO) != 1)
+    // What a device lacks that is not set up is told first, by the registration.
+    if (account_.isConfigured() && ::isatty(STDIN_FILENO) != 1)
         throw WrongUse("standard input is no terminal to hold a dialogue at");
     registerDevice(account_, false);
     showShop();
+    bool loggedIn = false;
     try {
-        if (!askUntilLoggedIn())
-            return false;
-        offerSynchronisation();
+        loggedIn = askUntilLoggedIn();
+        if (loggedIn)
+            offerSynchronisation();
     } catch (const Left&) {
         say("");
     }
-    return account_.isLoggedIn();
+    if (!loggedIn)
+        say("You have left without logging in.");
+    return loggedIn;
 }
 
 void Wizard::showShop() {
     shop_ = askForShop(account_);
     say("Welcome to " + shop_.name + ", " + shop_.url);
-    if (!shop_.terms.empty())
-        say("Terms: " + shop_.terms);
+    std::istringstream terms(shop_.terms.empty() ? "" : "Terms: " + shop_.terms);
+    for (std::string line; std::getline(terms, line);)
+        say(line);
 }
 
 bool Wizard::askUntilLoggedIn() {
@@ -59,10 +71,10 @@ bool Wizard::askUntilLoggedIn() {
             if (serve(choice))
                 return true;
         } catch (const Failure& failure) {
-            say(std::string("That did not work: ") + failure.what() + ".");
-            say(advice);
+            say(std::string("That did not work: ") + failure.what());
+            output_.prompt(std::string(adviceFor(failure)) + "\n");
         } catch (const WrongUse& wrongUse) {  // of the password prompt
-            say(std::string("That did not work: ") + wrongUse.what() + ".");
+            say(std::string("That did not work: ") + wrongUse.what());
         }
     }
 }
@@ -81,8 +93,7 @@ bool Wizard::serve(const std::string& choice) {
 
 bool Wizard::useAccount() {
     storeEmail(askSendable("E-mail address", "Email"));
-    logIn(account_, readPassword(output_, false, false));
-    say("You are logged in as " + account_.value("Email") + ".");
+    logInWith(askPassword(false));
     return true;
 }
 
@@ -98,10 +109,10 @@ bool Wizard::openNewAccount() {
     const Settings names{{"FirstName", askSendable("First name", "FirstName")},
                          {"LastName", askSendable("Last name", "LastName")}};
     account_.store(names);
-    const std::string password = readPassword(output_, false, true);
+    const std::string password = askPassword(true);
     openAccount(account_, password);
-    logIn(account_, password);
-    say("The account " + account_.value("Email") + " is open, and you are logged in.");
+    say("The account " + account_.value("Email") + " is open.");  // whatever becomes of the login
+    logInWith(password);
     return true;
 }
 
@@ -117,6 +128,12 @@ void Wizard::offerSynchronisation() {
         return;
     TavroClient().StartSync();
     say("Your books are being fetched in the background.");
+}
+
+/// Logs in with the configured e-mail address, and says so.
+void Wizard::logInWith(const std::string& password) const {
+    logIn(account_, password);
+    say("You are logged in as " + account_.value("Email") + ".");
 }
 
 void Wizard::say(const std::string& text) const {
@@ -142,6 +159,15 @@ std::string Wizard::askSendable(const std::string& question, const std::string& 
             return value;
         say("Please enter it again: " + reason + ".");
     }
+}
+
+/// Asks for a password that the service can be sent, with `twice` two times.
+std::string Wizard::askPassword(bool twice) const {
+    const std::string password = readPassword(output_, false, twice);
+    const std::string reason = whyUnsendable(password);
+    if (!reason.empty())
+        throw Failure("the password cannot be used: " + reason);
+    return password;
 }
 
 /// Makes `email` the account's address. A session of another account ends with that.

@@ -27,8 +27,8 @@ public:
     /// A dialogue for `account` through standard input and `output`; both must outlive it.
     Wizard(const Account& account, const Output& output) : account_(account), output_(output) {}
 
-    /// Holds the dialogue. @return whether somebody is logged in at its end. Throws WrongUse
-    /// without a terminal, Failure when the device is not set up or the service does not answer.
+    /// Holds the dialogue. @return whether somebody was logged in by it. Throws WrongUse without
+    /// a terminal, Failure when the device is not set up or the service does not answer.
     bool run();
 
 private:
@@ -44,6 +44,8 @@ private:
     void say(const std::string& text) const;
     std::string ask(const std::string& question, const std::string& proposal = {}) const;
     std::string askSendable(const std::string& question, const std::string& key) const;
+    std::string askPassword(bool twice) const;
+    void logInWith(const std::string& password) const;
     void storeEmail(const std::string& email) const;
 
     const Account& account_;
