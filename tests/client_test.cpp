@@ -199,7 +199,7 @@ TEST_F(Client, CallsAreLoggedWithTheirSignatures) {
     ::unsetenv("TAVRO_LOG_LEVEL");
     const std::string log = readFile(root + "/log");
     const std::string process = "[pid:" + std::to_string(::getpid()) + "]";
-    const std::pair<const char*, std::string> calls[] = {
+    const std::pair<const char*, std::string> lines[] = {
         {"level 4", "bool TavroClient::IsLoggedIn() const: " + process + "Tavro IsLoggedIn called"},
         {"level 4", "GetSyncFolder(): " + process + "Tavro GetSyncFolder called"},
         {"level 4",
@@ -207,7 +207,7 @@ TEST_F(Client, CallsAreLoggedWithTheirSignatures) {
         {"level 4", "int TavroClient::StartSync(): " + process + "Tavro StartSync called"},
         {"level 1", "int tavro_get_book_status(const char *): " + process +
                         "Failed to open lock file with errno [2]"}};
-    for (const auto& [level, text] : calls) {
+    for (const auto& [level, text] : lines) {
         const std::size_t end = log.find(text + "\n");
         ASSERT_NE(end, std::string::npos) << text;
         EXPECT_EQ(log.compare(log.find(" level", log.rfind('\n', end) + 1) + 1, 7, level), 0)
@@ -340,7 +340,7 @@ TEST_F(Client, StatusTellsPendingPlaceholders) {
 
 TEST(DescComp, MalformedRecordsMatchTheEmptyKeyOnly) {
     BookDescription book;
-    for (const std::size_t fields : {0, 11, 12, 13}) {
+    for (const std::size_t fields : {0U, 11U, 12U, 13U}) {
         book.data.assign(fields, "7");
         EXPECT_EQ(DescComp("7")(book), fields == 12) << fields;
         EXPECT_EQ(DescComp("")(book), fields != 12) << fields;
