@@ -39,6 +39,10 @@ std::string Account::value(const std::string& key) const {
     return ReadString(config.get(), key.c_str(), "");
 }
 
+fs::path Account::downloadFolder() const {
+    return withoutTrailingSlashes(value("DownloadFolderPath"));
+}
+
 bool Account::isConfigured() const {
     for (const char* key :
          {"SerialNumber", "ConsumerID", "ConsumerPassword", "DeviceType", "DownloadFolderPath"})

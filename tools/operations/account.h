@@ -25,8 +25,8 @@ public:
     /// A value of the account configuration; empty when it is absent.
     std::string value(const std::string& key) const;
 
-    /// Folder of the downloaded books; empty when not configured.
-    std::filesystem::path downloadFolder() const { return value("DownloadFolderPath"); }
+    /// Folder of the downloaded books, without a trailing "/"; empty when not configured.
+    std::filesystem::path downloadFolder() const;
 
     /// Full path of the book file `name` of the download folder.
     std::filesystem::path bookFile(const std::string& name) const {

@@ -21,12 +21,6 @@ constexpr const char* cover_folder = "covers";
 /// catalogue slow.
 constexpr std::chrono::seconds list_interval(1);
 
-std::string withoutTrailingSlashes(std::string folder) {
-    while (folder.size() > 1 && folder.back() == '/')
-        folder.pop_back();
-    return folder;
-}
-
 /// "ITEM TITLE", for the log.
 std::string nameOf(const BookDescription& book) {
     return book.field(BookDescription::ItemID) + " " + book.field(BookDescription::Title);
@@ -42,7 +36,7 @@ bool hasItemNumber(const BookDescription& book) {
 SyncRound::SyncRound(const Account& account, const ActivityLog& log)
     : account_(account),
       log_(log),
-      folder_(withoutTrailingSlashes(account.downloadFolder())),
+      folder_(account.downloadFolder()),
       placeholders_(folder_),
       covers_(account.file(cover_folder)) {}
 
