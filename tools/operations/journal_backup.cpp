@@ -55,7 +55,7 @@ void JournalBackup::discard() const {
 
 void JournalBackup::requireSpace() const {
     const std::string trial = path_ + ".trial";
-    writeAtomically(trial, std::string(std::filesystem::file_size(path_), '\0'));
+    copyAtomically(path_, trial);
     ::unlink(trial.c_str());
 }
 

@@ -25,7 +25,8 @@ public:
     /// this call it stays, for `restoreJournal`.
     void discard() const;
 
-    /// Throws Failure unless the folder of the journal takes as many bytes as the copy has.
+    /// Throws `std::filesystem::filesystem_error` unless the folder of the journal takes as many
+    /// bytes as the copy has.
     void requireSpace() const;
 
 private:
