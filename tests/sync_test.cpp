@@ -11,6 +11,7 @@
 #include <csignal>
 #include <fstream>
 #include <functional>
+#include <stdexcept>
 #include <thread>
 
 #include "activity_log.h"
@@ -82,7 +83,8 @@ protected:
     pid_t start() const {
         char* const arguments[] = {const_cast<char*>(application.c_str()), nullptr};
         pid_t process = -1;
-        EXPECT_EQ(::posix_spawn(&process, arguments[0], nullptr, nullptr, arguments, environ), 0);
+        if (::posix_spawn(&process, arguments[0], nullptr, nullptr, arguments, environ) != 0)
+            throw std::runtime_error("the application cannot be started");
         return process;
     }
 

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -65,9 +66,11 @@ protected:
         ::posix_spawn_file_actions_addopen(&streams, 1, out.c_str(), created, 0600);
         ::posix_spawn_file_actions_addopen(&streams, 2, err.c_str(), created, 0600);
         pid_t process = -1;
-        EXPECT_EQ(0, ::posix_spawn(&process, TAVRO_TEST_TAVROCTL, &streams, nullptr,
-                                   argumentsFor(words).data(), environ));
+        const int error = ::posix_spawn(&process, TAVRO_TEST_TAVROCTL, &streams, nullptr,
+                                        argumentsFor(words).data(), environ);
         ::posix_spawn_file_actions_destroy(&streams);
+        if (error != 0)  // a signal to process -1 would go to all that there are
+            throw std::runtime_error("tavroctl cannot be started");
         return process;
     }
 

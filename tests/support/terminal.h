@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ class Terminal {
 public:
     explicit Terminal(std::vector<char*> arguments)
         : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
+        if (process_ == -1)  // which a signal would take for all processes that there are
+            throw std::runtime_error("there is no terminal to be had");
         if (process_ == 0) {
             ::execv(arguments[0], arguments.data());
             ::_exit(127);
