@@ -9,14 +9,14 @@
 
 #include "guarded.h"
 #include "lectern.h"
-#include "posix/uninterrupted.h"
+#include "posix/retry_after_signal.h"
 
 namespace {
 
 /// Takes the status of `process` when it ends, so that it does not stay behind as a zombie.
 void reapLater(pid_t process) {
     std::thread([process] {
-        posix::uninterrupted([process] { return ::waitpid(process, nullptr, 0); });
+        posix::retryAfterSignal([process] { return ::waitpid(process, nullptr, 0); });
     }).detach();
 }
 

@@ -91,7 +91,10 @@ int RemoveKey(LecternConfig* config, const char* key) {
 int CloseConfig(LecternConfig* config) {
     const std::unique_ptr<LecternConfig> owner(config);
     return guarded(-1, [config] {
-        return config != nullptr && !config->writeLost && config->file.save() ? 0 : -1;
+        if (config == nullptr || config->writeLost)
+            return -1;
+        config->file.save();
+        return 0;
     });
 }
 

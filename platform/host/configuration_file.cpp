@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <system_error>
 
-#include "atomic_file.h"
 #include "file_access.h"
+#include "posix/atomic_file.h"
 
 namespace {
 
@@ -126,12 +126,12 @@ void ConfigurationFile::remove(std::string_view key) {
     lines_.erase(rest, lines_.end());
 }
 
-bool ConfigurationFile::save() {
+void ConfigurationFile::save() {
     if (savedAsIs_)
-        return true;
+        return;
     std::string content;
     for (const std::string& line : lines_)
         content += line;
-    savedAsIs_ = replaceFile(path_, content);
-    return savedAsIs_;
+    posix::replaceFile(path_, content);
+    savedAsIs_ = true;
 }

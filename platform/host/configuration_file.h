@@ -32,8 +32,8 @@ public:
     void remove(std::string_view key);
 
     /// Writes the file atomically, or leaves it alone when it exists and nothing was changed.
-    /// @return false when that failed and the old file is as it was.
-    bool save();
+    /// Throws `std::system_error`, with the old file as it was.
+    void save();
 
 private:
     /// `path` is absolute and names the file itself, not a link to it.

@@ -9,6 +9,7 @@
 #include "guarded.h"
 #include "lectern.h"
 #include "local_time.h"
+#include "posix/write_all.h"
 
 int SendEventTo(int target, int type, int parameter1, int parameter2) {
     return guarded(-1, [=] {
@@ -19,6 +20,6 @@ int SendEventTo(int target, int type, int parameter1, int parameter2) {
             localTime() + " target=" + std::to_string(target) + " type=" + std::to_string(type) +
             " parameters=" + std::to_string(parameter1) + "," + std::to_string(parameter2) +
             " process=" + std::to_string(::getpid()) + "\n";
-        return log && writeAll(log.get(), line) ? 0 : -1;
+        return log && posix::writeAll(log.get(), line) ? 0 : -1;
     });
 }

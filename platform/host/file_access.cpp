@@ -8,13 +8,15 @@
 #include <cerrno>
 #include <utility>
 
+#include "posix/retry_after_signal.h"
+
 namespace {
 
 constexpr std::size_t block_size = 65536;
 
 int openRegular(const char* path) {
     const int descriptor =
-        posix::uninterrupted([path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
+        posix::retryAfterSignal([path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
     struct stat status {};
     if (descriptor == -1 || (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)))
         return descriptor;
@@ -32,7 +34,7 @@ posix::FileDescriptor openRegularFile(const char* path) {
 posix::FileDescriptor openForAppending(const char* path) {
     constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC;
     return posix::FileDescriptor(
-        posix::uninterrupted([path] { return ::open(path, flags, 0600); }));
+        posix::retryAfterSignal([path] { return ::open(path, flags, 0600); }));
 }
 
 bool readBlocks(const posix::FileDescriptor& file,
@@ -40,7 +42,7 @@ bool readBlocks(const posix::FileDescriptor& file,
     std::array<char, block_size> block;
     std::size_t filled = 0;
     for (;;) {
-        const ssize_t count = posix::uninterrupted(
+        const ssize_t count = posix::retryAfterSignal(
             [&] { return ::read(file.get(), block.data() + filled, block.size() - filled); });
         if (count == -1)
             return false;
@@ -50,15 +52,4 @@ bool readBlocks(const posix::FileDescriptor& file,
         if (count == 0)
             return true;
     }
-}
-
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count =
-            posix::uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
-        if (count == -1)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }

@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "posix/file_descriptor.h"
-#include "posix/uninterrupted.h"
 
 /// Opens the regular file `path` for reading. None, with `errno` set, when that fails or it is
 /// something else (a folder, a pipe, a device); never waits for the other end of a pipe.
@@ -19,7 +18,3 @@ posix::FileDescriptor openForAppending(const char* path);
 /// @return false, with `errno` set, when a read fails.
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume);
-
-/// Writes all of `bytes`, with one call unless the system takes fewer at a time.
-/// @return false, with `errno` set, when a write fails.
-bool writeAll(int descriptor, std::string_view bytes);

@@ -12,6 +12,7 @@
 #include "file_access.h"
 #include "guarded.h"
 #include "local_time.h"
+#include "posix/write_all.h"
 
 namespace {
 
@@ -62,7 +63,7 @@ void writeLine(const std::string& line) {
     const std::string target = name == nullptr ? "" : name;
     const posix::FileDescriptor file = openLog(target);
     const int stream = target == "stdout" ? STDOUT_FILENO : STDERR_FILENO;
-    writeAll(file ? file.get() : stream, line);
+    posix::writeAll(file ? file.get() : stream, line);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "client/placeholder.h"
 #include "platform/device_paths.h"
 #include "platform/log.h"
 #include "tavro_entry_points.h"
@@ -35,7 +36,7 @@ std::vector<std::string> filesToDownload() {
 }  // namespace
 
 int tavro_get_book_status(const char* path) {
-    if (path == nullptr || std::strstr(path, ".file") == nullptr)
+    if (path == nullptr || std::strstr(path, placeholder::extension) == nullptr)
         return no_placeholder;
     const int list = ::open(device_paths::download_list, O_RDWR | O_CREAT, 0777);
     if (list == -1) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 
 #include "client/desc_comp.h"
+#include "client/placeholder.h"
 #include "tavro_client.h"
 
 namespace browser_file {
@@ -19,14 +19,6 @@ std::string behindLast(const std::string& text, char separator, bool whole) {
     return text.substr(position + 1);
 }
 
-/// The first word of the file `path`; empty when it cannot be read or has none.
-std::string firstWord(const std::string& path) {
-    std::ifstream stream(path);
-    std::string word;
-    stream >> word;
-    return word;
-}
-
 }  // namespace
 
 bool isInSyncFolder(const char* path) {
@@ -35,8 +27,8 @@ bool isInSyncFolder(const char* path) {
 }
 
 std::string itemKey(const std::string& path, Tavro& session) {
-    if (behindLast(path, '.', false) == "file")
-        return firstWord(path);
+    if (behindLast(path, '.', false) == placeholder::extension + 1)
+        return placeholder::itemIn(path).value_or("");
     const std::map<std::string, int> books = session.GetBooks();
     const auto book = books.find(behindLast(path, '/', true));
     return book == books.end() ? std::string() : std::to_string(book->second);

@@ -9,6 +9,7 @@
 #include "platform/configuration.h"
 #include "platform/device_paths.h"
 #include "platform/log.h"
+#include "session/account_keys.h"
 
 namespace {
 
@@ -45,7 +46,7 @@ std::string TavroClient::GetSyncFolder() {
     logCall(__LINE__, "std::string TavroClient::GetSyncFolder()",
             "[pid:%d]Tavro GetSyncFolder called");
     const auto config = platform::openConfiguration(device_paths::account_configuration);
-    return ReadString(config.get(), "DownloadFolderPath", "");
+    return ReadString(config.get(), account_keys::download_folder, "");
 }
 
 int TavroClient::StartSync() {

@@ -1,9 +1,9 @@
-#include "server/device_api.h"
+#include "server/exchange.h"
+#include "server/result_codes.h"
 #include "tavroserver.h"
 
-using device_api::assignAnswers;
-using device_api::formatBody;
-using device_api::success_code;
+using exchange::assignAnswers;
+using exchange::formatBody;
 
 int TavroServer::RegisterDevice(const std::string& consumerID, const std::string& consumerPassword,
                                 const std::string& deviceType) {
@@ -12,14 +12,14 @@ int TavroServer::RegisterDevice(const std::string& consumerID, const std::string
     lastError.clear();
     lastMessage.clear();
     token.clear();
-    if (!device_api::send(*curlManager, "RegisterDevice", body))
+    if (!exchange::send(*curlManager, "RegisterDevice", body))
         return 1;
-    device_api::dumpAnswer(stderr, "Register responce is [", curlManager->responseBuffer, "]\n");
-    const auto answers = device_api::readAnswer(*curlManager, *parser);
+    exchange::dumpAnswer(stderr, "Register responce is [", curlManager->responseBuffer, "]\n");
+    const auto answers = exchange::readAnswer(*curlManager, *parser);
     if (!answers)
         return 1;
     assignAnswers(*answers, {{"Error", lastError}, {"Message", lastMessage}, {"Token", token}});
-    return lastError == success_code && !token.empty() ? 0 : 1;
+    return lastError == result_codes::success && !token.empty() ? 0 : 1;
 }
 
 int TavroServer::CreateUser(const std::string& email, const std::string& firstName,
@@ -28,11 +28,11 @@ int TavroServer::CreateUser(const std::string& email, const std::string& firstNa
         formatBody(createAccountRequest, email, firstName, lastName, password, token);
     lastError.clear();
     lastMessage.clear();
-    const auto answers = device_api::ask(*curlManager, *parser, "CreateUser", body);
+    const auto answers = exchange::ask(*curlManager, *parser, "CreateUser", body);
     if (!answers)
         return 1;
     assignAnswers(*answers, {{"Error", lastError}, {"Message", lastMessage}});
-    return lastError == success_code ? 0 : 1;
+    return lastError == result_codes::success ? 0 : 1;
 }
 
 int TavroServer::loginUser(const std::string& email, const std::string& password) {
@@ -42,23 +42,23 @@ int TavroServer::loginUser(const std::string& email, const std::string& password
     sessionId.clear();
     vendorToken.clear();
     vendorId.clear();
-    const auto answers = device_api::ask(*curlManager, *parser, "LoginUser", body);
-    if (!answers || !device_api::assignAnswer(*answers, "Error", lastError))
+    const auto answers = exchange::ask(*curlManager, *parser, "LoginUser", body);
+    if (!answers || !exchange::assignAnswer(*answers, "Error", lastError))
         return 1;
     assignAnswers(*answers, {{"Message", lastMessage},
                              {"SessionID", sessionId},
                              {"VendorToken", vendorToken},
                              {"VendorId", vendorId}});
-    return lastError == success_code && !sessionId.empty() ? 0 : 1;
+    return lastError == result_codes::success && !sessionId.empty() ? 0 : 1;
 }
 
 int TavroServer::forgetPassword(const std::string& email) {
     const std::string body = formatBody(forgetPasswordRequest, email, token);
     lastError.clear();
     lastMessage.clear();
-    const auto answers = device_api::ask(*curlManager, *parser, "ForgetPassword", body);
+    const auto answers = exchange::ask(*curlManager, *parser, "ForgetPassword", body);
     if (!answers)
         return 1;
     assignAnswers(*answers, {{"Error", lastError}, {"Message", lastMessage}});
-    return lastError == device_api::reminder_sent_code ? 0 : 1;
+    return lastError == result_codes::reminder_sent ? 0 : 1;
 }

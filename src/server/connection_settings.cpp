@@ -1,6 +1,7 @@
 #include "platform/configuration.h"
 #include "platform/device_paths.h"
 #include "server/built_in_settings.h"
+#include "server/connection_keys.h"
 #include "tavroserver.h"
 
 std::string TavroServer::defaultshopName = built_in::shop_name;
@@ -44,12 +45,12 @@ void TavroServer::LoadServerConnectionData() {
     if (!config)
         return;
     LecternConfig* const file = config.get();
-    defaultshopName = ReadString(file, "defaultshopName", built_in::shop_name);
-    baseApiUrl = ReadString(file, "baseApiUrl", built_in::base_api_url);
-    apiPort = ReadInt(file, "apiPort", built_in::api_port);
-    uploadUrl = ReadString(file, "uploadUrl", built_in::upload_url);
-    uploadPort = ReadInt(file, "uploadPort", defaults->contentPort);
-    downloadUrl = ReadString(file, "downloadUrl", built_in::download_url);
-    downloadPort = ReadInt(file, "downloadPort", defaults->contentPort);
-    shopID = ReadString(file, "shopID", defaults->shopID);
+    defaultshopName = ReadString(file, connection_keys::shop_name, built_in::shop_name);
+    baseApiUrl = ReadString(file, connection_keys::base_api_url, built_in::base_api_url);
+    apiPort = ReadInt(file, connection_keys::api_port, built_in::api_port);
+    uploadUrl = ReadString(file, connection_keys::upload_url, built_in::upload_url);
+    uploadPort = ReadInt(file, connection_keys::upload_port, defaults->contentPort);
+    downloadUrl = ReadString(file, connection_keys::download_url, built_in::download_url);
+    downloadPort = ReadInt(file, connection_keys::download_port, defaults->contentPort);
+    shopID = ReadString(file, connection_keys::shop_id, defaults->shopID);
 }

@@ -1,7 +1,8 @@
-#include "server/device_api.h"
+#include "server/exchange.h"
+#include "server/result_codes.h"
 #include "tavroserver.h"
 
-using device_api::assignAnswers;
+using exchange::assignAnswers;
 using folium::tavro::CurlManager;
 
 namespace {
@@ -16,15 +17,15 @@ CurlManager::FormFields contentFields(const TavroServer& server, const std::stri
 
 int TavroServer::syncWithCloud(const std::string& lastSyncTime) {
     const std::string body =
-        device_api::formatBody(syncWithCloudRequest, sessionId, token, lastSyncTime);
+        exchange::formatBody(syncWithCloudRequest, sessionId, token, lastSyncTime);
     lastError.clear();
     lastMessage.clear();
     serverTime.clear();
     // The service spells its method so.
-    if (!device_api::send(*curlManager, "SysnWithCloud", body))
+    if (!exchange::send(*curlManager, "SysnWithCloud", body))
         return 1;
-    device_api::dumpAnswer(stderr, "", curlManager->responseBuffer, "\n");
-    const auto answers = device_api::readAnswer(*curlManager, *parser);
+    exchange::dumpAnswer(stderr, "", curlManager->responseBuffer, "\n");
+    const auto answers = exchange::readAnswer(*curlManager, *parser);
     if (!answers)
         return 1;
     assignAnswers(
@@ -45,10 +46,10 @@ int TavroServer::uploadContent(const std::string& itemId, const std::string& fil
     curlManager->uploadFile(uploadUrl, uploadPort, contentFields(*this, itemId), filePath);
     if (curlManager->responseBuffer.empty())
         return 1;
-    device_api::dumpAnswer(stdout, "", curlManager->responseBuffer, "\n");
-    const auto answers = device_api::readAnswer(*curlManager, *parser);
+    exchange::dumpAnswer(stdout, "", curlManager->responseBuffer, "\n");
+    const auto answers = exchange::readAnswer(*curlManager, *parser);
     if (!answers)
         return 1;
     assignAnswers(*answers, {{"Error", lastError}, {"Message", lastMessage}});
-    return lastError == device_api::success_code ? 0 : 1;
+    return lastError == result_codes::success ? 0 : 1;
 }

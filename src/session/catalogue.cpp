@@ -31,7 +31,7 @@ bool Tavro::syncServer() {
 }
 
 void Tavro::writeXML(const std::vector<char>& data) {
-    posix::replaceFile(configPath(tavro_books), "wb", data.data(), data.size());
+    posix::overwriteUnchecked(configPath(tavro_books), "wb", data.data(), data.size());
 }
 
 const std::vector<BookDescription>& Tavro::getAddedBooks() const {

@@ -1,14 +1,19 @@
 #include "tavro.h"
 
+#include <algorithm>
+#include <iterator>
+
+#include "platform/account_files.h"
 #include "platform/configuration.h"
 #include "posix/files.h"
+#include "session/account_keys.h"
 
-const char* const Tavro::config_file = ".tavro.conf";
-const char* const Tavro::token_file = ".tavro_token";
-const char* const Tavro::tavro_password = ".tavro_shadow";
-const char* const Tavro::list_file = ".tavro.lst";
-const char* const Tavro::tavro_books = ".tbooks.xml";
-const char* const Tavro::journal_file = ".tavro_journal";
+const char* const Tavro::config_file = account_files::configuration;
+const char* const Tavro::token_file = account_files::token;
+const char* const Tavro::tavro_password = account_files::password;
+const char* const Tavro::list_file = account_files::book_map;
+const char* const Tavro::tavro_books = account_files::catalogue;
+const char* const Tavro::journal_file = account_files::journal;
 
 namespace {
 
@@ -16,7 +21,7 @@ constexpr int platform_start_flags = 65573;
 
 /// Makes the bytes of `token` the whole content of the token file.
 void storeToken(const std::string& path, const std::string& token) {
-    posix::replaceFile(path, "w+", token.data(), token.size());
+    posix::overwriteUnchecked(path, "w+", token.data(), token.size());
 }
 
 }  // namespace
@@ -40,8 +45,8 @@ bool Tavro::init(const std::string& directory) {
         server = std::make_unique<TavroServer>(serialNumber);
     password =
         ReadSecret(platform::openConfiguration(configPath(tavro_password)).get(), "password", "");
-    const std::string storedSession =
-        ReadString(platform::openConfiguration(configPath(config_file)).get(), "sessionID", "");
+    const std::string storedSession = ReadString(
+        platform::openConfiguration(configPath(config_file)).get(), account_keys::session, "");
     server->token = posix::readFile(configPath(token_file));
     if (server->token.empty()) {
         if (server->RegisterDevice(consumerID, consumerPassword, deviceType) == 1 ||
@@ -60,18 +65,18 @@ bool Tavro::readConfig(const std::string& directory) {
     const struct {
         const char* key;
         std::string& member;
-    } entries[] = {{"SerialNumber", serialNumber},
-                   {"ConsumerID", consumerID},
-                   {"ConsumerPassword", consumerPassword},
-                   {"DeviceType", deviceType},
-                   {"Email", email},
-                   {"FirstName", firstName},
-                   {"LastName", lastName},
-                   {"DownloadFolderPath", downloadFolderPath}};
+    } entries[] = {{account_keys::serial_number, serialNumber},
+                   {account_keys::consumer_id, consumerID},
+                   {account_keys::consumer_password, consumerPassword},
+                   {account_keys::device_type, deviceType},
+                   {account_keys::email, email},
+                   {account_keys::first_name, firstName},
+                   {account_keys::last_name, lastName},
+                   {account_keys::download_folder, downloadFolderPath}};
     for (const auto& entry : entries)
         entry.member = ReadString(config.get(), entry.key, "");
-    return !serialNumber.empty() && !consumerID.empty() && !consumerPassword.empty() &&
-           !deviceType.empty() && !downloadFolderPath.empty();
+    return std::none_of(std::begin(account_keys::required), std::end(account_keys::required),
+                        [&](const char* key) { return *ReadString(config.get(), key, "") == 0; });
 }
 
 bool Tavro::hasDevice() const {

@@ -15,7 +15,8 @@
 #include "platform/log.h"
 #include "posix/files.h"
 #include "posix/read_only_mapping.h"
-#include "posix/uninterrupted.h"
+#include "posix/retry_after_signal.h"
+#include "store/locked_book_map.h"
 #include "store/record_reader.h"
 #include "store/record_writer.h"
 #include "store/replace_content.h"
@@ -31,23 +32,11 @@ int idFrom(const IdBytes& bytes) {
     return id;
 }
 
-/// One operation on the file: opened and locked, and closed and so unlocked when it goes.
-class LockedFile {
-public:
-    explicit LockedFile(BookMap& map) : map_(map) { map_.LockFile(); }
-    ~LockedFile() { map_.UnlockFile(); }
-    LockedFile(const LockedFile&) = delete;
-    LockedFile& operator=(const LockedFile&) = delete;
-
-private:
-    BookMap& map_;
-};
-
 }  // namespace
 
 void BookMap::Add(const std::string& bookPath, int id) {
     std::string name = bookPath;  // which may be a key of the map that is loaded anew
-    const LockedFile file(*this);
+    const store::LockedBookMap locked(*this);
     loadMapInt();
     bookMap[name] = id;
     idMap[id] = std::move(name);
@@ -57,20 +46,20 @@ void BookMap::Add(const std::string& bookPath, int id) {
 void BookMap::Remove(const std::string& bookPath) {
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is for the same reason
     const std::string name = bookPath;
-    const LockedFile file(*this);
+    const store::LockedBookMap locked(*this);
     loadMapInt();
     bookMap.erase(name);
     saveMapInt();
 }
 
 const std::map<std::string, int>& BookMap::GetBookMap() {
-    const LockedFile file(*this);
+    const store::LockedBookMap locked(*this);
     loadMapInt();
     return bookMap;
 }
 
 std::map<int, std::string> BookMap::GetIdMap() {
-    const LockedFile file(*this);
+    const store::LockedBookMap locked(*this);
     loadMapInt();
     return idMap;
 }
@@ -84,7 +73,7 @@ int BookMap::LockFile() {
                       g_process_pid, errno);
         return -1;
     }
-    if (posix::uninterrupted([this] { return ::flock(fd_, LOCK_EX); }) == -1) {
+    if (posix::retryAfterSignal([this] { return ::flock(fd_, LOCK_EX); }) == -1) {
         UnlockFile();
         return -1;
     }

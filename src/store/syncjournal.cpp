@@ -8,7 +8,7 @@
 #include "posix/file_descriptor.h"
 #include "posix/files.h"
 #include "posix/read_only_mapping.h"
-#include "posix/uninterrupted.h"
+#include "posix/retry_after_signal.h"
 #include "store/record_reader.h"
 #include "store/record_writer.h"
 
@@ -76,7 +76,7 @@ int SyncJournal::push(const Record& record) {
     FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND, create_mode));
     if (!file)
         return -1;
-    posix::uninterrupted([&] { return ::lockf(file.get(), F_LOCK, 0); });
+    posix::retryAfterSignal([&] { return ::lockf(file.get(), F_LOCK, 0); });
     store::writeText(file.get(), record.oldName);
     store::writeText(file.get(), record.newName);
     const Word& flag = record.flag ? set_flag : clear_flag;

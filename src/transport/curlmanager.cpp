@@ -8,6 +8,7 @@
 #include "platform/log.h"
 #include "transport/header_list.h"
 #include "transport/multipart_form.h"
+#include "transport/partial_file.h"
 
 namespace folium::tavro {
 
@@ -99,11 +100,6 @@ void logAnswer(const std::string& url, std::vector<char>& answer) {
     fl_print_log2(platform::log_trace, __FILE__, __LINE__, request_signature,
                   "[pid:%d]Request to %s return [%s]", g_process_pid, url.c_str(), answer.data());
     answer.pop_back();
-}
-
-/// Where a book lies until it is whole.
-std::string partialPath(const CurlManager& manager) {
-    return manager.downloadDir + "/" + manager.downloadFileName + ".downloading";
 }
 
 /// Closes the partial file; true when there was one and the system took all of its bytes.
@@ -207,7 +203,8 @@ std::size_t CurlManager::write_header(char* data, std::size_t size, std::size_t 
         auto& self = *static_cast<CurlManager*>(manager);
         const std::string_view rest = line.substr(position + key.size());
         self.downloadFileName = rest.substr(0, rest.size() - std::min(rest.size(), line_end));
-        self.downloadStream = std::fopen(partialPath(self).c_str(), "w+");
+        self.downloadStream = std::fopen(
+            ::transport::partialFile(self.downloadDir, self.downloadFileName).c_str(), "w+");
     }
     return line.size();
 }

@@ -29,7 +29,8 @@ std::string readFile(const std::string& path) {
     return content;
 }
 
-void replaceFile(const std::string& path, const char* mode, const char* data, std::size_t size) {
+void overwriteUnchecked(const std::string& path, const char* mode, const char* data,
+                        std::size_t size) {
     const Stream stream(std::fopen(path.c_str(), mode));
     if (stream && size > 0)  // an empty vector has no bytes to point to
         std::fwrite(data, 1, size, stream.get());

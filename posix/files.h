@@ -19,9 +19,10 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 /// read.
 std::string readFile(const std::string& path);
 
-/// Makes the `size` bytes at `data` the content of the file `path`, opened with the stdio mode
-/// `mode`. Nothing is reported; a file that cannot be opened is left alone.
-void replaceFile(const std::string& path, const char* mode, const char* data, std::size_t size);
+/// Makes the `size` bytes at `data` the content of the file `path`, in place, opened with the stdio
+/// mode `mode`. Nothing is reported; a file that cannot be opened is left alone.
+void overwriteUnchecked(const std::string& path, const char* mode, const char* data,
+                        std::size_t size);
 
 /// Writes `size` bytes at `data` with one `write` whose outcome nobody looks at: the stores accept
 /// a record that a full disk cuts, and their readers leave it out.

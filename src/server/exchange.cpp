@@ -1,8 +1,8 @@
-#include "server/device_api.h"
+#include "server/exchange.h"
 
 #include "tavroserver.h"
 
-namespace device_api {
+namespace exchange {
 
 bool send(folium::tavro::CurlManager& manager, const char* method, const std::string& body) {
     manager.sendRequest(TavroServer::baseApiUrl + method, TavroServer::apiPort, body);
@@ -47,4 +47,4 @@ void dumpAnswer(std::FILE* stream, std::string_view before, const std::vector<ch
     std::fwrite(after.data(), 1, after.size(), stream);
 }
 
-}  // namespace device_api
+}  // namespace exchange

@@ -13,11 +13,7 @@
 #include "xmlparser.h"
 
 /// The road that every request of the service shares: format the body, send it, read the answer.
-namespace device_api {
-
-/// The service's result codes that mean success.
-inline constexpr std::string_view success_code = "1003";
-inline constexpr std::string_view reminder_sent_code = "1014";
+namespace exchange {
 
 /// Texts of an answer by element name.
 using Answers = std::map<std::string, std::string>;
@@ -62,4 +58,4 @@ void assignAnswers(const Answers& answers, std::initializer_list<AnswerTarget> t
 void dumpAnswer(std::FILE* stream, std::string_view before, const std::vector<char>& answer,
                 std::string_view after);
 
-}  // namespace device_api
+}  // namespace exchange

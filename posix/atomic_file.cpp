@@ -1,0 +1,56 @@
+#include "posix/atomic_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "posix/retry_after_signal.h"
+#include "posix/system_error.h"
+#include "posix/temporary_file.h"
+
+namespace posix {
+
+namespace {
+
+constexpr std::size_t block_size = 65536;
+
+/// An empty file in the folder of `path` with the permissions that the file `path` is to have.
+TemporaryFile replacementOf(const std::string& path) {
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    TemporaryFile replacement(folder + std::string(replacement_prefix));
+    struct stat status = {};
+    const bool present = ::stat(path.c_str(), &status) == 0;
+    if (present && ::fchmod(replacement.descriptor(), status.st_mode & 0777) != 0)
+        throwSystemError("cannot write", path);
+    return replacement;
+}
+
+}  // namespace
+
+void replaceFile(const std::string& path, std::string_view content) {
+    TemporaryFile replacement = replacementOf(path);
+    replacement.write(content);
+    replacement.renameTo(path);
+}
+
+void replaceByCopy(const std::string& path, const std::string& source) {
+    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!original)
+        throwSystemError("cannot read", source);
+    TemporaryFile replacement = replacementOf(path);
+    std::array<char, block_size> block;
+    for (;;) {
+        const ssize_t count =
+            retryAfterSignal([&] { return ::read(original.get(), block.data(), block.size()); });
+        if (count == -1)
+            throwSystemError("cannot read", source);
+        if (count == 0)
+            break;
+        replacement.write({block.data(), static_cast<std::size_t>(count)});
+    }
+    replacement.renameTo(path);
+}
+
+}  // namespace posix

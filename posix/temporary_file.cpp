@@ -1,0 +1,64 @@
+#include "posix/temporary_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "posix/retry_after_signal.h"
+#include "posix/system_error.h"
+#include "posix/write_all.h"
+
+namespace posix {
+
+namespace {
+
+/// Waits until the entries of the folder of `path` are on the disk. What was renamed is in place
+/// whatever becomes of this, so a failure is none of the caller's.
+void flushFolderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (directory)
+        retryAfterSignal([&] { return ::fsync(directory.get()); });
+}
+
+}  // namespace
+
+TemporaryFile::TemporaryFile(const std::string& beginning) : path_(beginning + "XXXXXX") {
+    file_ = FileDescriptor(::mkostemp(path_.data(), O_CLOEXEC));
+    if (!file_)
+        throwSystemError("cannot create", path_);
+}
+
+TemporaryFile::~TemporaryFile() {
+    if (file_)
+        ::unlink(path_.c_str());
+}
+
+TemporaryFile::TemporaryFile(TemporaryFile&& other) noexcept
+    : file_(std::move(other.file_)), path_(std::move(other.path_)) {}
+
+TemporaryFile& TemporaryFile::operator=(TemporaryFile&& other) noexcept {
+    std::swap(file_, other.file_);
+    std::swap(path_, other.path_);
+    return *this;
+}
+
+void TemporaryFile::write(std::string_view bytes) {
+    if (!writeAll(file_.get(), bytes))
+        throwSystemError("cannot write", path_);
+}
+
+void TemporaryFile::renameTo(const std::string& path) {
+    if (retryAfterSignal([this] { return ::fsync(file_.get()); }) != 0)
+        throwSystemError("cannot write", path);
+    if (std::rename(path_.c_str(), path.c_str()) != 0)
+        throwSystemError("cannot write", path);
+    file_.close();
+    flushFolderOf(path);
+}
+
+}  // namespace posix

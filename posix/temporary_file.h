@@ -1,0 +1,51 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+
+#include "posix/file_descriptor.h"
+
+namespace posix {
+
+/// A file under a name of its own that is removed again when the object goes, unless it was given
+/// its final name; or no file at all.
+class TemporaryFile {
+public:
+    /// No file.
+    TemporaryFile() = default;
+
+    /// Makes an empty file (mode 0600) called `beginning` and six more characters. Throws
+    /// `std::system_error`.
+    explicit TemporaryFile(const std::string& beginning);
+
+    ~TemporaryFile();
+    TemporaryFile(TemporaryFile&& other) noexcept;
+    TemporaryFile& operator=(TemporaryFile&& other) noexcept;
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    /// Whether there is a file.
+    explicit operator bool() const { return static_cast<bool>(file_); }
+
+    /// Full path of the file.
+    const std::string& path() const { return path_; }
+
+    /// Its open descriptor.
+    int descriptor() const { return file_.get(); }
+
+    /// Appends `bytes`. Throws `std::system_error`, as when the disk is full.
+    void write(std::string_view bytes);
+
+    /// Waits until all bytes are on the disk and renames the file to `path`, which it replaces; the
+    /// rename itself is on the disk, too, when this returns. Throws `std::system_error`; `path` is
+    /// as it was then.
+    void renameTo(const std::string& path);
+
+private:
+    FileDescriptor file_{-1};
+    std::string path_;
+};
+
+}  // namespace posix
