@@ -14,12 +14,15 @@
 #include <stdexcept>
 #include <thread>
 
-#include "activity_log.h"
+#include "tavro-sync/activity_log.h"
 #include "core_utils.h"
-#include "operations.h"
+#include "account/account_requests.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/journal_backup.h"
 #include "service.h"
 #include "support/device_root.h"
-#include "sync_round.h"
+#include "tavro-sync/sync_round.h"
 #include "tavro_client.h"
 #include "tavro_entry_points.h"
 
@@ -51,9 +54,10 @@ protected:
         device.writeAccount();
         fs::create_directories(root + "/ebrmain/bin");
         fs::create_symlink(TAVRO_TEST_SYNC_APPLICATION, application);
-        reader::registerDevice(account, false);
-        reader::openAccount(account, "password");
-        reader::logIn(account, "password");
+        account = tavro::tools::Account(device.configuration());
+        tavro::tools::registerDevice(account, false);
+        tavro::tools::openAccount(account, "password");
+        tavro::tools::logIn(account, "password");
     }
 
     /// Names of the files in the download folder.
@@ -95,7 +99,7 @@ protected:
     }
 
     /// Whether a round in this process did all that it should.
-    bool round() const { return reader::SyncRound(account, log).run(); }
+    bool round() const { return tavro::tools::SyncRound(account, log).run(); }
 
     void slowDown(Operation operation, std::chrono::milliseconds delay) {
         Fault fault;
@@ -114,8 +118,8 @@ protected:
     const TemporaryFolder folder;
     tavro::service::Service service;
     const std::string application = root + "/ebrmain/bin/tavro_sync.app";
-    const reader::Account account{device.configuration()};
-    const reader::ActivityLog log{account.file(".tavro_sync.log")};
+    tavro::tools::Account account{device.configuration()};
+    const tavro::tools::ActivityLog log{account.file(".tavro_sync.log")};
     const std::vector<std::string> books{"first.txt", "pepper.epub", "second.txt", "third.txt"};
 };
 
@@ -171,7 +175,7 @@ TEST_F(Sync, DeletedBooksGoUnlessTheirChangeWaits) {
     EXPECT_EQ(readFile(device.syncFolder() + "/../joined.txt"), "not in the folder");
     EXPECT_EQ(map.GetBookMap().count("pepper.epub"), 0U);
     EXPECT_EQ(map.GetBookMap().count("first.txt"), 1U);
-    EXPECT_EQ(reader::pendingChanges(account).size(), 1U);
+    EXPECT_EQ(tavro::tools::pendingChanges(account).size(), 1U);
     EXPECT_FALSE(fs::exists(account.file("covers/" + std::to_string(pepper) + ".png")));
     EXPECT_THAT(readFile(account.file(".tavro_sync.log")), HasSubstr("kept first.txt"));
 }
@@ -193,10 +197,10 @@ TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
 // The library rewrites the book map in place and journals without a look at the outcome.
 TEST_F(Sync, CutBookMapAndFullDiskLoseNothing) {
     ASSERT_TRUE(round());
-    const auto map = reader::mappedFiles(account);
+    const auto map = tavro::tools::mappedFiles(account);
     fs::resize_file(account.file(".tavro.lst"), 0);
     ASSERT_TRUE(round());
-    EXPECT_EQ(reader::mappedFiles(account), map);
+    EXPECT_EQ(tavro::tools::mappedFiles(account), map);
     EXPECT_EQ(files(), books);
 
     const SyncJournal::Record change{"first.txt", "first.txt", false};
@@ -212,7 +216,7 @@ TEST_F(Sync, CutBookMapAndFullDiskLoseNothing) {
         EXPECT_EQ(statusOf(process), 1);
         EXPECT_GT(fs::file_size(account.file(journal)), 0U);
         ASSERT_TRUE(round());
-        EXPECT_TRUE(reader::pendingChanges(account).empty());
+        EXPECT_TRUE(tavro::tools::pendingChanges(account).empty());
         EXPECT_EQ(service.requests().back().operation, Operation::SysnWithCloud);
     }
     const auto requests = service.requests();
@@ -242,9 +246,9 @@ TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
     ASSERT_TRUE(round());
     EXPECT_THAT(files(),
                 ElementsAre("first-2.txt", "first.txt", "pepper.epub", "second.txt", "third.txt"));
-    EXPECT_EQ(reader::mappedFiles(account).size(), books.size());
-    EXPECT_EQ(reader::mappedFiles(account).count("first-2.txt"), 1U);
-    EXPECT_THAT(reader::pendingChanges(account), ElementsAre());
+    EXPECT_EQ(tavro::tools::mappedFiles(account).size(), books.size());
+    EXPECT_EQ(tavro::tools::mappedFiles(account).count("first-2.txt"), 1U);
+    EXPECT_THAT(tavro::tools::pendingChanges(account), ElementsAre());
     EXPECT_FALSE(fs::exists(account.file(".tavro_journal_replaying")));
     EXPECT_THAT(downloadList(), ElementsAre());
 }

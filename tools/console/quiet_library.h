@@ -1,8 +1,8 @@
 #pragma once
 
-#include "output.h"
+#include "console/output.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// While it lives, what the library writes to standard output and standard error (libcurl's trace,
 /// raw answers, fixed texts) goes nowhere, or with `trace` both to the real standard error, so
@@ -18,4 +18,4 @@ private:
     const Output& output_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

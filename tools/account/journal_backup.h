@@ -3,31 +3,31 @@
 #include <string>
 #include <vector>
 
-#include "account.h"
+#include "account/account.h"
 #include "syncjournal.h"
 
-namespace reader {
+namespace tavro::tools {
 
-/// The changes in the journal that still have to reach the service, oldest first. Takes none.
-std::vector<SyncJournal::Record> pendingChanges(const Account& account);
+/// A book file that was replaced on the device.
+using Change = SyncJournal::Record;
 
-/// Takes one record with the names of `wanted` out of `records`; false if there is none.
-bool take(std::vector<SyncJournal::Record>& records, const SyncJournal::Record& wanted);
+/// The changes in the journal that still have to reach the service, oldest first.
+std::vector<Change> pendingChanges(const Account& account);
+
+/// Makes `changes` the whole content of the journal. The library writes it without a look at the
+/// outcome, so it is read again: throws Failure unless all changes are there.
+void writeJournal(const Account& account, const std::vector<Change>& changes);
 
 /// A copy of the journal, made before a replay: that empties the journal and has the changes in
 /// memory only, so a killed replay would lose them, and one that finds the disk full as well.
 class JournalBackup {
 public:
-    /// Copies the journal. Throws `std::filesystem::filesystem_error`.
+    /// Copies the journal. Throws Failure.
     explicit JournalBackup(const Account& account);
 
     /// Removes the copy, once it is sure that the journal has again what was not sent. Without
     /// this call it stays, for `restoreJournal`.
     void discard() const;
-
-    /// Throws `std::filesystem::filesystem_error` unless the folder of the journal takes as many
-    /// bytes as the copy has.
-    void requireSpace() const;
 
 private:
     std::string path_;
@@ -39,4 +39,4 @@ private:
 /// still there, when the journal cannot be written.
 void restoreJournal(const Account& account);
 
-}  // namespace reader
+}  // namespace tavro::tools

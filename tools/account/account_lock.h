@@ -1,9 +1,9 @@
 #pragma once
 
-#include "account.h"
+#include "account/account.h"
 #include "posix/file_descriptor.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// The right to move the account's books, catalogue and changes, which one process has at a time:
 /// two downloads of one book would write into the same partial file, and two replays would send
@@ -20,4 +20,4 @@ private:
     posix::FileDescriptor file_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

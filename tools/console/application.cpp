@@ -1,26 +1,26 @@
-#include "application.h"
+#include "console/application.h"
 
 #include <clocale>
 #include <cstdio>
 #include <exception>
 #include <string>
 
-#include "failure.h"
+#include "account/failure.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
 constexpr int exit_failed = 1;
-constexpr int exit_wrong_use = 2;
+constexpr int exit_wrong_usage = 2;
 
 int runGuarded(const Application& application) {
     const Output output(application.name, false);
     try {
         return application.run(output);
-    } catch (const WrongUse& wrongUse) {
-        output.error(Failure(wrongUse.what()));
-        return exit_wrong_use;
+    } catch (const UsageError& usageError) {
+        output.error(Failure(usageError.what()));
+        return exit_wrong_usage;
     } catch (const Failure& failure) {
         output.error(failure);
     } catch (const std::exception& error) {
@@ -40,7 +40,7 @@ int parseAndRun(const Application& application, int count, char** values) {
     else
         std::fprintf(stderr, "%s: these arguments mean nothing here; see --help\n",
                      application.name);
-    return argument == "--help" || argument == "--version" ? 0 : exit_wrong_use;
+    return argument == "--help" || argument == "--version" ? 0 : exit_wrong_usage;
 }
 
 }  // namespace
@@ -55,4 +55,4 @@ int runApplication(const Application& application, int count, char** values) {
     }
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

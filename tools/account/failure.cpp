@@ -1,8 +1,8 @@
-#include "failure.h"
+#include "account/failure.h"
 
 #include "tavroserver.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -48,4 +48,4 @@ std::string downloadAddress() {
     return hostAndPort(TavroServer::downloadUrl, TavroServer::downloadPort);
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -4,16 +4,18 @@
 #include <map>
 #include <string>
 
-namespace reader {
+namespace tavro::tools {
 
 /// Keys of the account configuration with their values.
 using Settings = std::map<std::string, std::string>;
 
-/// The account's files in one configuration folder, as the device's programs keep them for the
-/// library. Every call reads or writes the files; nothing is cached and no lock is taken.
+/// The account in one configuration folder: its settings, and its files as the device's programs
+/// keep them for the library. The settings are read once, when the object is made, and follow what
+/// is stored through it; what another process stores later shows in a new object only. No lock is
+/// taken.
 class Account {
 public:
-    /// Names the configuration folder, which need not exist yet.
+    /// Reads the settings of the configuration folder `folder`, which need not exist yet.
     explicit Account(const std::string& folder);
 
     /// The configuration folder, without a trailing "/".
@@ -22,7 +24,7 @@ public:
     /// Full path of the file `name` of the configuration folder.
     std::string file(const std::string& name) const { return folder_ + "/" + name; }
 
-    /// A value of the account configuration; empty when it is absent.
+    /// The setting `key` (see session/account_keys.h); empty when it is absent.
     std::string value(const std::string& key) const;
 
     /// Folder of the downloaded books, without a trailing "/"; empty when not configured.
@@ -33,35 +35,35 @@ public:
         return downloadFolder().string() + "/" + name;
     }
 
-    /// Whether the account configuration has all that the library requires.
+    /// Whether the settings have all that the library requires.
     bool isConfigured() const;
 
     /// Whether a device token is stored.
     bool isRegistered() const;
 
     /// Whether a session is stored. The service may have ended it meanwhile.
-    bool isLoggedIn() const { return !value("sessionID").empty(); }
+    bool isLoggedIn() const;
 
-    /// Writes `settings` into the account configuration, keeping what else it holds. Throws
-    /// Failure.
-    void store(const Settings& settings) const;
+    /// Stores `settings`, keeping what else the file holds. Throws Failure.
+    void store(const Settings& settings);
 
     /// Stores the device token, which a session survives no change of: the session is forgotten.
     /// Throws Failure.
-    void storeToken(const std::string& token) const;
+    void storeToken(const std::string& token);
 
     /// Stores what a login gave, where the device's programs look for it. Throws Failure.
-    void storeSession(const std::string& sessionId, const std::string& vendorToken) const;
+    void storeSession(const std::string& sessionId, const std::string& vendorToken);
 
     /// Forgets the stored session. Throws Failure.
-    void forgetSession() const;
+    void forgetSession();
 
 private:
     std::string folder_;
+    Settings settings_;
 };
 
 /// Writes `settings` into the key/value file `path`, creating it in an existing folder and keeping
 /// what else it holds. Throws Failure.
 void storeSettings(const std::string& path, const Settings& settings);
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "failure.h"
+#include "account/failure.h"
 #include "posix/file_descriptor.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// JSON whose members stay in the order given.
 using Json = nlohmann::ordered_json;
@@ -70,4 +70,4 @@ private:
     bool json_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

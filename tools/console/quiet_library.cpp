@@ -1,11 +1,11 @@
-#include "quiet_library.h"
+#include "console/quiet_library.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -30,4 +30,4 @@ QuietLibrary::~QuietLibrary() {
     redirect(output_.standardOutput(), output_.standardError());
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -5,7 +5,7 @@
 
 class TavroServer;
 
-namespace reader {
+namespace tavro::tools {
 
 /// Why something did not happen, in words for the person who asked for it, and what to try.
 class Failure : public std::runtime_error {
@@ -28,7 +28,7 @@ public:
 };
 
 /// A command given in a way that cannot work; the program ends with status 2.
-class WrongUse : public std::runtime_error {
+class UsageError : public std::runtime_error {
     using runtime_error::runtime_error;
 };
 
@@ -48,4 +48,4 @@ std::string uploadAddress();
 /// "HOST:PORT" of the download page, as the library has it now.
 std::string downloadAddress();
 
-}  // namespace reader
+}  // namespace tavro::tools

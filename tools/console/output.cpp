@@ -1,4 +1,4 @@
-#include "output.h"
+#include "console/output.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -10,9 +10,9 @@
 #include <cwctype>
 #include <utility>
 
-#include "write_all.h"
+#include "posix/write_all.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -108,7 +108,7 @@ Output::Output(std::string program, bool json)
       json_(json) {}
 
 void Output::result(const Json& json, const std::string& text) const {
-    if (!writeAll(output_.get(), json_ ? serialised(json, 2) : text + "\n"))
+    if (!posix::writeAll(output_.get(), json_ ? serialised(json, 2) : text + "\n"))
         throw Failure("the result cannot be written to standard output");
 }
 
@@ -132,21 +132,22 @@ void Output::summary(const Json& json) const {
 
 void Output::error(const Failure& failure) const {
     const std::string advice = failure.advice.empty() ? "" : "Try: " + failure.advice + "\n";
-    writeAll(error_.get(), json_ ? serialised({{"error", failure.what()},
-                                               {"code", failure.code},
-                                               {"message", failure.message},
-                                               {"advice", failure.advice}},
-                                              -1)
-                                 : program_ + ": " + displayable(failure.what()) + "\n" + advice);
+    posix::writeAll(error_.get(),
+                    json_ ? serialised({{"error", failure.what()},
+                                        {"code", failure.code},
+                                        {"message", failure.message},
+                                        {"advice", failure.advice}},
+                                       -1)
+                          : program_ + ": " + displayable(failure.what()) + "\n" + advice);
 }
 
 void Output::prompt(const std::string& text) const {
-    writeAll(error_.get(), text);
+    posix::writeAll(error_.get(), text);
 }
 
 void Output::transient(const std::string& text) const {
     if (hasTerminal())
-        writeAll(error_.get(), "\r\x1B[K" + displayable(text));
+        posix::writeAll(error_.get(), "\r\x1B[K" + displayable(text));
 }
 
 unsigned Output::columns(unsigned otherwise) const {
@@ -159,4 +160,4 @@ bool Output::hasTerminal() const {
     return ::isatty(error_.get()) == 1;
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

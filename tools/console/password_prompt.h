@@ -2,16 +2,16 @@
 
 #include <string>
 
-#include "output.h"
+#include "console/output.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// Reads the account password: with `fromStandardInput` the first line of standard input,
 /// otherwise what is typed at the terminal, without echo, and with `twice` again to be sure.
 /// Blocks. The terminal gets its echo back whatever happens, signals included.
 ///
-/// Throws WrongUse without a terminal and when the password is empty or holds control characters,
+/// Throws UsageError without a terminal and when the password is empty or holds control characters,
 /// Failure when the two entries differ.
 std::string readPassword(const Output& output, bool fromStandardInput, bool twice);
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -2,9 +2,9 @@
 
 #include <functional>
 
-#include "output.h"
+#include "console/output.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// An application that the device's programs start, and that a person may start as well.
 struct Application {
@@ -19,4 +19,4 @@ struct Application {
 /// @return the exit status: that of the work; 1 when it threw; 2 for wrong use.
 int runApplication(const Application& application, int count, char** values);
 
-}  // namespace reader
+}  // namespace tavro::tools

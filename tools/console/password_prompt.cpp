@@ -1,4 +1,4 @@
-#include "password_prompt.h"
+#include "console/password_prompt.h"
 
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -11,7 +11,7 @@
 #include <iostream>
 #include <optional>
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -98,7 +98,7 @@ std::string ask(const Output& output, const std::string& question) {
 
 std::string askAtTerminal(const Output& output, bool twice) {
     if (::isatty(STDIN_FILENO) != 1)
-        throw WrongUse(
+        throw UsageError(
             "standard input is no terminal to ask for the password: give the password "
             "as its first line and say --password-stdin");
     std::string password = ask(output, "Password: ");
@@ -117,8 +117,8 @@ std::string readPassword(const Output& output, bool fromStandardInput, bool twic
         password = askAtTerminal(output, twice);
     const auto isControl = [](unsigned char character) { return std::iscntrl(character) != 0; };
     if (password.empty() || std::any_of(password.begin(), password.end(), isControl))
-        throw WrongUse("the password is empty or holds control characters");
+        throw UsageError("the password is empty or holds control characters");
     return password;
 }
 
-}  // namespace reader
+}  // namespace tavro::tools
