@@ -1,14 +1,19 @@
 #include "posix/atomic_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
+#include <system_error>
 
 #include "posix/retry_after_signal.h"
 #include "posix/system_error.h"
 #include "posix/temporary_file.h"
+
+namespace fs = std::filesystem;
 
 namespace posix {
 
@@ -49,6 +54,19 @@ void replaceByCopy(const std::string& path, const std::string& source) {
         replacement.write({block.data(), static_cast<std::size_t>(count)});
     }
     replacement.renameTo(path);
+}
+
+void removeAbandonedReplacements(const std::string& folder) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename();
+        if (name.compare(0, replacement_prefix.size(), replacement_prefix) != 0)
+            continue;
+        const FileDescriptor file(::open(entry->path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        if (file && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
+            ::unlink(entry->path().c_str());
+    }
 }
 
 mode_t modeOf(const std::string& path, mode_t otherwise) {

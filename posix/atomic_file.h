@@ -21,6 +21,10 @@ void replaceFile(const std::string& path, std::string_view content, mode_t mode 
 /// Makes the file `path` a copy of the file `source`, with its permissions.
 void replaceByCopy(const std::string& path, const std::string& source);
 
+/// Removes from `folder` what killed writers have left behind of files that were to replace others.
+/// What is being written stays. A folder that cannot be read is passed over.
+void removeAbandonedReplacements(const std::string& folder);
+
 /// The permissions of the file `path`; `otherwise` when there is none.
 mode_t modeOf(const std::string& path, mode_t otherwise);
 

@@ -1,6 +1,7 @@
 #include "posix/temporary_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -31,6 +32,7 @@ TemporaryFile::TemporaryFile(const std::string& beginning) : path_(beginning + "
     file_ = FileDescriptor(::mkostemp(path_.data(), O_CLOEXEC));
     if (!file_)
         throwSystemError("cannot create", path_);
+    ::flock(file_.get(), LOCK_EX);  // nobody else has the name: it never waits
 }
 
 TemporaryFile::~TemporaryFile() {

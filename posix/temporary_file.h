@@ -10,7 +10,8 @@
 namespace posix {
 
 /// A file under a name of its own that is removed again when the object goes, unless it was given
-/// its final name; or no file at all.
+/// its final name; or no file at all. It is locked (`flock`) for as long as it is open, so that one
+/// whose process was killed can be told from one that is being written.
 class TemporaryFile {
 public:
     /// No file.

@@ -19,7 +19,7 @@
 #include "account/account_requests.h"
 #include "account/book_map.h"
 #include "account/books.h"
-#include "account/journal_backup.h"
+#include "account/journal.h"
 #include "service.h"
 #include "support/device_root.h"
 #include "tavro-sync/sync_round.h"

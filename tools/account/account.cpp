@@ -1,7 +1,9 @@
 #include "account/account.h"
 
+#include <fcntl.h>
 #include <lectern.h>
 #include <lectern_host.h>
+#include <sys/file.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,6 +12,8 @@
 #include "account/files.h"
 #include "platform/account_files.h"
 #include "platform/configuration.h"
+#include "posix/file_descriptor.h"
+#include "posix/retry_after_signal.h"
 #include "session/account_keys.h"
 
 namespace fs = std::filesystem;
@@ -23,6 +27,21 @@ void saveOrThrow(platform::Configuration config, const std::string& path) {
     if (platform::save(std::move(config)) != 0)
         throwCannotWrite(path);
 }
+
+/// The right to change the settings files of a folder, from opening one to saving it: of two
+/// writers at once the later one would undo what the earlier one has changed. Waits for it.
+class FolderLock {
+public:
+    explicit FolderLock(const std::string& folder)
+        : folder_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        if (!folder_ ||
+            posix::retryAfterSignal([this] { return ::flock(folder_.get(), LOCK_EX); }) != 0)
+            throwCannotWrite(folder);
+    }
+
+private:
+    posix::FileDescriptor folder_;
+};
 
 std::string withoutTrailingSlashes(std::string folder) {
     while (folder.size() > 1 && folder.back() == '/')
@@ -75,8 +94,8 @@ void Account::store(const Settings& settings) {
 }
 
 void Account::storeToken(const std::string& token) {
+    forgetSession();  // first: an interruption must not leave the old session beside the new token
     replaceFile(file(account_files::token), token);
-    forgetSession();
 }
 
 void Account::storeSession(const std::string& sessionId, const std::string& vendorToken) {
@@ -86,6 +105,7 @@ void Account::storeSession(const std::string& sessionId, const std::string& vend
 
 void Account::forgetSession() {
     const std::string path = file(account_files::configuration);
+    const FolderLock lock(folder_);
     auto config = platform::openConfiguration(path);
     RemoveKey(config.get(), account_keys::session);
     saveOrThrow(std::move(config), path);
@@ -94,6 +114,7 @@ void Account::forgetSession() {
 }
 
 void storeSettings(const std::string& path, const Settings& settings) {
+    const FolderLock lock(fs::path(path).parent_path());
     auto config = platform::openConfiguration(path);
     for (const auto& [key, value] : settings)
         WriteString(config.get(), key.c_str(), value.c_str());

@@ -6,8 +6,10 @@
 #include "account/book_map.h"
 #include "account/failure.h"
 #include "account/files.h"
-#include "account/journal_backup.h"
+#include "account/journal.h"
 #include "account/own_files.h"
+#include "platform/account_files.h"
+#include "posix/atomic_file.h"
 
 namespace tavro::tools {
 
@@ -25,8 +27,11 @@ AccountLock::AccountLock(const Account& account) : file_(openLockFile(account)) 
         throwCannotWrite(account.file(own_files::account_lock));
     if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0)
         throw AlreadyRunning();
+    for (const std::string& folder :
+         {account.folder(), account.file(account_files::covers), account.downloadFolder().string()})
+        posix::removeAbandonedReplacements(folder);
+    restoreJournal(account);  // first: what the journal names, the book map keeps
     repairAndCopyBookMap(account);
-    restoreJournal(account);
 }
 
 }  // namespace tavro::tools

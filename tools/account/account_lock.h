@@ -11,9 +11,9 @@ namespace tavro::tools {
 class AccountLock {
 public:
     /// Takes the lock, an exclusive `flock` on a file of the configuration folder, without waiting
-    /// for it, and puts back what a killed process left undone: entries of the book map, and
-    /// changes that a replay held. Throws AlreadyRunning when another process has the lock, Failure
-    /// when the account's files cannot be written.
+    /// for it, removes the temporary files of killed processes and puts back what these left
+    /// undone: changes that a replay held, and entries of the book map. Throws AlreadyRunning when
+    /// another process has the lock, Failure when the account's files cannot be written.
     explicit AccountLock(const Account& account);
 
 private:

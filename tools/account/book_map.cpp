@@ -1,14 +1,15 @@
 #include "account/book_map.h"
 
+#include <sys/stat.h>
+
 #include <set>
 
 #include "account/files.h"
+#include "account/journal.h"
 #include "account/own_files.h"
 #include "bookmap.h"
 #include "platform/account_files.h"
 #include "store/locked_book_map.h"
-
-namespace fs = std::filesystem;
 
 namespace tavro::tools {
 
@@ -18,28 +19,56 @@ std::string mapFile(const Account& account) {
     return account.file(account_files::book_map);
 }
 
+/// Loads the open, locked `map`; an empty file, which the library does not load, has no entries.
+void load(BookMap& map) {
+    struct stat status = {};
+    if (map.loadMapInt() != 0 && (::fstat(map.fd_, &status) != 0 || status.st_size > 0))
+        throwCannotRead(map.path);
+}
+
 /// The entries of the book map in the file `path`.
 MappedFiles entriesIn(const std::string& path) {
-    if (!fs::exists(path))
+    if (!exists(path))
         return {};  // asking the book map would create the file
     BookMap map;
     map.path = path;
-    return map.GetBookMap();
+    const store::LockedBookMap locked(map);
+    if (!locked)
+        throwCannotRead(path);
+    load(map);
+    return map.bookMap;
 }
 
-/// Entries of `saved` that `present` has lost: their books lie in the download folder, and no other
-/// file has taken their place.
+/// Old names of the changes that still have to reach the service.
+std::set<std::string> changedNames(const Account& account) {
+    std::set<std::string> names;
+    for (const Change& change : pendingChanges(account))
+        names.insert(change.oldName);
+    return names;
+}
+
+/// Items that `present` has under a name that `saved` does not know: an upload has moved them.
+std::set<int> movedItems(const MappedFiles& saved, const MappedFiles& present) {
+    std::set<int> items;
+    for (const auto& [name, item] : present)
+        if (const auto former = saved.find(name); former == saved.end() || former->second != item)
+            items.insert(item);
+    return items;
+}
+
+/// Entries of `saved` that `present` has lost: their books lie in the download folder, or a change
+/// of them still has to be sent; and no upload has moved them to another name.
 MappedFiles lostEntries(const Account& account, const MappedFiles& saved,
                         const MappedFiles& present) {
-    std::set<int> items;
-    for (const auto& entry : present)
-        items.insert(entry.second);
-    const fs::path folder = account.downloadFolder();
+    const auto moved = movedItems(saved, present);
+    const auto changed = changedNames(account);
+    const std::string folder = account.downloadFolder().string() + "/";
     MappedFiles lost;
-    for (const auto& [name, item] : saved)
-        if (items.count(item) == 0 && present.count(name) == 0 &&
-            fs::is_regular_file(folder / name))
+    for (const auto& [name, item] : saved) {
+        const bool wanted = changed.count(name) > 0 || isRegularFile(folder + name);
+        if (present.count(name) == 0 && moved.count(item) == 0 && wanted)
             lost.emplace(name, item);
+    }
     return lost;
 }
 
@@ -49,7 +78,7 @@ void putBack(const Account& account, const MappedFiles& entries) {
     const store::LockedBookMap locked(map);
     if (!locked)
         throwCannotWrite(map.path);
-    map.loadMapInt();
+    load(map);
     map.bookMap.insert(entries.begin(), entries.end());
     map.saveMapInt();
 }
@@ -63,7 +92,7 @@ MappedFiles repaired(const Account& account, const MappedFiles& saved) {
     putBack(account, lost);
     MappedFiles repairedMap = mappedFiles(account);
     if (!lostEntries(account, saved, repairedMap).empty())
-        throwCannotWrite(mapFile(account));
+        throwNotWritten(mapFile(account));
     return repairedMap;
 }
 
@@ -72,6 +101,8 @@ void copyMap(const Account& account, const std::string& copy) {
     BookMap map;
     map.path = mapFile(account);
     const store::LockedBookMap locked(map);
+    if (!locked)
+        throwCannotRead(map.path);
     replaceByCopy(copy, map.path);
 }
 

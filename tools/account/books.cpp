@@ -1,36 +1,61 @@
 #include "account/books.h"
 
 #include "account/book_map.h"
+#include "account/catalogue.h"
 #include "account/failure.h"
+#include "account/files.h"
+#include "account/present_files.h"
+#include "platform/account_files.h"
 
 namespace fs = std::filesystem;
 
 namespace tavro::tools {
 
 bool isPresent(const Account& account, const std::string& name) {
-    return fs::is_regular_file(account.bookFile(name));
+    return isRegularFile(account.bookFile(name));
 }
 
 std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
     const std::string folder = account.downloadFolder().string() + "/";
     std::map<int, std::vector<std::string>> present;
     for (const auto& [name, item] : mappedFiles(account))
-        if (fs::is_regular_file(folder + name))
+        if (isRegularFile(folder + name))
             present[item].push_back(name);
     return present;
 }
 
+void requireDownloadFolder(const Account& account) {
+    const std::string folder = account.downloadFolder();
+    if (exists(folder))
+        return;
+    if (!mappedFiles(account).empty())
+        throw Failure("the download folder " + folder + " is missing",
+                      "insert the card that it lies on, or name another folder with 'tavroctl "
+                      "setup --folder'");
+    fs::create_directories(folder);
+}
+
 std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book) {
-    const fs::path folder = account.downloadFolder();
-    std::string name = session.downloadBook(book);
+    const std::string name = [&] {
+        const PresentFilesStay presentFilesStay;
+        return session.downloadBook(book);
+    }();
     if (name.empty())
         throw Failure(
             "no whole file came from " + downloadAddress(),
             "run 'tavroctl sync' to see whether service and session are alive, add --trace "
             "to see the exchange");
-    if (!fs::is_regular_file(folder.string() + "/" + name))
+    const std::string file = account.bookFile(name);
+    if (!isRegularFile(file))
         throw Failure("the download could not be given its name " + name,
-                      "check the permissions of " + folder.string());
+                      "check the permissions of " + account.downloadFolder().string());
+    // The library records the file without a look at the outcome.
+    const auto map = mappedFiles(account);
+    if (const auto entry = map.find(name);
+        entry == map.end() || entry->second != itemNumber(book)) {
+        fs::remove(file);
+        throwNotWritten(account.file(account_files::book_map));
+    }
     repairAndCopyBookMap(account);
     return name;
 }

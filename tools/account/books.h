@@ -15,6 +15,11 @@ bool isPresent(const Account& account, const std::string& name);
 /// Names of the mapped book files that lie in the download folder, by the item they belong to.
 std::map<int, std::vector<std::string>> presentFiles(const Account& account);
 
+/// Sees that the download folder is there, and makes it for an account without books. Throws
+/// Failure when it is missing although books have been downloaded, as when a card is not in: the
+/// account's books would all be downloaded again.
+void requireDownloadFolder(const Account& account);
+
 /// Downloads `book`. @return the file's name in the download folder, where it now lies.
 std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book);
 

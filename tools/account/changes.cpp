@@ -17,23 +17,36 @@ void requireMoved(const Account& account, const Change& change, int item) {
     const auto moved = map.find(change.newName);
     const bool left = change.oldName == change.newName || map.count(change.oldName) == 0;
     if (!left || moved == map.end() || moved->second != item)
-        throwCannotWrite(account.file(account_files::book_map));
+        throwNotWritten(account.file(account_files::book_map));
 }
 
-/// Has the library replay `change` alone and adds it to what `result` has of its kind.
-void replay(Tavro& session, const Account& account, const Change& change, ReplayResult& result) {
+/// Has the library replay `change`, whose book is `item`, alone. @return whether the service has
+/// it.
+bool replayAlone(Tavro& session, const Account& account, ReplayJournal& journal,
+                 const Change& change, int item) {
+    journal.isolate(change);
+    session.server->lastError.clear();  // else an earlier answer would pass for this one's
+    session.syncDownloadFolder();
+    if (!change.flag && session.lastError() != result_codes::success)
+        return false;
+    journal.settle();
+    requireMoved(account, change, item);
+    return true;
+}
+
+/// Replays `change`, if that can be done, and adds it to what `result` has of its kind.
+void replay(Tavro& session, const Account& account, ReplayJournal& journal, const Change& change,
+            ReplayResult& result) {
     const auto map = mappedFiles(account);
     const auto book = map.find(change.oldName);
-    writeJournal(account, {change});
-    session.syncDownloadFolder();
     if (book == map.end())
-        return result.dropped.push_back(change);
-    // The library clears the code of the last answer with each attempt.
-    const bool uploaded = change.flag || session.lastError() == result_codes::success;
-    if (!uploaded)
-        return result.kept.push_back(change);
-    requireMoved(account, change, book->second);
-    result.uploaded.push_back(change);
+        result.dropped.push_back(change);
+    else if (isWaitingForFile(account, change))
+        result.waiting.push_back(change);
+    else if (replayAlone(session, account, journal, change, book->second))
+        result.uploaded.push_back(change);
+    else
+        result.kept.push_back(change);
 }
 
 }  // namespace
@@ -51,18 +64,39 @@ Change replaceBook(Tavro& session, const Account& account, const std::string& ol
     return changes.back();
 }
 
+bool isWaitingForFile(const Account& account, const Change& change) {
+    return !change.flag && !isRegularFile(account.bookFile(change.newName));
+}
+
 ReplayResult replayChanges(Tavro& session, const Account& account) {
-    const auto changes = pendingChanges(account);
-    if (changes.empty())
+    ReplayJournal journal(account);
+    if (journal.changes().empty())
         return {};
-    const JournalBackup backup(account);
     ReplayResult result;
-    for (auto change = changes.rbegin(); change != changes.rend(); ++change)
-        replay(session, account, *change, result);
-    writeJournal(account, result.kept);
-    backup.discard();
+    for (auto change = journal.changes().rbegin(); change != journal.changes().rend(); ++change)
+        replay(session, account, journal, *change, result);
+    auto left = result.kept;
+    left.insert(left.end(), result.waiting.begin(), result.waiting.end());
+    journal.putBack(left);
+    // While the copy of the journal is there, a map that is cut keeps the names of its changes.
     repairAndCopyBookMap(account);
+    journal.discardCopy();
     return result;
+}
+
+std::vector<Change> dropChanges(const Account& account, const std::string& oldName) {
+    const auto changes = pendingChanges(account);
+    std::vector<Change> dropped;
+    std::vector<Change> left;
+    for (const Change& change : changes)
+        (change.oldName == oldName ? dropped : left).push_back(change);
+    if (dropped.empty())
+        throw Failure("the journal has no change of " + oldName,
+                      "name an old name of 'tavroctl journal'");
+    ReplayJournal journal(account);
+    journal.putBack(left);
+    journal.discardCopy();
+    return dropped;
 }
 
 }  // namespace tavro::tools

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "account/account.h"
-#include "account/journal_backup.h"
+#include "account/journal.h"
 #include "tavro.h"
 
 namespace tavro::tools {
@@ -19,7 +19,8 @@ Change replaceBook(Tavro& session, const Account& account, const std::string& ol
 struct ReplayResult {
     std::vector<Change> uploaded;  ///< have reached the service, now or earlier
     std::vector<Change> dropped;   ///< old name unknown to the book map
-    std::vector<Change> kept;      ///< still pending
+    std::vector<Change> kept;      ///< still pending: the service has not taken them
+    std::vector<Change> waiting;   ///< still pending, and not tried: their new files are missing
 };
 
 /// Uploads the pending changes, with the library's pauses after failed attempts:
@@ -32,8 +33,17 @@ struct ReplayResult {
 ///         |
 ///     remove the copy
 ///
-/// Throws Failure when journal or book map cannot be written; the copy then stays, for
+/// A change whose new file is missing would only cost its attempts and pauses, so it is not tried.
+/// Throws Failure when journal or book map cannot be read or written; the copy then stays, for
 /// `restoreJournal`. To be called under the account's lock.
 ReplayResult replayChanges(Tavro& session, const Account& account);
+
+/// Whether a replay would not try `change`, because its new file is missing.
+bool isWaitingForFile(const Account& account, const Change& change);
+
+/// Takes all changes of the file `oldName` out of the journal: the service keeps what it has.
+/// @return the changes. Throws Failure, also when there is none. To be called under the account's
+/// lock.
+std::vector<Change> dropChanges(const Account& account, const std::string& oldName);
 
 }  // namespace tavro::tools

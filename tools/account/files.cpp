@@ -2,23 +2,28 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <system_error>
 
 #include "account/failure.h"
 #include "posix/atomic_file.h"
 
+namespace fs = std::filesystem;
+
 namespace tavro::tools {
 
 namespace {
 
-constexpr const char* advice = "free space or check the permissions";
+constexpr const char* advice_to_write = "free space or check the permissions";
+constexpr const char* advice_to_read =
+    "check its owner and permissions (a command run with sudo leaves files of root behind)";
 
 template <typename Action>
 void failing(Action action) {
     try {
         action();
     } catch (const std::system_error& error) {
-        throw Failure(error.what(), advice);
+        throw Failure(error.what(), advice_to_write);
     }
 }
 
@@ -32,9 +37,30 @@ void replaceByCopy(const std::string& path, const std::string& source) {
     failing([&] { posix::replaceByCopy(path, source); });
 }
 
+bool exists(const std::string& path) {
+    std::error_code error;
+    const bool found = fs::symlink_status(path, error).type() != fs::file_type::not_found;
+    if (found && error)
+        throw Failure("cannot read " + path + ": " + error.message(), advice_to_read);
+    return found;
+}
+
+bool isRegularFile(const std::string& path) {
+    std::error_code unknown;
+    return fs::is_regular_file(path, unknown);
+}
+
+void throwCannotRead(const std::string& path) {
+    throw Failure("cannot read " + path + ": " + std::strerror(errno), advice_to_read);
+}
+
 void throwCannotWrite(const std::string& path) {
     const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
-    throw Failure("cannot write " + path + reason, advice);
+    throw Failure("cannot write " + path + reason, advice_to_write);
+}
+
+void throwNotWritten(const std::string& path) {
+    throw Failure("cannot write " + path + ": it does not hold what was written", advice_to_write);
 }
 
 }  // namespace tavro::tools

@@ -14,7 +14,23 @@ void replaceFile(const std::string& path, std::string_view content);
 /// Makes the file `path` a copy of the file `source`.
 void replaceByCopy(const std::string& path, const std::string& source);
 
-/// Throws the Failure that the file `path` cannot be written, with the reason that `errno` gives.
+/// Whether there is something at `path`, whatever it is. Throws Failure when that cannot be told,
+/// so that what cannot be seen never counts as missing.
+bool exists(const std::string& path);
+
+/// Whether `path` is a regular file; what cannot be looked at (a link that leads to itself, a name
+/// longer than the file system has) is none.
+bool isRegularFile(const std::string& path);
+
+/// Throws the Failure that the file `path` cannot be read, with the reason that `errno` gives: only
+/// right behind the call that failed.
+[[noreturn]] void throwCannotRead(const std::string& path);
+
+/// Throws the Failure that the file `path` cannot be written, likewise.
 [[noreturn]] void throwCannotWrite(const std::string& path);
+
+/// Throws the Failure that the file `path`, read again, does not hold what was written to it: the
+/// library writes its stores without a look at the outcome.
+[[noreturn]] void throwNotWritten(const std::string& path);
 
 }  // namespace tavro::tools

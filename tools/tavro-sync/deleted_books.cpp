@@ -5,7 +5,7 @@
 
 #include "account/book_map.h"
 #include "account/books.h"
-#include "account/journal_backup.h"
+#include "account/journal.h"
 #include "platform/account_files.h"
 #include "store/locked_book_map.h"
 

@@ -1,7 +1,7 @@
 #include "account/account_requests.h"
 #include "account/books.h"
 #include "account/catalogue.h"
-#include "account/journal_backup.h"
+#include "account/journal.h"
 #include "account/session.h"
 #include "console/password_prompt.h"
 #include "session/account_keys.h"

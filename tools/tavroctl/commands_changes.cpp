@@ -5,7 +5,7 @@
 #include "account/books.h"
 #include "account/changes.h"
 #include "account/files.h"
-#include "account/journal_backup.h"
+#include "account/journal.h"
 #include "account/session.h"
 #include "tavroctl/commands.h"
 #include "tavroctl/retry_pauses.h"

@@ -13,7 +13,7 @@
 #include <optional>
 
 #include "account/account_lock.h"
-#include "account/journal_backup.h"
+#include "account/journal.h"
 #include "account/own_files.h"
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
