@@ -1,6 +1,7 @@
 #pragma once
 
 #include <fstream>
+#include <iomanip>
 #include <optional>
 #include <string>
 
@@ -16,8 +17,9 @@ inline std::optional<std::string> itemIn(const std::string& path) {
     std::ifstream stream(path);
     if (!stream)
         return std::nullopt;
+    constexpr int longest_item = 4096;  // whatever the file is, memory stays small
     std::string word;
-    stream >> word;
+    stream >> std::setw(longest_item) >> word;
     return word;
 }
 

@@ -36,10 +36,12 @@ bool exists(const std::string& path) {
 }  // namespace
 
 std::string freeName(const std::string& folder, const std::string& serverName) {
-    const std::size_t position = extensionPosition(serverName);
-    const std::string base = serverName.substr(0, position);
-    const std::string extension = serverName.substr(position);
-    std::string candidate = serverName;
+    // The system's calls end a name at a zero byte: a number behind it would never make it another.
+    const std::string name = serverName.substr(0, serverName.find('\0'));
+    const std::size_t position = extensionPosition(name);
+    const std::string base = name.substr(0, position);
+    const std::string extension = name.substr(position);
+    std::string candidate = name;
     for (unsigned long number = 1; exists(folder + "/" + candidate); ++number)
         candidate = base + "_" + std::to_string(number) + extension;
     return candidate;

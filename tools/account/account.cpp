@@ -50,7 +50,12 @@ std::string withoutTrailingSlashes(std::string folder) {
 }
 
 Settings settingsIn(const std::string& path) {
+    errno = 0;
     const auto config = platform::openConfiguration(path);
+    if (const int error = errno; !config && exists(path)) {
+        errno = error;
+        throwCannotRead(path);
+    }
     Settings settings;
     for (const char* const key : account_keys::all)
         settings[key] = ReadString(config.get(), key, "");

@@ -8,6 +8,7 @@
 #include "console/application.h"
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
+#include "posix/inherited_descriptors.h"
 #include "tavro-sync/sync_round.h"
 
 namespace {
@@ -48,5 +49,8 @@ int synchronise(const Output& output) {
 }  // namespace
 
 int main(int count, char** values) {
+    posix::openStandardStreams();
+    // The browser's lock on the download list among them, for which this process would wait.
+    posix::closeInheritedDescriptors();
     return runApplication({"tavro_sync.app", help, nullptr, synchronise}, count, values);
 }

@@ -50,7 +50,7 @@ void Placeholders::replace(const std::set<int>& items) const {
     for (const auto& file : superfluous)
         fs::remove(file);
     for (const int item : items)
-        if (!fs::exists(path(item)) ||
+        if (!exists(path(item)) ||
             (isPlaceholder(path(item)) && placeholder::itemIn(path(item)) == ""))
             write(path(item), item);
 }

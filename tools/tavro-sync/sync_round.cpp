@@ -7,6 +7,7 @@
 #include "account/catalogue.h"
 #include "account/changes.h"
 #include "account/failure.h"
+#include "account/files.h"
 #include "account/session.h"
 #include "platform/account_files.h"
 #include "session/account_keys.h"
@@ -47,7 +48,7 @@ bool SyncRound::run() {
     const auto session = openSession(account_, Need::Session);
     const AccountLock lock(account_);
     sessionId_ = session->sessionID();
-    fs::create_directories(folder_);
+    requireDownloadFolder(account_);
     try {
         synchroniseWith(*session);
     } catch (...) {
@@ -78,6 +79,9 @@ void SyncRound::sendChanges(Tavro& session) {
         log_.note("sent " + change.newName + " in place of " + change.oldName);
     for (const auto& change : result.dropped)
         log_.note("dropped the change of " + change.oldName + ", which is no book of the account");
+    for (const auto& change : result.waiting)
+        log_.note("the change of " + change.oldName + " waits: its new file " + change.newName +
+                  " is not there (give it up with 'tavroctl drop')");
     for (const auto& change : result.kept)
         fail("the change of " + change.oldName + " was not taken and stays in the journal");
 }
@@ -177,9 +181,9 @@ void SyncRound::requireAccount() const {
 
 void SyncRound::cleanUp() const {
     placeholders_.replace({});
-    std::error_code ignored;
-    if (fs::exists(account_.file(account_files::configuration), ignored))
+    if (exists(account_.file(account_files::configuration)))
         return;  // there is another account by now
+    std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(account_.folder(), ignored))
         fs::remove_all(entry, ignored);
     fs::remove(account_.folder(), ignored);

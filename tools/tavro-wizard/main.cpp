@@ -3,6 +3,7 @@
 #include "console/application.h"
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
+#include "posix/inherited_descriptors.h"
 #include "tavro-wizard/wizard.h"
 
 namespace {
@@ -31,5 +32,7 @@ int holdDialogue(const Output& output) {
 }  // namespace
 
 int main(int count, char** values) {
+    posix::openStandardStreams();
+    posix::closeInheritedDescriptors();
     return runApplication({"tavro_wizard.app", help, "-library", holdDialogue}, count, values);
 }
