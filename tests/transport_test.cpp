@@ -1,10 +1,10 @@
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdarg>
 
 #include "curlmanager.h"
+#include "support/next_function.h"
 #include "support/service_fixture.h"
 
 using folium::tavro::CurlManager;
@@ -21,11 +21,6 @@ struct CurlCalls {
 };
 
 CurlCalls calls;
-
-template <typename Function>
-Function* next(const char* name) {
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
 
 }  // namespace
 

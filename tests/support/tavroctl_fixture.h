@@ -14,6 +14,7 @@
 
 #include "service.h"
 #include "support/device_root.h"
+#include "support/shell_guard.h"
 #include "support/temporary_folder.h"
 
 using Words = std::vector<std::string>;
@@ -36,7 +37,7 @@ inline int statusOf(pid_t process) {
 /// The command-line tool as a process of its own, with a running service and a fresh device root.
 class Tavroctl : public testing::Test {
 protected:
-    Tavroctl() : service_(optionsFor(folder_)) {}
+    Tavroctl() : service_(optionsFor(folder_)) { guardStartedPrograms(folder_); }
 
     static tavro::service::Options optionsFor(const TemporaryFolder& folder) {
         tavro::service::Options options;
@@ -112,9 +113,7 @@ protected:
 
     /// Puts the shell script `text` where the library starts the application `name`.
     static void installApplication(const std::string& name, const std::string& text) {
-        const std::filesystem::path path = deviceFile("ebrmain/bin/" + name);
-        writeFile(path, "#!/bin/sh\n" + text);
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        writeProgram(deviceFile("ebrmain/bin/" + name), text);
     }
 
     /// Full path of the device's file `path`.

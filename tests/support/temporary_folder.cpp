@@ -31,6 +31,11 @@ void writeFile(const fs::path& path, const std::string& content) {
         throw std::runtime_error("cannot write " + path.string());
 }
 
+void writeProgram(const fs::path& path, const std::string& text) {
+    writeFile(path, "#!/bin/sh\n" + text);
+    fs::permissions(path, fs::perms::owner_all);
+}
+
 std::string accountConfiguration(const std::string& syncFolder) {
     return "SerialNumber=SN-0001\nConsumerID=consumer\nConsumerPassword=secret\n"
            "DeviceType=reader\nEmail=ada@reader.example\nFirstName=Ada\nLastName=Lovelace\n"

@@ -24,5 +24,8 @@ std::string readFile(const std::filesystem::path& path);
 /// Makes `content` the whole content of the file `path`, creating its folder.
 void writeFile(const std::filesystem::path& path, const std::string& content);
 
+/// Makes the shell script `text` the program `path`.
+void writeProgram(const std::filesystem::path& path, const std::string& text);
+
 /// Text of a complete account configuration whose books go to the folder `syncFolder`.
 std::string accountConfiguration(const std::string& syncFolder);
