@@ -46,7 +46,7 @@ TEST_F(BrowserCommands, InfoAndStatusTakeNamesAndPaths) {
     const std::string item = done({"map"})[0]["item"].dump();
     writeFile(filePath("7.file"), item + "\n");
     writeFile(filePath("8.file"), "999\n");
-    std::ofstream list(root_.configuration() + "/.files_to_download");
+    std::ofstream list(root_.file(account_files::download_list));
     folium::utilities::SerializeStringVec(list, {filePath("7.file")});
     list.close();
 
@@ -128,7 +128,7 @@ TEST_F(BrowserCommands, BackgroundSyncReturnsWhileTheApplicationRuns) {
 TEST_F(BrowserCommands, LogOutRefusesAFolderThatTheShellWouldReadOtherwise) {
     writeFile(folder_ / "My/precious.txt", "Mine.\n");
     const auto expectRefusal = [this](const std::string& name) {
-        writeFile(root_.configuration() + "/.tavro.conf", accountConfiguration(name));
+        writeFile(root_.file(account_files::configuration), accountConfiguration(name));
         EXPECT_THAT(failed({"logout", "--yes"})["advice"], HasSubstr("plain name")) << name;
     };
     const std::string blank = "books " + folder_ / "My";

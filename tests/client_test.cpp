@@ -9,16 +9,14 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <functional>
 #include <sstream>
 #include <vector>
 
-#include "bookmap.h"
-#include "client/desc_comp.h"
 #include "core_utils_host.h"
 #include "posix/file_descriptor.h"
 #include "support/device_root.h"
 #include "support/next_function.h"
+#include "support/processes.h"
 #include "support/shell_guard.h"
 #include "tavro_entry_points.h"
 
@@ -89,15 +87,9 @@ class Client : public ::testing::Test {
 protected:
     Client() {
         ::setenv("TAVRO_PARTNER", "0", 1);
-        writeFile(device.configuration() + "/.tavro_token", "token");
+        writeFile(device.file(account_files::token), "token");
         device.writeAccount();
         calls.clear();
-    }
-
-    void addToMap(const std::string& name, int id) {
-        BookMap map;
-        map.path = device.configuration() + "/.tavro.lst";
-        map.Add(name, id);
     }
 
     /// Saves a catalogue with one book for each of `ids`.
@@ -106,7 +98,7 @@ protected:
         for (const std::string& id : ids)
             xml += "<ItemsResponse><ItemID>" + id + "</ItemID><Title>T" + id + "</Title><Artist>A" +
                    id + "</Artist><CategoryId>C" + id + "</CategoryId></ItemsResponse>";
-        writeFile(device.configuration() + "/.tbooks.xml", xml + "</AddedItems></R>");
+        writeFile(device.file(account_files::catalogue), xml + "</AddedItems></R>");
     }
 
     void saveDownloadList(const std::vector<std::string>& files) {
@@ -126,28 +118,15 @@ protected:
         return title;
     }
 
-    /// Runs `action`, with its expectations, in a process of its own: the browser's session lasts
-    /// as long as its process.
-    static void inOwnProcess(const std::function<void()>& action) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            action();
-            ::_exit(HasFailure() ? 1 : 0);
-        }
-        int status = -1;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-    }
-
     const DeviceRoot device;
-    const std::string list = device.configuration() + "/.files_to_download";
+    const std::string list = device.file(account_files::download_list);
     TavroClient client;
 };
 
 }  // namespace
 
 TEST_F(Client, LoginIsAMarkerThatIsNotEmpty) {
-    const std::string marker = device.configuration() + "/.tavro_vendor_token";
+    const std::string marker = device.file(account_files::login_marker);
     EXPECT_EQ(client.GetProfile(), device.configuration());
     EXPECT_FALSE(client.IsLoggedIn());
     writeFile(marker, "");
@@ -162,21 +141,16 @@ TEST_F(Client, LoginIsAMarkerThatIsNotEmpty) {
 
 TEST_F(Client, StartsItsApplications) {
     const std::string application = root + "/ebrmain/bin/tavro_sync.app";
-    const auto statusOfChild = [] {
-        int status = -1;
-        ::wait(&status);
-        return WEXITSTATUS(status);
-    };
     ::setenv("TAVRO_LOG", (root + "/log").c_str(), 1);
     EXPECT_EQ(client.StartSync(), 0);
-    EXPECT_EQ(statusOfChild(), 127);
+    EXPECT_EQ(statusOf(-1), 127);
     EXPECT_THAT(readFile(root + "/log"),
                 testing::ContainsRegex("level 1 process [0-9]+ [^ ]+ int TavroClient::StartSync"
                                        "[(][)]: [[]pid:[0-9]+[]]TavroClient::StartSync: exec[(][)] "
                                        "failed, errno=2\n"));
     writeProgram(application, "echo $# $0 > " + root + "/started\nexit 7\n");
     EXPECT_EQ(client.StartSync(), 0);
-    EXPECT_EQ(statusOfChild(), 7);
+    EXPECT_EQ(statusOf(-1), 7);
     EXPECT_EQ(readFile(root + "/started"), "0 " + application + "\n");
     EXPECT_EQ(client.StartLoginWizard(), 42);
     EXPECT_EQ(calls, Calls{"open " + root + "/ebrmain/bin/tavro_wizard.app -library 0"});
@@ -218,8 +192,8 @@ TEST_F(Client, LogOutRemovesEverythingInOrder) {
         writeFile(folder + name, "x");
     writeFile(folder + "joined.txt", "in the folder above, next to the sync folder");
     writeFile(root + "/mnt/ext1/.adobe-hidden-files/x", "x");
-    addToMap("b.txt", 2);
-    addToMap("joined.txt", 1);
+    addToMap(device.configuration(), "b.txt", 2);
+    addToMap(device.configuration(), "joined.txt", 1);
     calls.clear();
     client.LogOut();
     const Calls expected = {"unlink " + folder + "b.txt",
@@ -246,12 +220,12 @@ TEST_F(Client, LogOutRemovesEverythingInOrder) {
 TEST_F(Client, InfoComesFromPlaceholderOrBookMap) {
     const std::string folder = device.syncFolder();
     saveCatalogue({"5", "678", "-7", "5"});
-    addToMap("book.epub", -7);
-    addToMap("Book.FILE", 5);
-    addToMap("gone.txt", 99);
+    addToMap(device.configuration(), "book.epub", -7);
+    addToMap(device.configuration(), "Book.FILE", 5);
+    addToMap(device.configuration(), "gone.txt", 99);
     writeFile(folder + "/abc.file", "  678\nmore text");
     writeFile(folder + "/empty.file", " \n");
-    inOwnProcess([this] {
+    inProcesses(1, [this](int) {
         const std::pair<const char*, const char*> cases[] = {{"/abc.file", "T678"},
                                                              {"/book.epub", "T-7"},
                                                              {"/sub/book.epub", "T-7"},
@@ -283,17 +257,17 @@ TEST_F(Client, InfoComesFromPlaceholderOrBookMap) {
 
 TEST_F(Client, InfoKeepsItsSessionAndNoticesANewCatalogue) {
     writeFile(device.syncFolder() + "/a.file", "1");
-    inOwnProcess([this] {
+    inProcesses(1, [this](int) {
         EXPECT_EQ(titleOf("/a.file"), "-");
         saveCatalogue({"1"});
         EXPECT_EQ(titleOf("/a.file"), "T1");
         // With no sync folder configured any more, every path is looked at.
-        writeFile(device.configuration() + "/.tavro.conf", "");
+        writeFile(device.file(account_files::configuration), "");
         EXPECT_EQ(titleOf("/a.file"), "T1");
     });
     // A first call that cannot initialise the session is never made good.
-    fs::remove(device.configuration() + "/.tavro.conf");
-    inOwnProcess([this] {
+    fs::remove(device.file(account_files::configuration));
+    inProcesses(1, [this](int) {
         EXPECT_EQ(titleOf("/a.file"), "-");
         device.writeAccount();
         EXPECT_EQ(titleOf("/a.file"), "-");
@@ -308,7 +282,7 @@ TEST_F(Client, StatusTellsPendingPlaceholders) {
     EXPECT_EQ(tavro_get_book_status("/sync/a.files/x.epub"), 1);
     EXPECT_TRUE(fs::exists(list));
     saveDownloadList({"/other.file", pending});
-    inOwnProcess([&] {
+    inProcesses(1, [&](int) {
         const int other = ::open(list.c_str(), O_RDWR);
         EXPECT_EQ(tavro_get_book_status((pending + "x").c_str()), 1);
         EXPECT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
@@ -329,18 +303,9 @@ TEST_F(Client, StatusTellsPendingPlaceholders) {
     EXPECT_EQ(tavro_get_book_status(pending.c_str()), 1);
 }
 
-TEST(DescComp, MalformedRecordsMatchTheEmptyKeyOnly) {
-    BookDescription book;
-    for (const std::size_t fields : {0U, 11U, 12U, 13U}) {
-        book.data.assign(fields, "7");
-        EXPECT_EQ(DescComp("7")(book), fields == 12) << fields;
-        EXPECT_EQ(DescComp("")(book), fields != 12) << fields;
-    }
-}
-
 TEST_F(Client, CoverIsTheFirstFileThatExists) {
     const std::string book = device.syncFolder() + "/b.file";
-    const std::string cover = device.configuration() + "/covers/42";
+    const std::string cover = device.file("covers/42");
     saveCatalogue({"1", "42"});
     writeFile(book, "42");
     EXPECT_EQ(tavro_get_book_cover("/elsewhere/b.file", 3, 4), nullptr);
@@ -356,6 +321,6 @@ TEST_F(Client, CoverIsTheFirstFileThatExists) {
                             "jpeg " + cover + ".jpeg 3 4 96 105 1"}));
     // A file that nothing is known of gets the cover of the first book without an item id.
     saveCatalogue({"1", ""});
-    writeFile(device.configuration() + "/covers/.bmp", "");
+    writeFile(device.file("covers/.bmp"), "");
     EXPECT_EQ(tavro_get_book_cover((device.syncFolder() + "/unknown").c_str(), 3, 4), &calls);
 }

@@ -2,20 +2,15 @@
 // 32-bit device are checked by the same tests, in the ARM build.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstddef>
-#include <cstdint>
 
 #include "bookmap.h"
-#include "support/temporary_folder.h"
 #include "syncjournal.h"
 #include "tavro.h"
-#include "tavro_entry_points.h"
 
 // The classes have private members among the public ones; GCC and Clang lay them out all the same.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
-using namespace std::string_literals;
 using folium::tavro::CurlManager;
 
 namespace {
@@ -31,18 +26,6 @@ constexpr std::size_t after(std::size_t end) {
 }
 
 }  // namespace
-
-// The browser was built for these slots.
-TEST(Layout, BrowserFindsItsTexts) {
-    const std::array<std::size_t, 4> offsets = {
-        offsetof(tavro_book_info, title), offsetof(tavro_book_info, author),
-        offsetof(tavro_book_info, category_id), offsetof(tavro_book_info, isbn)};
-    EXPECT_EQ(offsets,
-              (std::array<std::size_t, 4>{4 * pointer, 5 * pointer, 8 * pointer, 22 * pointer}));
-    if (on_32_bits) {
-        EXPECT_EQ(offsets, (std::array<std::size_t, 4>{16, 20, 32, 88}));
-    }
-}
 
 // Applications were built with these headers and reach into the objects.
 TEST(Layout, MembersOfTransferAndServiceLieInOrder) {
@@ -111,31 +94,12 @@ TEST(Layout, MembersOfTheStoresLieInOrder) {
     }
 }
 
-// A processor that faults on, or rotates, an unaligned word must read and write each all the same.
-TEST(Layout, WordsOfTheStoresAreLittleEndianAtEveryAlignment) {
-    const TemporaryFolder folder;
-    const std::string path = folder / "store";
-    const std::string id = "\x04\x03\x02\x81"s, flag = "\1\0\0\0"s;
-    for (const std::string& name : {""s, "a"s, "ab"s, "abc"s}) {
-        BookMap map;
-        map.path = path;
-        map.Add(name, std::int32_t(0x81020304));
-        EXPECT_EQ(readFile(path), name + '\0' + id);
-        writeFile(path, name + '\0' + id + "next\0"s + id);
-        const Ids expected = {{name, std::int32_t(0x81020304)}, {"next", std::int32_t(0x81020304)}};
-        EXPECT_EQ(map.GetBookMap(), expected) << name;
-
-        writeFile(path, "");
-        SyncJournal journal(path);
-        journal.push({name, "", true});
-        journal.push({"", name, false});
-        const std::string first = name + "\0\0"s + flag;
-        EXPECT_EQ(readFile(path), first + '\0' + name + "\0\0\0\0\0"s);
-        writeFile(path, first + '\0' + name + "\0\0\0\0\1"s);
-        EXPECT_EQ(journal.reload(), 0);
-        SyncJournal::Record record;
-        EXPECT_TRUE(journal.pop(record) && !record.flag) << "the word is 0x01000000";
-        EXPECT_TRUE(journal.pop(record) && record.flag);
-        writeFile(path, "");
-    }
+// Other programs, and the libraries of other devices, find the account's files by name.
+TEST(Layout, FilesOfTheAccountKeepTheirNames) {
+    const std::pair<const char*, const char*> names[] = {
+        {Tavro::config_file, ".tavro.conf"},      {Tavro::token_file, ".tavro_token"},
+        {Tavro::tavro_password, ".tavro_shadow"}, {Tavro::list_file, ".tavro.lst"},
+        {Tavro::tavro_books, ".tbooks.xml"},      {Tavro::journal_file, ".tavro_journal"}};
+    for (const auto& [name, expected] : names)
+        EXPECT_STREQ(name, expected);
 }

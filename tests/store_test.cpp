@@ -2,12 +2,10 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
-
 #include "bookmap.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 #include "syncjournal.h"
 
@@ -16,24 +14,6 @@ using namespace std::string_literals;
 namespace {
 
 using Ids = std::map<std::string, int>;
-
-/// Runs `action` with the numbers 0 to `count` - 1 in processes of their own, all at once.
-void inProcesses(int count, const std::function<void(int)>& action) {
-    std::vector<pid_t> children;
-    for (int number = 0; number < count; ++number) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            action(number);
-            ::_exit(0);
-        }
-        children.push_back(child);
-    }
-    for (const pid_t child : children) {
-        int status = -1;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        ASSERT_EQ(status, 0);
-    }
-}
 
 class Store : public ::testing::Test {
 protected:

@@ -68,17 +68,6 @@ protected:
         return {curl.responseBuffer.begin(), curl.responseBuffer.end()};
     }
 
-    /// Lets the service announce `name` for a download and answer `body`, cut after `cut` bytes.
-    void offer(const std::string& name, const std::string& body,
-               std::optional<std::size_t> cut = std::nullopt) {
-        Fault fault;
-        fault.fileName = name;
-        fault.body = body;
-        fault.cutAfter = cut;
-        service.clearFaults();
-        service.inject(Operation::DownloadContent, fault);
-    }
-
     const CurlManager::FormFields fields = {{"Token", "t"}, {"SessionId", ""}, {"ItemId", "1"}};
     CurlManager curl;
 };
@@ -127,7 +116,7 @@ TEST_F(Transport, EveryOptionIsSetInOrderAndAFailingOneEndsTheOperation) {
 }
 
 TEST_F(Transport, RequestCarriesItsHeadersAndAnswersOnlyInTheBuffer) {
-    answer(Operation::LoginUser, "one\0two"s);
+    service.answer(Operation::LoginUser, "one\0two"s);
     EXPECT_EQ(curl.sendRequest(TavroServer::baseApiUrl + "LoginUser", service.port(), "<a>&</a>"),
               "");
     EXPECT_EQ(response(), "one\0two"s);
@@ -157,7 +146,7 @@ TEST_F(Transport, OnlyAnswersBelowTenKibibytesAreLogged) {
     for (const std::size_t size : {4096U, 10239U, 10240U}) {
         writeFile(log, "");
         const std::string body(size, 'x');
-        answer(Operation::LoginUser, body);
+        service.answer(Operation::LoginUser, body);
         request();
         EXPECT_EQ(response(), body);
         const std::string text = readFile(log);
@@ -212,36 +201,31 @@ TEST_F(Transport, FileNameIsTheRestOfTheHeaderLineLessItsLineEnd) {
     EXPECT_EQ(curl.downloadStream, nullptr);
 }
 
-TEST_F(Transport, DownloadStaysUnderItsPartialName) {
-    offer("\"book.txt\"", "content\0more"s);
-    EXPECT_EQ(download(), "\"book.txt\"");
-    EXPECT_EQ(readFile(folder / "in/\"book.txt\".downloading"), "content\0more"s);
-    EXPECT_FALSE(std::filesystem::exists(folder / "in/\"book.txt\""));
-    EXPECT_EQ(curl.downloadStream, nullptr);
-    const std::vector<std::pair<std::string, std::string>> sent = lastRequest().fields;
-    EXPECT_EQ(sent, fields);
-    offer("", "content");  // no name announced: the body is refused
-    EXPECT_EQ(download(), "");
-}
-
 // A cut book must never pass for a whole one, whether the network or the disk cut it.
 TEST_F(Transport, CutDownloadHasNoName) {
+    service.inject("DownloadContent:filename=\"book.txt\",body-hex=610062");
+    EXPECT_EQ(download(), "\"book.txt\"");
+    EXPECT_EQ(readFile(folder / "in/\"book.txt\".downloading"), "a\0b"s);
+    EXPECT_FALSE(std::filesystem::exists(folder / "in/\"book.txt\""));
+    EXPECT_EQ(curl.downloadStream, nullptr);
+    EXPECT_EQ(lastRequest().fields, fields);
+
     writeFile(folder / "in/book.txt", "an older file");
-    offer("book.txt", "content", 3);
+    service.inject("DownloadContent:filename=book.txt,body=content,cut=3");
     EXPECT_NE(standardErrorOf([this] { EXPECT_EQ(download(), ""); }).find("failed"),
               std::string::npos);
     EXPECT_EQ(readFile(folder / "in/book.txt.downloading"), "con");
     EXPECT_FALSE(std::filesystem::exists(folder / "in/book.txt"));
 
     std::filesystem::create_symlink("/dev/full", folder / "in/full.txt.downloading");
-    offer("full.txt", "content");
-    EXPECT_EQ(download(), "");
-    offer("missing/book.txt", "");
-    EXPECT_EQ(download(), "");
+    for (const std::string name : {"full.txt", "", "missing/book.txt"}) {
+        service.inject("DownloadContent:body=content,filename=" + name);
+        EXPECT_EQ(download(), "") << name;
+    }
 }
 
 TEST_F(Transport, UploadSendsTheFileAsTheLastPart) {
-    answer(Operation::UploadContent, "taken");
+    service.answer(Operation::UploadContent, "taken");
     upload();
     EXPECT_EQ(response(), "taken");
     const std::vector<std::pair<std::string, std::string>> sent = lastRequest().fields;

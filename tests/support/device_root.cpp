@@ -54,5 +54,5 @@ void DeviceRoot::writeServerSettings(int port) const {
 }
 
 void DeviceRoot::writeAccount(const std::string& more) const {
-    writeFile(fs::path(configuration()) / ".tavro.conf", accountConfiguration(syncFolder()) + more);
+    writeFile(file(account_files::configuration), accountConfiguration(syncFolder()) + more);
 }

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/account_files.h"
 #include "support/temporary_folder.h"
 
 /// A fresh, empty device for one test, with every folder of the fixed paths in place.
@@ -17,6 +18,9 @@ public:
 
     /// Configuration folder of the account, as `Tavro::init` takes it.
     std::string configuration() const;
+
+    /// The account's file `name`, one of `account_files`.
+    std::string file(const std::string& name) const { return configuration() + "/" + name; }
 
     /// Folder into which books are downloaded.
     std::string syncFolder() const;

@@ -4,8 +4,7 @@
 
 #include <string>
 
-#include "service.h"
-#include "support/temporary_folder.h"
+#include "support/test_service.h"
 #include "tavroserver.h"
 
 /// A running service and a library that is connected to it, with nothing read from the device
@@ -14,11 +13,8 @@ class ServiceFixture : public ::testing::Test {
 protected:
     ServiceFixture();
 
-    /// Answers the next `times` requests of `operation` (0: all of them) with exactly `body`.
-    void answer(tavro::service::Operation operation, const std::string& body, int times = 0);
-
     /// The last request that the service received.
-    tavro::service::Request lastRequest() const;
+    tavro::service::Request lastRequest() const { return service.requests().back(); }
 
     /// Runs `action` and returns what the process wrote to its standard error stream meanwhile.
     template <typename Action>
@@ -29,8 +25,5 @@ protected:
     }
 
     TemporaryFolder folder;
-    tavro::service::Service service;
+    TestService service{folder};
 };
-
-/// An answer of the service with result code `code` and `more` elements.
-std::string answerXml(const std::string& code, const std::string& more = {});

@@ -5,6 +5,9 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "bookmap.h"
+#include "platform/account_files.h"
+
 namespace fs = std::filesystem;
 
 TemporaryFolder::TemporaryFolder() {
@@ -41,4 +44,10 @@ std::string accountConfiguration(const std::string& syncFolder) {
            "DeviceType=reader\nEmail=ada@reader.example\nFirstName=Ada\nLastName=Lovelace\n"
            "DownloadFolderPath=" +
            syncFolder + "\n";
+}
+
+void addToMap(const std::string& configuration, const std::string& name, int id) {
+    BookMap map;
+    map.path = configuration + "/" + account_files::book_map;
+    map.Add(name, id);
 }

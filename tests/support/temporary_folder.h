@@ -29,3 +29,6 @@ void writeProgram(const std::filesystem::path& path, const std::string& text);
 
 /// Text of a complete account configuration whose books go to the folder `syncFolder`.
 std::string accountConfiguration(const std::string& syncFolder);
+
+/// Adds the file `name` with item `id` to the book map of the configuration folder `configuration`.
+void addToMap(const std::string& configuration, const std::string& name, int id);
