@@ -134,7 +134,7 @@ TEST_F(Sync, DeletedBooksGoUnlessTheirChangeWaits) {
     const int pepper = item("Salt & Pepper");
     for (const char* name : {"first.txt", "second.txt", "pepper.epub"})
         fs::remove((folder / "books/") + name);
-    addToMap(device.configuration(), "../joined.txt", item("second"));
+    addToMap(device.configuration(), {{"../joined.txt", item("second")}});
     writeFile(device.syncFolder() + "/../joined.txt", "not in the folder");
     SyncJournal(account.file(account_files::journal)).push({"first.txt", "first.txt", false});
 

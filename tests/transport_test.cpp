@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <cstdarg>
@@ -10,12 +10,14 @@
 using folium::tavro::CurlManager;
 using namespace tavro::service;
 using namespace std::string_literals;
+using testing::HasSubstr;
 
 namespace {
 
 /// What the library asked of libcurl; the calls below stand before libcurl's own.
 struct CurlCalls {
     std::vector<CURLoption> options;
+    std::vector<long> values;  ///< of the options that take a number
     std::size_t failingOption = SIZE_MAX;
     int transfers = 0;
 };
@@ -36,6 +38,8 @@ extern "C" CURLcode curl_easy_setopt(CURL* curl, CURLoption option, ...) {
 #pragma GCC diagnostic pop
     void* const value = va_arg(arguments, void*);
     va_end(arguments);
+    if (option < CURLOPTTYPE_OBJECTPOINT)
+        calls.values.push_back(reinterpret_cast<long>(value));
     return next<CURLcode(CURL*, CURLoption, ...)>("curl_easy_setopt")(curl, option, value);
 }
 
@@ -95,13 +99,15 @@ TEST_F(Transport, EveryOptionIsSetInOrderAndAFailingOneEndsTheOperation) {
     const struct {
         std::function<void()> run;
         const std::vector<CURLoption>& options;
-    } operations[] = {{[this] { request(); }, request_options},
-                      {[this] { download(); }, download_options},
-                      {[this] { upload(); }, upload_options}};
+        std::vector<long> values;
+    } operations[] = {{[this] { request(); }, request_options, {1, 60, 1, 1, service.port(), 1}},
+                      {[this] { download(); }, download_options, {1, 1, 1, service.port(), 1}},
+                      {[this] { upload(); }, upload_options, {service.port(), 1}}};
     for (const auto& operation : operations) {
         calls = {};
         operation.run();
         EXPECT_EQ(calls.options, operation.options);
+        EXPECT_EQ(calls.values, operation.values);
         EXPECT_EQ(calls.transfers, 1);
         for (std::size_t failing = 0; failing < operation.options.size(); ++failing) {
             calls = {};
@@ -131,9 +137,8 @@ TEST_F(Transport, FailedTransferIsReportedAndLeavesAnEmptyBuffer) {
     service.stop();
     for (const auto& run : std::vector<std::function<void()>>{
              [this] { request(); }, [this] { upload(); }, [this] { download(); }}) {
-        EXPECT_NE(standardErrorOf(run).find("curl_easy_perform() failed: Couldn't connect to "
-                                            "server\n"),
-                  std::string::npos);
+        EXPECT_THAT(standardErrorOf(run),
+                    HasSubstr("curl_easy_perform() failed: Couldn't connect to server\n"));
         EXPECT_EQ(response(), "");
     }
 }
@@ -150,7 +155,7 @@ TEST_F(Transport, OnlyAnswersBelowTenKibibytesAreLogged) {
         request();
         EXPECT_EQ(response(), body);
         const std::string text = readFile(log);
-        EXPECT_NE(text.find("Requesting url [" + url + "] with params [x]"), std::string::npos);
+        EXPECT_THAT(text, HasSubstr("Requesting url [" + url + "] with params [x]"));
         const bool logged =
             text.find("Request to " + url + " return [" + body + "]") != std::string::npos;
         EXPECT_EQ(logged, size < 10240U) << size;
@@ -212,8 +217,7 @@ TEST_F(Transport, CutDownloadHasNoName) {
 
     writeFile(folder / "in/book.txt", "an older file");
     service.inject("DownloadContent:filename=book.txt,body=content,cut=3");
-    EXPECT_NE(standardErrorOf([this] { EXPECT_EQ(download(), ""); }).find("failed"),
-              std::string::npos);
+    EXPECT_THAT(standardErrorOf([this] { EXPECT_EQ(download(), ""); }), HasSubstr("failed"));
     EXPECT_EQ(readFile(folder / "in/book.txt.downloading"), "con");
     EXPECT_FALSE(std::filesystem::exists(folder / "in/book.txt"));
 
@@ -228,11 +232,10 @@ TEST_F(Transport, UploadSendsTheFileAsTheLastPart) {
     service.answer(Operation::UploadContent, "taken");
     upload();
     EXPECT_EQ(response(), "taken");
-    const std::vector<std::pair<std::string, std::string>> sent = lastRequest().fields;
-    ASSERT_EQ(sent.size(), 4U);
-    EXPECT_TRUE(std::equal(fields.begin(), fields.end(), sent.begin()));
-    EXPECT_EQ(sent.back(), std::make_pair("file"s, "note"s));
+    auto expected = fields;
+    expected.emplace_back("file", "note");
+    EXPECT_EQ(lastRequest().fields, expected);
     std::filesystem::remove(folder / "in/note");
-    EXPECT_NE(standardErrorOf([this] { upload(); }).find("failed"), std::string::npos);
+    EXPECT_THAT(standardErrorOf([this] { upload(); }), HasSubstr("failed"));
     EXPECT_EQ(response(), "");
 }

@@ -35,7 +35,7 @@ pid_t start(Words words, const std::map<int, std::string>& files) {
 
 int statusOf(pid_t process) {
     int status = -1;
-    EXPECT_EQ(::waitpid(process, &status, 0), process);
+    EXPECT_GT(::waitpid(process, &status, 0), 0);
     return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 

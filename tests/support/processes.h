@@ -16,7 +16,8 @@ std::vector<char*> argumentsOf(Words& words);
 /// file there: read if it is the input, written anew otherwise.
 pid_t start(Words words, const std::map<int, std::string>& files = {});
 
-/// Waits until `process` has ended. @return its exit status, or minus the signal that ended it.
+/// Waits until `process`, or with -1 any child, has ended. @return its exit status, or minus the
+/// signal that ended it.
 int statusOf(pid_t process);
 
 /// Runs `action` with the numbers 0 to `count` - 1 in processes of their own, all at once, and

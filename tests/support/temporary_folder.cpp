@@ -46,8 +46,9 @@ std::string accountConfiguration(const std::string& syncFolder) {
            syncFolder + "\n";
 }
 
-void addToMap(const std::string& configuration, const std::string& name, int id) {
+void addToMap(const std::string& configuration, const std::map<std::string, int>& books) {
     BookMap map;
     map.path = configuration + "/" + account_files::book_map;
-    map.Add(name, id);
+    for (const auto& [name, item] : books)
+        map.Add(name, item);
 }

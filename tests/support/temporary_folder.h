@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 
 /// A folder of its own for one test, removed with all it holds.
@@ -30,5 +31,5 @@ void writeProgram(const std::filesystem::path& path, const std::string& text);
 /// Text of a complete account configuration whose books go to the folder `syncFolder`.
 std::string accountConfiguration(const std::string& syncFolder);
 
-/// Adds the file `name` with item `id` to the book map of the configuration folder `configuration`.
-void addToMap(const std::string& configuration, const std::string& name, int id);
+/// Adds `books`, file names with their items, to the book map of the folder `configuration`.
+void addToMap(const std::string& configuration, const std::map<std::string, int>& books);
