@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
+#include "server/built_in_settings.h"
 #include "support/test_service.h"
 #include "tavroserver.h"
 
@@ -11,7 +13,14 @@
 /// root: the partner code is one without a settings file.
 class ServiceFixture : public ::testing::Test {
 protected:
-    ServiceFixture();
+    ServiceFixture() {
+        ::setenv("TAVRO_PARTNER", "0", 1);
+        const std::string host = "http://127.0.0.1";
+        TavroServer::baseApiUrl = host + service_paths::device_api;
+        TavroServer::uploadUrl = host + service_paths::upload;
+        TavroServer::downloadUrl = host + service_paths::download;
+        TavroServer::apiPort = TavroServer::uploadPort = TavroServer::downloadPort = service.port();
+    }
 
     /// The last request that the service received.
     tavro::service::Request lastRequest() const { return service.requests().back(); }
