@@ -16,13 +16,7 @@
 #include "core_utils.h"
 #include "account/account_requests.h"
 #include "account/book_map.h"
-<<<<<<< HEAD
-#include "account/books.h"
 #include "account/journal.h"
-#include "service.h"
-=======
-#include "account/journal.h"
->>>>>>> tools
 #include "support/device_root.h"
 #include "support/processes.h"
 #include "support/shell_guard.h"
