@@ -1,0 +1,264 @@
+// What tools do for an account when files cannot be read or written, a card is missing, or a
+// process was killed: no book and no change is ever lost, and what fails says so.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "account/account_lock.h"
+#include "account/account_requests.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/changes.h"
+#include "account/failure.h"
+#include "account/journal.h"
+#include "account/session.h"
+#include "platform/account_files.h"
+#include "posix/atomic_file.h"
+#include "posix/temporary_file.h"
+#include "support/device_root.h"
+#include "support/processes.h"
+#include "support/test_service.h"
+
+using namespace tavro::tools;
+using tavro::service::Operation;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A logged-in account with both of its books downloaded.
+class Loss : public testing::Test {
+protected:
+    Loss() {
+        device.writeServerSettings(service.port());
+        device.writeAccount();
+        account = Account(device.configuration());
+        registerDevice(account, false);
+        openAccount(account, "password");
+        logIn(account, "password");
+        const AccountLock lock(account);
+        session = openSession(account, Need::Session);
+        synchronise(*session, account);
+        for (const auto& book : session->getAddedBooks())
+            downloadBook(*session, account, book);
+    }
+
+    std::string book(const std::string& name) const { return device.syncFolder() + "/" + name; }
+
+    std::string mapFile() const { return device.file(account_files::book_map); }
+
+    /// What `action` says when it fails; empty when it does not.
+    template <typename Action>
+    static std::string failureOf(Action action) {
+        try {
+            action();
+        } catch (const Failure& failure) {
+            return failure.what();
+        }
+        return {};
+    }
+
+    /// Puts a folder in the place of the file `path`, which then can be neither read nor written,
+    /// not even by root; its content stays beside it. @return what brings it back.
+    static auto blocked(const std::string& path) {
+        fs::rename(path, path + ".aside");
+        fs::create_directory(path);
+        return std::shared_ptr<void>(nullptr, [path](void*) {
+            fs::remove(path);
+            fs::rename(path + ".aside", path);
+        });
+    }
+
+    const DeviceRoot device;
+    const TemporaryFolder folder;
+    TestService service{folder};
+    Account account{device.configuration()};
+    std::unique_ptr<Tavro> session;
+};
+
+}  // namespace
+
+// Between the attempts of an upload; stands before the system's.
+extern "C" int usleep(useconds_t) {
+    return 0;
+}
+
+// A map cut while it is rewritten, with the old files gone: the changes must still find their
+// books.
+TEST_F(Loss, CutBookMapKeepsWhatFilesAndPendingChangesName) {
+    const auto map = mappedFiles(account);
+    for (const char* number : {"1", "2"})
+        writeFile(book(std::string("new") + number), std::string("edition ") + number);
+    SyncJournal(account.file(account_files::journal)).push({"first.txt", "new1", false});
+    SyncJournal(account.file(account_files::journal)).push({"second.txt", "new2", false});
+    fs::rename(account.file(account_files::journal), account.file(".tavro_journal_replaying"));
+    fs::remove(book("first.txt"));
+    fs::remove(book("second.txt"));
+    fs::resize_file(mapFile(), 0);
+    const AccountLock lock(account);
+    EXPECT_EQ(mappedFiles(account), map);
+    const auto result = replayChanges(*session, account);
+    EXPECT_EQ(result.uploaded.size(), 2U);
+    EXPECT_THAT(pendingChanges(account), IsEmpty());
+    EXPECT_THAT(mappedFiles(account), ElementsAre(testing::Key("new1"), testing::Key("new2")));
+}
+
+// Two files of one item, of which a cut map has one left: the other is no former edition of it.
+TEST_F(Loss, CutBookMapKeepsBothFilesOfOneItem) {
+    const BookDescription first = session->getAddedBooks().front();
+    {
+        const AccountLock lock(account);
+        downloadBook(*session, account, first);
+    }
+    const auto map = mappedFiles(account);
+    ASSERT_EQ(map.size(), 3U);
+    fs::resize_file(mapFile(), std::string("first.txt").size() + 1 + 4);
+    const AccountLock lock(account);
+    EXPECT_EQ(mappedFiles(account), map);
+}
+
+// An upload has moved a book to another name: its former file must not come back as a second one.
+TEST_F(Loss, MovedBookKeepsItsNewNameOnly) {
+    writeFile(book("new"), "edition 2");
+    SyncJournal(account.file(account_files::journal)).push({"first.txt", "new", false});
+    Tavro other;
+    ASSERT_TRUE(other.init(account.folder()));
+    other.syncDownloadFolder();
+    const AccountLock lock(account);
+    EXPECT_THAT(mappedFiles(account), ElementsAre(testing::Key("new"), testing::Key("second.txt")));
+}
+
+// Root's files after sudo, a failing card: what cannot be read is not empty.
+TEST_F(Loss, UnreadableStoresFailAndSayWhy) {
+    const std::string journal = account.file(account_files::journal);
+    SyncJournal(journal).push({"first.txt", "first.txt", false});
+    const struct {
+        std::string file;
+        std::function<void()> action;
+    } cases[] = {{mapFile(), [&] { mappedFiles(account); }},
+                 {mapFile(), [&] { presentFiles(account); }},
+                 {mapFile(), [&] { const AccountLock lock(account); }},
+                 {journal, [&] { pendingChanges(account); }},
+                 {account.file(account_files::configuration), [&] { Account(account.folder()); }}};
+    for (const auto& [file, action] : cases) {
+        const auto back = blocked(file);
+        EXPECT_THAT(failureOf(action), HasSubstr("cannot read " + file)) << file;
+    }
+    EXPECT_EQ(pendingChanges(account).size(), 1U);
+}
+
+TEST_F(Loss, DownloadWithoutAMapEntryFailsAndTakesItsFileBack) {
+    const AccountLock lock(account);
+    const BookDescription first = session->getAddedBooks().front();
+    {
+        const auto back = blocked(mapFile());
+        EXPECT_NE(failureOf([&] { downloadBook(*session, account, first); }), "");
+    }
+    EXPECT_FALSE(fs::exists(book("first_1.txt")));
+    EXPECT_EQ(mappedFiles(account).size(), 2U);
+}
+
+// The library takes a file of the announced name away when the transfer fails.
+TEST_F(Loss, FailedDownloadLeavesPresentBooksAlone) {
+    const AccountLock lock(account);
+    service.inject("DownloadContent:cut=3,filename=first.txt");
+    for (const auto& entry : session->getAddedBooks())
+        EXPECT_THAT(failureOf([&] { downloadBook(*session, account, entry); }),
+                    HasSubstr("no whole file came"));
+    EXPECT_EQ(readFile(book("first.txt")), "The first book.\n");
+}
+
+TEST_F(Loss, MissingDownloadFolderIsMadeForAnAccountWithoutBooksOnly) {
+    fs::rename(device.syncFolder(), device.syncFolder() + ".card");
+    EXPECT_EQ(failureOf([&] { requireDownloadFolder(account); }),
+              "the download folder " + device.syncFolder() + " is missing");
+    EXPECT_FALSE(fs::exists(device.syncFolder()));
+    fs::remove(mapFile());
+    requireDownloadFolder(account);
+    EXPECT_TRUE(fs::is_directory(device.syncFolder()));
+}
+
+// Stored in the other order, an interruption leaves a session beside a token that it is not for.
+TEST_F(Loss, FailedRenewalLeavesNoSessionBesideAnotherToken) {
+    const std::string token = account.file(account_files::token);
+    const auto back = blocked(token);
+    EXPECT_THAT(failureOf([&] { account.storeToken("another"); }), HasSubstr("cannot write"));
+    EXPECT_FALSE(Account(account.folder()).isLoggedIn());
+    EXPECT_FALSE(fs::exists(account.file(account_files::login_marker)));
+}
+
+TEST_F(Loss, TwoWritersOfTheSettingsLoseNoValue) {
+    const auto write = [&](const std::string& key) {
+        for (int number = 1; number <= 50; ++number)
+            storeSettings(account.file(account_files::configuration),
+                          {{key + std::to_string(number), "value"}});
+    };
+    inProcesses(2, [&](int number) { write(number == 0 ? "even" : "odd"); });
+    const std::string content = readFile(account.file(account_files::configuration));
+    for (int number = 1; number <= 50; ++number)
+        for (const char* key : {"even", "odd"})
+            EXPECT_THAT(content, HasSubstr(key + std::to_string(number) + "=value\n"));
+}
+
+// Five attempts with pauses for it in every round, for ever, and no way to be rid of it.
+TEST_F(Loss, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
+    const AccountLock lock(account);
+    writeFile(book("new"), "edition 2");
+    SyncJournal(account.file(account_files::journal)).push({"first.txt", "gone", false});
+    SyncJournal(account.file(account_files::journal)).push({"second.txt", "new", false});
+    const auto result = replayChanges(*session, account);
+    EXPECT_EQ(result.uploaded.size(), 1U);
+    ASSERT_EQ(result.waiting.size(), 1U);
+    EXPECT_EQ(service.count(Operation::UploadContent), 1U);
+    EXPECT_EQ(pendingChanges(account).size(), 1U);
+    EXPECT_EQ(dropChanges(account, "first.txt").size(), 1U);
+    EXPECT_THAT(pendingChanges(account), IsEmpty());
+    EXPECT_NE(failureOf([&] { dropChanges(account, "first.txt"); }), "");
+}
+
+// Each change is replayed alone: what other programs journal meanwhile must not go with it.
+TEST_F(Loss, ChangeJournalledDuringAReplaySurvivesIt) {
+    const AccountLock lock(account);
+    const std::string journal = account.file(account_files::journal);
+    SyncJournal(journal).push({"first.txt", "first.txt", false});
+    ReplayJournal replay(account);
+    replay.isolate(replay.changes().front());
+    SyncJournal(journal).push({"second.txt", "second.txt", false});
+    replay.isolate(replay.changes().front());
+    EXPECT_EQ(pendingChanges(account).size(), 1U);
+    restoreJournal(account);  // as after a kill
+    EXPECT_EQ(pendingChanges(account).size(), 2U);
+}
+
+TEST_F(Loss, OddNamesInTheMapStopNothing) {
+    fs::create_symlink("loop", book("loop"));
+    BookMap map;
+    map.path = mapFile();
+    map.Add("loop", 7);
+    map.Add(std::string(305, 'n'), 8);
+    EXPECT_EQ(presentFiles(account).size(), 2U);
+    EXPECT_FALSE(isPresent(account, "loop"));
+    const AccountLock lock(account);
+    const std::string longest(250, 'l');
+    posix::replaceFile(book(longest), "content");
+    EXPECT_EQ(readFile(book(longest)), "content");
+}
+
+// Some hold a token. The file of a writer that is still at work must stay.
+TEST_F(Loss, FilesOfKilledWritersGoWithTheNextLock) {
+    const std::string prefix(posix::replacement_prefix);
+    writeFile(account.file(prefix + "killed"), "token");
+    writeFile(book(prefix + "killed"), "half a book");
+    posix::TemporaryFile live(book(prefix));
+    const AccountLock lock(account);
+    EXPECT_FALSE(fs::exists(account.file(prefix + "killed")));
+    EXPECT_FALSE(fs::exists(book(prefix + "killed")));
+    EXPECT_TRUE(fs::exists(live.path()));
+}
