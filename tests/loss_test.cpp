@@ -65,11 +65,11 @@ protected:
         return {};
     }
 
-    /// Puts a folder in the place of the file `path`, which then can be neither read nor written,
-    /// not even by root; its content stays beside it. @return what brings it back.
+    /// Puts a link that leads to itself in the place of the file `path`, which then can be neither
+    /// read nor written, not even by root. @return what brings it back when it goes.
     static auto blocked(const std::string& path) {
         fs::rename(path, path + ".aside");
-        fs::create_directory(path);
+        fs::create_symlink(path, path);
         return std::shared_ptr<void>(nullptr, [path](void*) {
             fs::remove(path);
             fs::rename(path + ".aside", path);
@@ -188,7 +188,8 @@ TEST_F(Loss, MissingDownloadFolderIsMadeForAnAccountWithoutBooksOnly) {
 // Stored in the other order, an interruption leaves a session beside a token that it is not for.
 TEST_F(Loss, FailedRenewalLeavesNoSessionBesideAnotherToken) {
     const std::string token = account.file(account_files::token);
-    const auto back = blocked(token);
+    fs::remove(token);
+    fs::create_directory(token);
     EXPECT_THAT(failureOf([&] { account.storeToken("another"); }), HasSubstr("cannot write"));
     EXPECT_FALSE(Account(account.folder()).isLoggedIn());
     EXPECT_FALSE(fs::exists(account.file(account_files::login_marker)));

@@ -11,6 +11,18 @@ namespace fs = std::filesystem;
 
 namespace tavro::tools {
 
+namespace {
+
+/// Sees that the book map, which the library writes without a look at the outcome, has the file
+/// `name` with `item`. Throws Failure.
+void requireEntry(const Account& account, const std::string& name, int item) {
+    const auto map = mappedFiles(account);
+    if (const auto entry = map.find(name); entry == map.end() || entry->second != item)
+        throwNotWritten(account.file(account_files::book_map));
+}
+
+}  // namespace
+
 bool isPresent(const Account& account, const std::string& name) {
     return isRegularFile(account.bookFile(name));
 }
@@ -49,12 +61,12 @@ std::string downloadBook(Tavro& session, const Account& account, const BookDescr
     if (!isRegularFile(file))
         throw Failure("the download could not be given its name " + name,
                       "check the permissions of " + account.downloadFolder().string());
-    // The library records the file without a look at the outcome.
-    const auto map = mappedFiles(account);
-    if (const auto entry = map.find(name);
-        entry == map.end() || entry->second != itemNumber(book)) {
-        fs::remove(file);
-        throwNotWritten(account.file(account_files::book_map));
+    try {
+        requireEntry(account, name, itemNumber(book));
+    } catch (const Failure&) {
+        std::error_code ignored;
+        fs::remove(file, ignored);
+        throw;
     }
     repairAndCopyBookMap(account);
     return name;
