@@ -16,21 +16,19 @@ namespace {
 
 constexpr std::size_t block_size = 65536;
 
-/// An empty file in the folder of `path` with the permissions that the file `path` is to have.
-TemporaryFile replacementOf(const std::string& path) {
+/// An empty file in the folder of `path` with the permissions `mode`.
+TemporaryFile replacementOf(const std::string& path, mode_t mode) {
     const std::string folder = path.substr(0, path.rfind('/') + 1);
     TemporaryFile replacement(folder + std::string(replacement_prefix));
-    struct stat status = {};
-    const bool present = ::stat(path.c_str(), &status) == 0;
-    if (present && ::fchmod(replacement.descriptor(), status.st_mode & 0777) != 0)
+    if (::fchmod(replacement.descriptor(), mode) != 0)
         throwSystemError("cannot write", path);
     return replacement;
 }
 
 }  // namespace
 
-void replaceFile(const std::string& path, std::string_view content) {
-    TemporaryFile replacement = replacementOf(path);
+void replaceFile(const std::string& path, std::string_view content, mode_t mode) {
+    TemporaryFile replacement = replacementOf(path, mode);
     replacement.write(content);
     replacement.renameTo(path);
 }
@@ -39,7 +37,7 @@ void replaceByCopy(const std::string& path, const std::string& source) {
     const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
     if (!original)
         throwSystemError("cannot read", source);
-    TemporaryFile replacement = replacementOf(path);
+    TemporaryFile replacement = replacementOf(path, modeOf(source, 0600));
     std::array<char, block_size> block;
     for (;;) {
         const ssize_t count =
@@ -51,6 +49,11 @@ void replaceByCopy(const std::string& path, const std::string& source) {
         replacement.write({block.data(), static_cast<std::size_t>(count)});
     }
     replacement.renameTo(path);
+}
+
+mode_t modeOf(const std::string& path, mode_t otherwise) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : otherwise;
 }
 
 }  // namespace posix

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 
@@ -13,11 +15,13 @@ inline constexpr std::string_view replacement_prefix = ".replacement-";
 // the old content or the new one and nothing between. They wait until the new one is on the disk,
 // and throw `std::system_error`, with the old content in place and no other file left behind.
 
-/// Makes `content` the whole content of the file `path`. The file keeps its permissions; a new one
-/// gets 0600.
-void replaceFile(const std::string& path, std::string_view content);
+/// Makes `content` the whole content of the file `path`, which then has the permissions `mode`.
+void replaceFile(const std::string& path, std::string_view content, mode_t mode = 0600);
 
-/// Makes the content of the file `source` the whole content of the file `path`, likewise.
+/// Makes the file `path` a copy of the file `source`, with its permissions.
 void replaceByCopy(const std::string& path, const std::string& source);
+
+/// The permissions of the file `path`; `otherwise` when there is none.
+mode_t modeOf(const std::string& path, mode_t otherwise);
 
 }  // namespace posix

@@ -46,7 +46,7 @@ TEST_F(BrowserCommands, InfoAndStatusTakeNamesAndPaths) {
     const std::string item = done({"map"})[0]["item"].dump();
     writeFile(filePath("7.file"), item + "\n");
     writeFile(filePath("8.file"), "999\n");
-    std::ofstream list(root_.configuration() + "/.files_to_download");
+    std::ofstream list(root_.file(account_files::download_list));
     folium::utilities::SerializeStringVec(list, {filePath("7.file")});
     list.close();
 
@@ -123,16 +123,18 @@ TEST_F(BrowserCommands, BackgroundSyncReturnsWhileTheApplicationRuns) {
     EXPECT_EQ("0\n", readFile(folder_ / "arguments"));
 }
 
-// The library has the shell run "rm FOLDER/*": with a blank in FOLDER, that is another folder.
+// The library has the shell run "rm FOLDER/*": with a blank in FOLDER, that is another folder, here
+// one of the test's own.
 TEST_F(BrowserCommands, LogOutRefusesAFolderThatTheShellWouldReadOtherwise) {
     writeFile(folder_ / "My/precious.txt", "Mine.\n");
     const auto expectRefusal = [this](const std::string& name) {
-        writeFile(root_.configuration() + "/.tavro.conf", accountConfiguration(name));
+        writeFile(root_.file(account_files::configuration), accountConfiguration(name));
         EXPECT_THAT(failed({"logout", "--yes"})["advice"], HasSubstr("plain name")) << name;
     };
-    for (const char* name : {"My /books", "$HOME", "a;b",
-                             "B\xC3\xBC"
-                             "cher"}) {
+    const std::string blank = "books " + folder_ / "My";
+    for (const std::string& name : {blank, std::string("$HOME"), std::string("a;b"),
+                                    std::string("B\xC3\xBC"
+                                                "cher")}) {
         EXPECT_EQ(2, run({"setup", "--folder", folder_ / name}).status) << name;
         expectRefusal(folder_ / name);
     }

@@ -1,14 +1,17 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <fstream>
 
+#include "platform/account_files.h"
 #include "support/service_fixture.h"
 #include "syncjournal.h"
 #include "tavro.h"
 
 using namespace tavro::service;
 using namespace std::string_literals;
+using testing::EndsWith;
+using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
@@ -33,9 +36,11 @@ protected:
         pauses.clear();
     }
 
-    void configure(const std::string& text) { writeFile(configuration + "/.tavro.conf", text); }
+    void configure(const std::string& text) { writeFile(file(account_files::configuration), text); }
 
-    std::string stored(const char* name) const { return readFile(configuration + "/" + name); }
+    std::string file(const char* name) const { return configuration + "/" + name; }
+
+    std::string stored(const char* name) const { return readFile(file(name)); }
 
     /// Brings the session to where an application has it after its first start.
     void logIn() {
@@ -44,16 +49,9 @@ protected:
         ASSERT_TRUE(session.login("pw"));
     }
 
-    int requestsOf(Operation operation) const {
-        const auto all = service.requests();
-        return static_cast<int>(std::count_if(all.begin(), all.end(), [&](const Request& request) {
-            return request.operation == operation;
-        }));
-    }
-
     /// The journal's records as "old>new:flag", in the file's order.
     std::vector<std::string> journalled() const {
-        SyncJournal journal(configuration + "/.tavro_journal");
+        SyncJournal journal(file(account_files::journal));
         journal.reload();
         std::vector<std::string> records;
         for (SyncJournal::Record record; journal.pop(record);)
@@ -63,13 +61,7 @@ protected:
     }
 
     void journal(const std::string& oldName, const std::string& newName, bool flag) {
-        SyncJournal(configuration + "/.tavro_journal").push({oldName, newName, flag});
-    }
-
-    void addToMap(const std::string& name, int id) {
-        BookMap map;
-        map.path = configuration + "/.tavro.lst";
-        map.Add(name, id);
+        SyncJournal(file(account_files::journal)).push({oldName, newName, flag});
     }
 
     const std::string configuration = folder / "config";
@@ -105,50 +97,48 @@ TEST_F(Session, RefusesEverythingBeforeInit) {
 }
 
 TEST_F(Session, NeedsTheFiveRequiredSettings) {
-    const std::string whole = accountConfiguration(sync);
-    for (const char* key :
-         {"SerialNumber", "ConsumerID", "ConsumerPassword", "DeviceType", "DownloadFolderPath"}) {
-        std::string text = whole;
-        text.insert(text.find(key), "#");
-        configure(text);
-        EXPECT_FALSE(session.init(configuration)) << key;
-        EXPECT_EQ(session.server, nullptr) << key;
+    const std::pair<const char*, bool> settings[] = {
+        {"SerialNumber", true},     {"ConsumerID", true},
+        {"ConsumerPassword", true}, {"DeviceType", true},
+        {"Email", false},           {"FirstName", false},
+        {"LastName", false},        {"DownloadFolderPath", true}};
+    for (const auto& [key, required] : settings) {
+        std::string text = accountConfiguration(sync);
+        configure(text.insert(text.find(key), "#"));
+        Tavro other;
+        EXPECT_EQ(other.init(configuration), !required) << key;
+        EXPECT_EQ(other.server == nullptr, required) << key;
     }
     EXPECT_FALSE(session.init(folder / "missing"));
-    configure(
-        "SerialNumber=s\nConsumerID=c\nConsumerPassword=p\nDeviceType=t\n"
-        "DownloadFolderPath=" +
-        sync + "\n");
-    EXPECT_TRUE(session.init(configuration));
 }
 
 TEST_F(Session, RegistersOnceAndKeepsTheToken) {
-    answer(Operation::RegisterDevice, answerXml("9", "<Token>refused</Token>"));
+    service.answer(Operation::RegisterDevice, answerXml("9", "<Token>refused</Token>"));
     EXPECT_FALSE(session.init(configuration));
     EXPECT_EQ(session.lastError(), "9");
-    EXPECT_FALSE(fs::exists(configuration + "/.tavro_token"));
-    answer(Operation::RegisterDevice, answerXml("1003", "<Token>tok&#10;</Token>"));
-    writeFile(configuration + "/.tavro_token", "");
+    EXPECT_FALSE(fs::exists(file(account_files::token)));
+    service.answer(Operation::RegisterDevice, answerXml("1003", "<Token>tok&#10;</Token>"));
+    writeFile(file(account_files::token), "");
     configure(accountConfiguration(sync) + "sessionID=ses\n");
     EXPECT_TRUE(session.init(configuration));
-    EXPECT_EQ(stored(".tavro_token"), "tok\n");
+    EXPECT_EQ(stored(account_files::token), "tok\n");
     EXPECT_EQ(session.sessionID(), "ses");
-    EXPECT_EQ(requestsOf(Operation::RegisterDevice), 2);
+    EXPECT_EQ(service.count(Operation::RegisterDevice), 2U);
     Tavro other;
     EXPECT_TRUE(other.init(configuration));
     EXPECT_EQ(other.deviceToken(), "tok\n");
-    EXPECT_EQ(requestsOf(Operation::RegisterDevice), 2);
+    EXPECT_EQ(service.count(Operation::RegisterDevice), 2U);
 }
 
 TEST_F(Session, ShopNameFallsBackOnTheDefault) {
     ASSERT_TRUE(session.init(configuration));
     EXPECT_EQ(session.getShopName(), "Zabrin");
-    answer(Operation::GetShopURL,
-           answerXml("1003", "<ShopName>Books</ShopName><ShopURL>u</ShopURL>"));
+    service.answer(Operation::GetShopURL,
+                   answerXml("1003", "<ShopName>Books</ShopName><ShopURL>u</ShopURL>"));
     EXPECT_TRUE(session.getShopInfo("c", "p", "t"));
     EXPECT_EQ(session.getShopName(), "Books");
     EXPECT_EQ(session.getShopUrl(), "u");
-    answer(Operation::GetShopURL, "<R/>");
+    service.answer(Operation::GetShopURL, "<R/>");
     EXPECT_FALSE(session.getShopInfo("c", "p", "t"));
 }
 
@@ -160,18 +150,14 @@ TEST_F(Session, PasswordIsStoredAsGivenWhateverTheServiceSays) {
     };
     ASSERT_TRUE(session.init(configuration));
     EXPECT_FALSE(session.login(""));
-    EXPECT_FALSE(fs::exists(configuration + "/.tavro_shadow"));
-    Fault refusal;
-    refusal.resultCode = "2099";
-    refusal.times = 1;
-    service.inject(Operation::CreateUser, refusal);
+    EXPECT_FALSE(fs::exists(file(account_files::password)));
+    service.inject("CreateUser:code=2099,times=1");
     EXPECT_FALSE(session.createUser("first"));
-    EXPECT_EQ(stored(".tavro_shadow").find("first"), std::string::npos);
+    EXPECT_EQ(stored(account_files::password).find("first"), std::string::npos);
     EXPECT_TRUE(session.createUser("first"));
     EXPECT_TRUE(storedPassword());   // sends the stored one, and empties the store
     EXPECT_FALSE(storedPassword());  // so that the next has none to send
-    const int logins = requestsOf(Operation::LoginUser);
-    EXPECT_EQ(logins, 1);
+    EXPECT_EQ(service.count(Operation::LoginUser), 1U);
     EXPECT_TRUE(session.login("first"));
     EXPECT_FALSE(session.sessionID().empty() || session.vendorToken().empty() ||
                  session.vendorID().empty());
@@ -179,14 +165,11 @@ TEST_F(Session, PasswordIsStoredAsGivenWhateverTheServiceSays) {
 
 TEST_F(Session, RefusalsOfAccountRequestsAreSaidWithoutANewline) {
     ASSERT_TRUE(session.init(configuration));
-    const auto last = [](const std::string& text, std::size_t size) {
-        return text.substr(text.size() - std::min(size, text.size()));
-    };
-    EXPECT_EQ(last(standardErrorOf([&] { EXPECT_FALSE(session.login("wrong")); }), 11),
-              "Can't login");
-    EXPECT_EQ(last(standardErrorOf([&] { EXPECT_FALSE(session.forgetPassword("nobody")); }), 21),
-              "Can't forget password");
-    answer(Operation::ForgetPassword, answerXml("1014"));
+    EXPECT_THAT(standardErrorOf([this] { EXPECT_FALSE(session.login("wrong")); }),
+                EndsWith("Can't login"));
+    EXPECT_THAT(standardErrorOf([this] { EXPECT_FALSE(session.forgetPassword("nobody")); }),
+                EndsWith("Can't forget password"));
+    service.answer(Operation::ForgetPassword, answerXml("1014"));
     EXPECT_TRUE(session.forgetPassword("ada@reader.example"));
 }
 
@@ -194,16 +177,16 @@ TEST_F(Session, SavedCatalogueIsTheAnswerAndIsParsedOncePerChange) {
     const std::string first = answerXml(
         "1003", "<AddedItems><ItemsResponse><ItemID>1</ItemID></ItemsResponse></AddedItems>");
     logIn();
-    answer(Operation::SysnWithCloud, first);
+    service.answer(Operation::SysnWithCloud, first);
     EXPECT_TRUE(session.syncServer());
-    EXPECT_EQ(stored(".tbooks.xml"), first);
-    writeFile(configuration + "/.tbooks.xml", "<R/>");
+    EXPECT_EQ(stored(account_files::catalogue), first);
+    writeFile(file(account_files::catalogue), "<R/>");
     EXPECT_EQ(session.getAddedBooks().size(), 1U);  // this process's own sync wins
-    answer(Operation::SysnWithCloud, "");
+    service.answer(Operation::SysnWithCloud, "");
     EXPECT_FALSE(session.syncServer());
-    EXPECT_EQ(stored(".tbooks.xml"), "<R/>");
+    EXPECT_EQ(stored(account_files::catalogue), "<R/>");
 
-    writeFile(configuration + "/.tbooks.xml", first);
+    writeFile(file(account_files::catalogue), first);
     Tavro reader;
     EXPECT_TRUE(reader.getAddedBooks().empty());
     ASSERT_TRUE(reader.init(configuration));
@@ -211,11 +194,11 @@ TEST_F(Session, SavedCatalogueIsTheAnswerAndIsParsedOncePerChange) {
     ASSERT_EQ(books.size(), 1U);
     const void* const parsed = books.data();
     EXPECT_EQ(reader.getAddedBooks().data(), parsed);
-    writeFile(configuration + "/.tbooks.xml", "<AddedItems></AddedItems>");
-    EXPECT_TRUE(reader.getAddedBooks().empty());
-    writeFile(configuration + "/.tbooks.xml", "");
-    EXPECT_TRUE(reader.getAddedBooks().empty());
-    fs::remove(configuration + "/.tbooks.xml");
+    for (const char* emptied : {"<AddedItems></AddedItems>", ""}) {
+        writeFile(file(account_files::catalogue), emptied);
+        EXPECT_TRUE(reader.getAddedBooks().empty()) << emptied;
+    }
+    fs::remove(file(account_files::catalogue));
     EXPECT_TRUE(reader.getAddedBooks().empty());
 }
 
@@ -237,11 +220,8 @@ TEST_F(Session, DownloadedBookGetsTheFirstFreeName) {
     int item = 0;
     for (const auto& row : cases)
         for (const std::string& expected : row.expected) {
-            Fault fault;
-            fault.fileName = row.offered;
-            fault.body = expected;
-            fault.times = 1;
-            service.inject(Operation::DownloadContent, fault);
+            service.inject("DownloadContent:times=1,filename="s + row.offered +
+                           ",body=" + expected);
             EXPECT_EQ(session.downloadBook(book(std::to_string(++item))), expected);
             EXPECT_EQ(readFile(sync + "/" + expected), expected);
             EXPECT_EQ(session.GetBooks()[expected], item);
@@ -257,11 +237,7 @@ TEST_F(Session, DownloadMapsTheItemNumberOfItsText) {
                                                      {BookDescription(), 0},
                                                      {book("99999999999"), 2147483647}};
     for (const auto& [wanted, number] : cases) {
-        Fault fault;
-        fault.fileName = "n" + std::to_string(number);
-        fault.body = "x";
-        fault.times = 1;
-        service.inject(Operation::DownloadContent, fault);
+        service.inject("DownloadContent:times=1,body=x,filename=n" + std::to_string(number));
         const std::string name = session.downloadBook(wanted);
         EXPECT_EQ(session.GetBooks()[name], number) << name;
         EXPECT_EQ(lastRequest().fields.back().second, wanted.field(BookDescription::ItemID));
@@ -270,37 +246,30 @@ TEST_F(Session, DownloadMapsTheItemNumberOfItsText) {
 
 TEST_F(Session, CutDownloadLeavesNeitherBookNorMapEntry) {
     logIn();
-    Fault fault;
-    fault.fileName = "book.txt";
-    fault.body = "content";
-    fault.cutAfter = 4;
-    service.inject(Operation::DownloadContent, fault);
+    service.inject("DownloadContent:filename=book.txt,body=content,cut=4");
     EXPECT_EQ(session.downloadBook(book("1")), "");
     EXPECT_FALSE(fs::exists(sync + "/book.txt"));
     EXPECT_TRUE(session.GetBooks().empty());
-    fault.cutAfter.reset();
-    service.clearFaults();
-    service.inject(Operation::DownloadContent, fault);
+    service.inject("DownloadContent:filename=book.txt,body=content");
     EXPECT_EQ(session.downloadBook(book("1")), "book.txt");
     EXPECT_EQ(readFile(sync + "/book.txt"), "content");
 }
 
 TEST_F(Session, ChangeIsJournalledWhateverTheUploadYields) {
     logIn();
-    addToMap("old.txt", 5);
+    addToMap(configuration, {{"old.txt", 5}});
     writeFile(sync + "/new.txt", "new");
     EXPECT_FALSE(session.updateACSM("/any/unknown.txt", "/any/new.txt", true));
     EXPECT_EQ(journalled(), Names{});
     EXPECT_TRUE(session.updateACSM("/any/old.txt", "new.txt", false));
-    EXPECT_EQ(requestsOf(Operation::UploadContent), 0);
-    answer(Operation::UploadContent, answerXml("9"));
+    EXPECT_EQ(service.count(Operation::UploadContent), 0U);
+    service.inject("UploadContent:code=9");
     EXPECT_TRUE(session.updateACSM("old.txt", "/any/new.txt", true));
-    EXPECT_EQ(requestsOf(Operation::UploadContent), 5);
+    EXPECT_EQ(service.count(Operation::UploadContent), 5U);
     EXPECT_EQ(pauses, std::vector<useconds_t>(5, 5000000));
-    answer(Operation::UploadContent, answerXml("9"), 1);
-    Fault taken;
-    taken.body = answerXml("1003");
-    service.inject(Operation::UploadContent, taken);
+    service.clearFaults();
+    service.inject("UploadContent:code=9,times=1");
+    service.inject("UploadContent:code=1003");
     EXPECT_TRUE(session.updateACSM("old.txt", "new.txt", true));
     EXPECT_EQ(pauses.size(), 6U);
     EXPECT_EQ(journalled(), (Names{"old.txt>new.txt:0", "old.txt>new.txt:0", "old.txt>new.txt:1"}));
@@ -309,15 +278,12 @@ TEST_F(Session, ChangeIsJournalledWhateverTheUploadYields) {
 
 TEST_F(Session, ReplayKeepsWhatWasNeverUploadedInTheOrderTaken) {
     logIn();
-    for (const auto& [name, id] : Books{{"a", 1}, {"b", 2}})
-        addToMap(name, id);
+    addToMap(configuration, {{"a", 1}, {"b", 2}});
     journal("a", "a2", false);
     journal("b", "b2", false);
-    answer(Operation::UploadContent, answerXml("9"));
-    EXPECT_NE(standardErrorOf([this] {
-                  EXPECT_TRUE(session.syncDownloadFolder());
-              }).find("Replay journal: old=b new=b2 flag=0\n"),
-              std::string::npos);
+    service.inject("UploadContent:code=9");
+    EXPECT_THAT(standardErrorOf([this] { EXPECT_TRUE(session.syncDownloadFolder()); }),
+                HasSubstr("Replay journal: old=b new=b2 flag=0\n"));
     EXPECT_EQ(journalled(), (Names{"b>b2:0", "a>a2:0"}));
     EXPECT_EQ(pauses, std::vector<useconds_t>(10, 5000000));
     EXPECT_TRUE(session.syncDownloadFolder());
@@ -327,21 +293,18 @@ TEST_F(Session, ReplayKeepsWhatWasNeverUploadedInTheOrderTaken) {
 
 TEST_F(Session, ReplayMovesTheMapEntryOnceUploaded) {
     logIn();
-    for (const auto& [name, id] : Books{{"sent", -1}, {"fresh", 2}})
-        addToMap(name, id);
+    addToMap(configuration, {{"sent", -1}, {"fresh", 2}});
     journal("unknown", "x", true);
     journal("sent", "sent2", true);
     journal("fresh", "fresh2", false);
     writeFile(sync + "/fresh2", "new");
     writeFile(sync + "/sent2", "new");
-    answer(Operation::UploadContent, answerXml("1003"), 1);  // for "fresh", the newest
-    Fault refused;
-    refused.body = answerXml("9");
-    service.inject(Operation::UploadContent, refused);
+    service.inject("UploadContent:times=1,code=1003");  // for "fresh", the newest
+    service.inject("UploadContent:code=9");
     EXPECT_TRUE(session.syncDownloadFolder());
     EXPECT_EQ(journalled(), Names{});
     EXPECT_EQ(session.GetBooks(), (Books{{"fresh2", 2}, {"sent2", -1}}));
-    EXPECT_EQ(requestsOf(Operation::UploadContent), 6);
+    EXPECT_EQ(service.count(Operation::UploadContent), 6U);
     EXPECT_EQ(lastRequest().fields.at(2).second, "-1");
 }
 

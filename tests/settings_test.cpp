@@ -20,7 +20,7 @@ TEST(ConnectionSettings, ComeFromTheFileWithThePartnersDefaults) {
                  {"16", "apiPort=1\nuploadPort=2\nshopID=x\ndefaultshopName=s\n", 1, 2, "x", "s"},
                  {"16", "# nothing\n", 80, 1510, sixteenth, "Zabrin"}};
     for (const auto& expected : cases) {
-        writeFile(device.serverSettings(), expected.settings);
+        writeFile(device_paths::server_settings, expected.settings);
         ::setenv("TAVRO_PARTNER", expected.partner, 1);
         const TavroServer server("SN");
         EXPECT_EQ(TavroServer::apiPort, expected.api) << expected.partner;
@@ -29,8 +29,8 @@ TEST(ConnectionSettings, ComeFromTheFileWithThePartnersDefaults) {
         EXPECT_EQ(TavroServer::defaultshopName, expected.name);
     }
     // An unreadable file changes nothing, not even to defaults.
-    std::filesystem::remove(device.serverSettings());
-    std::filesystem::create_directory(device.serverSettings());
+    std::filesystem::remove(device_paths::server_settings);
+    std::filesystem::create_directory(device_paths::server_settings);
     TavroServer::apiPort = 4;
     const TavroServer server("SN");
     EXPECT_EQ(TavroServer::apiPort, 4);

@@ -1,7 +1,6 @@
 // Synchronisation rounds, by the real application and in this process, against a running service.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,20 +10,22 @@
 #include <csignal>
 #include <fstream>
 #include <functional>
-#include <stdexcept>
 #include <thread>
 
-#include "activity_log.h"
+#include "tavro-sync/activity_log.h"
 #include "core_utils.h"
-#include "operations.h"
-#include "service.h"
+#include "account/account_requests.h"
+#include "account/book_map.h"
+#include "account/journal_backup.h"
 #include "support/device_root.h"
-#include "sync_round.h"
+#include "support/processes.h"
+#include "support/shell_guard.h"
+#include "support/test_service.h"
+#include "tavro-sync/sync_round.h"
 #include "tavro_client.h"
 #include "tavro_entry_points.h"
 
 using namespace std::chrono_literals;
-using tavro::service::Fault;
 using tavro::service::Operation;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -34,26 +35,20 @@ namespace {
 
 const std::string root = TAVRO_TEST_DEVICE_ROOT;
 
-tavro::service::Options optionsFor(const TemporaryFolder& folder) {
-    tavro::service::Options options;
-    options.books = folder / "books";
-    for (const char* name : {"first.txt", "second.txt", "third.txt"})
-        writeFile(options.books / name, std::string("The book ") + name + ".\n");
-    fs::copy_file(TAVRO_TEST_SAMPLES "/salt-and-pepper.epub", options.books / "pepper.epub");
-    return options;
-}
-
 /// A device with its applications whose account is logged in, and nothing synchronised yet.
 class Sync : public testing::Test {
 protected:
-    Sync() : service(optionsFor(folder)) {
+    Sync() {
+        writeFile(folder / "books/third.txt", "The third book.\n");
+        fs::copy_file(TAVRO_TEST_SAMPLES "/salt-and-pepper.epub", folder / "books/pepper.epub");
         device.writeServerSettings(service.port());
         device.writeAccount();
         fs::create_directories(root + "/ebrmain/bin");
         fs::create_symlink(TAVRO_TEST_SYNC_APPLICATION, application);
-        reader::registerDevice(account, false);
-        reader::openAccount(account, "password");
-        reader::logIn(account, "password");
+        account = tavro::tools::Account(device.configuration());
+        tavro::tools::registerDevice(account, false);
+        tavro::tools::openAccount(account, "password");
+        tavro::tools::logIn(account, "password");
     }
 
     /// Names of the files in the download folder.
@@ -66,7 +61,7 @@ protected:
     }
 
     std::vector<std::string> downloadList() const {
-        std::ifstream stream(account.file(".files_to_download"));
+        std::ifstream stream(account.file(account_files::download_list));
         std::vector<std::string> list;
         folium::utilities::SerializationUtils::DeserializeStringVec(stream, list);
         return list;
@@ -80,28 +75,10 @@ protected:
         return 0;
     }
 
-    pid_t start() const {
-        char* const arguments[] = {const_cast<char*>(application.c_str()), nullptr};
-        pid_t process = -1;
-        if (::posix_spawn(&process, arguments[0], nullptr, nullptr, arguments, environ) != 0)
-            throw std::runtime_error("the application cannot be started");
-        return process;
-    }
-
-    static int statusOf(pid_t process) {
-        int status = 0;
-        EXPECT_EQ(::waitpid(process, &status, 0), process);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    }
+    pid_t start() const { return ::start({application}); }
 
     /// Whether a round in this process did all that it should.
-    bool round() const { return reader::SyncRound(account, log).run(); }
-
-    void slowDown(Operation operation, std::chrono::milliseconds delay) {
-        Fault fault;
-        fault.delay = delay;
-        service.inject(operation, fault);
-    }
+    bool round() const { return tavro::tools::SyncRound(account, log).run(); }
 
     /// Waits until `isTrue`, for some seconds.
     static bool soon(const std::function<bool()>& isTrue) {
@@ -112,23 +89,27 @@ protected:
 
     const DeviceRoot device;
     const TemporaryFolder folder;
-    tavro::service::Service service;
+    TestService service{folder};
     const std::string application = root + "/ebrmain/bin/tavro_sync.app";
-    const reader::Account account{device.configuration()};
-    const reader::ActivityLog log{account.file(".tavro_sync.log")};
+    tavro::tools::Account account{device.configuration()};
+    const tavro::tools::ActivityLog log{account.file(".tavro_sync.log")};
     const std::vector<std::string> books{"first.txt", "pepper.epub", "second.txt", "third.txt"};
 };
 
 }  // namespace
 
-// Between the attempts of an upload; stands before the system's, so that the tests need not wait.
+// These stand before the system's. The pauses between attempts to upload cost no time.
 extern "C" int usleep(useconds_t) {
     return 0;
 }
 
+extern "C" int system(const char* command) {
+    return runBelowDeviceRoot(command);
+}
+
 // A browser that has seen a pending book keeps its lock on the list, and must not stop the round.
 TEST_F(Sync, BackgroundRoundTurnsPendingBooksIntoPresentOnes) {
-    slowDown(Operation::DownloadContent, 200ms);
+    service.inject("DownloadContent:delay=200");
     ASSERT_EQ(TavroClient().StartSync(), 0);
     ASSERT_TRUE(soon([&] { return downloadList().size() == books.size() && files().size() >= 4; }));
     const std::string pending = downloadList().back();
@@ -156,51 +137,43 @@ TEST_F(Sync, DeletedBooksGoUnlessTheirChangeWaits) {
     const int pepper = item("Salt & Pepper");
     for (const char* name : {"first.txt", "second.txt", "pepper.epub"})
         fs::remove((folder / "books/") + name);
-    BookMap map;
-    map.path = account.file(".tavro.lst");
-    map.Add("../joined.txt", item("second"));
+    addToMap(device.configuration(), {{"../joined.txt", item("second")}});
     writeFile(device.syncFolder() + "/../joined.txt", "not in the folder");
-    SyncJournal(account.file(".tavro_journal")).push({"first.txt", "first.txt", false});
+    SyncJournal(account.file(account_files::journal)).push({"first.txt", "first.txt", false});
 
-    Fault refusal;
-    refusal.resultCode = "2010";
-    service.inject(Operation::UploadContent, refusal);
-
+    service.inject("UploadContent:code=2010");
     EXPECT_FALSE(round());
     EXPECT_THAT(files(), ElementsAre("first.txt", "third.txt"));
     EXPECT_EQ(readFile(device.syncFolder() + "/../joined.txt"), "not in the folder");
-    EXPECT_EQ(map.GetBookMap().count("pepper.epub"), 0U);
-    EXPECT_EQ(map.GetBookMap().count("first.txt"), 1U);
-    EXPECT_EQ(reader::pendingChanges(account).size(), 1U);
+    EXPECT_EQ(tavro::tools::mappedFiles(account).count("pepper.epub"), 0U);
+    EXPECT_EQ(tavro::tools::mappedFiles(account).count("first.txt"), 1U);
+    EXPECT_EQ(tavro::tools::pendingChanges(account).size(), 1U);
     EXPECT_FALSE(fs::exists(account.file("covers/" + std::to_string(pepper) + ".png")));
     EXPECT_THAT(readFile(account.file(".tavro_sync.log")), HasSubstr("kept first.txt"));
 }
 
 TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
     ASSERT_TRUE(round());
-    const std::string catalogue = readFile(account.file(".tbooks.xml"));
-    Fault refusal;
-    refusal.resultCode = "2009";
-    refusal.times = 1;
-    service.inject(Operation::SysnWithCloud, refusal);
+    const std::string catalogue = readFile(account.file(account_files::catalogue));
+    service.inject("SysnWithCloud:code=2009,times=1");
     EXPECT_EQ(statusOf(start()), 1);
     service.stop();
     EXPECT_EQ(statusOf(start()), 1);
-    EXPECT_EQ(readFile(account.file(".tbooks.xml")), catalogue);
+    EXPECT_EQ(readFile(account.file(account_files::catalogue)), catalogue);
     EXPECT_EQ(files(), books);
 }
 
 // The library rewrites the book map in place and journals without a look at the outcome.
 TEST_F(Sync, CutBookMapAndFullDiskLoseNothing) {
     ASSERT_TRUE(round());
-    const auto map = reader::mappedFiles(account);
-    fs::resize_file(account.file(".tavro.lst"), 0);
+    const auto map = tavro::tools::mappedFiles(account);
+    fs::resize_file(account.file(account_files::book_map), 0);
     ASSERT_TRUE(round());
-    EXPECT_EQ(reader::mappedFiles(account), map);
+    EXPECT_EQ(tavro::tools::mappedFiles(account), map);
     EXPECT_EQ(files(), books);
 
     const SyncJournal::Record change{"first.txt", "first.txt", false};
-    for (const char* journal : {".tavro_journal", ".tavro_journal_replaying"}) {
+    for (const char* journal : {account_files::journal, ".tavro_journal_replaying"}) {
         SyncJournal(account.file(journal)).push(change);
         const pid_t process = ::fork();
         if (process == 0) {
@@ -212,15 +185,10 @@ TEST_F(Sync, CutBookMapAndFullDiskLoseNothing) {
         EXPECT_EQ(statusOf(process), 1);
         EXPECT_GT(fs::file_size(account.file(journal)), 0U);
         ASSERT_TRUE(round());
-        EXPECT_TRUE(reader::pendingChanges(account).empty());
+        EXPECT_TRUE(tavro::tools::pendingChanges(account).empty());
         EXPECT_EQ(service.requests().back().operation, Operation::SysnWithCloud);
     }
-    const auto requests = service.requests();
-    EXPECT_EQ(std::count_if(requests.begin(), requests.end(),
-                            [](const auto& request) {
-                                return request.operation == Operation::UploadContent;
-                            }),
-              2);
+    EXPECT_EQ(service.count(Operation::UploadContent), 2U);
 }
 
 // A flat battery, the system's memory killer, a log-out: the application may go at any moment.
@@ -228,10 +196,9 @@ TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
     ASSERT_TRUE(round());
     fs::remove(device.syncFolder() + "/second.txt");
     writeFile(device.syncFolder() + "/first-2.txt", "The first book, corrected.\n");
-    SyncJournal(account.file(".tavro_journal")).push({"first.txt", "first-2.txt", false});
-    for (const Operation operation :
-         {Operation::UploadContent, Operation::SysnWithCloud, Operation::DownloadContent})
-        slowDown(operation, 40ms);
+    SyncJournal(account.file(account_files::journal)).push({"first.txt", "first-2.txt", false});
+    for (const std::string operation : {"UploadContent", "SysnWithCloud", "DownloadContent"})
+        service.inject(operation + ":delay=40");
     for (auto life = 10ms; life < 200ms; life += 20ms) {
         const pid_t process = start();
         std::this_thread::sleep_for(life);
@@ -242,27 +209,24 @@ TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
     ASSERT_TRUE(round());
     EXPECT_THAT(files(),
                 ElementsAre("first-2.txt", "first.txt", "pepper.epub", "second.txt", "third.txt"));
-    EXPECT_EQ(reader::mappedFiles(account).size(), books.size());
-    EXPECT_EQ(reader::mappedFiles(account).count("first-2.txt"), 1U);
-    EXPECT_THAT(reader::pendingChanges(account), ElementsAre());
+    EXPECT_EQ(tavro::tools::mappedFiles(account).size(), books.size());
+    EXPECT_EQ(tavro::tools::mappedFiles(account).count("first-2.txt"), 1U);
+    EXPECT_THAT(tavro::tools::pendingChanges(account), ElementsAre());
     EXPECT_FALSE(fs::exists(account.file(".tavro_journal_replaying")));
     EXPECT_THAT(downloadList(), ElementsAre());
 }
 
 TEST_F(Sync, SecondRoundAtTheSameTimeLeavesTheWorkToTheFirst) {
-    slowDown(Operation::SysnWithCloud, 300ms);
+    service.inject("SysnWithCloud:delay=300");
     const pid_t both[] = {start(), start()};
     for (const pid_t process : both)
         EXPECT_EQ(statusOf(process), 0);
-    std::size_t downloads = 0;
-    for (const auto& request : service.requests())
-        downloads += request.operation == Operation::DownloadContent;
-    EXPECT_EQ(downloads, books.size());
+    EXPECT_EQ(service.count(Operation::DownloadContent), books.size());
     EXPECT_EQ(files(), books);
 }
 
 TEST_F(Sync, LogOutDuringARoundLeavesNothingBehind) {
-    slowDown(Operation::DownloadContent, 300ms);
+    service.inject("DownloadContent:delay=300");
     const pid_t process = start();
     ASSERT_TRUE(soon([&] { return files().size() >= 4; }));
     TavroClient().LogOut();
@@ -272,7 +236,7 @@ TEST_F(Sync, LogOutDuringARoundLeavesNothingBehind) {
 }
 
 TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
-    slowDown(Operation::DownloadContent, 300ms);
+    service.inject("DownloadContent:delay=300");
     const pid_t process = start();
     ASSERT_TRUE(soon([&] { return files().size() >= 4; }));
     TavroClient().LogOut();
@@ -280,7 +244,7 @@ TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
     device.writeAccount("sessionID=another\n");
     EXPECT_EQ(statusOf(process), 1);
     EXPECT_THAT(files(), ElementsAre());
-    EXPECT_TRUE(fs::exists(account.file(".tavro.conf")));
+    EXPECT_TRUE(fs::exists(account.file(account_files::configuration)));
 }
 
 // Cover addresses come from the service, and item ids become file names.
@@ -288,17 +252,16 @@ TEST_F(Sync, HostileCatalogueReachesNoFileOfTheDevice) {
     writeFile(root + "/secret.png", "\x89PNG secret");
     ASSERT_TRUE(round());
     const std::string deleted = std::to_string(item("first")) + "abc";
-    Fault catalogue;
-    const std::string text = service.url() + "/terms";
-    catalogue.body =
-        "<A><Error>1003</Error><AddedItems><ItemsResponse><ItemID>../7</ItemID>"
-        "</ItemsResponse><ItemsResponse><ItemID>8</ItemID><CoverArtImage>file://" +
-        root + "/secret.png</CoverArtImage></ItemsResponse><ItemsResponse><ItemID>9" +
-        "</ItemID><CoverArtImage>" + text +
-        "</CoverArtImage></ItemsResponse></AddedItems>"
-        "<DeletedItems><ItemsResponse><ItemID>" +
-        deleted + "</ItemID></ItemsResponse></DeletedItems></A>";
-    service.inject(Operation::SysnWithCloud, catalogue);
+    const auto xmlOf = [](const std::string& id, const std::string& cover) {
+        return "<ItemsResponse><ItemID>" + id + "</ItemID><CoverArtImage>" + cover +
+               "</CoverArtImage></ItemsResponse>";
+    };
+    service.answer(
+        Operation::SysnWithCloud,
+        answerXml("1003", "<AddedItems>" + xmlOf("../7", "") +
+                              xmlOf("8", "file://" + root + "/secret.png") +
+                              xmlOf("9", service.url() + "/terms") + "</AddedItems><DeletedItems>" +
+                              xmlOf(deleted, "") + "</DeletedItems>"));
     EXPECT_FALSE(round());
     for (const char* cover : {"8.png", "8.jpeg", "9.png", "9.jpeg"})
         EXPECT_FALSE(fs::exists(account.file("covers/") + cover));

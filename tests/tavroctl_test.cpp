@@ -11,20 +11,9 @@
 #include "support/terminal.h"
 
 using nlohmann::json;
-using tavro::service::Fault;
 using tavro::service::Operation;
 using testing::HasSubstr;
 using testing::Not;
-
-namespace {
-
-Fault refusal(const std::string& code) {
-    Fault fault;
-    fault.resultCode = code;
-    return fault;
-}
-
-}  // namespace
 
 // The library writes traces and answers to the standard streams; none of it may reach a script.
 TEST_F(Tavroctl, WholeRoadPrintsNothingButJson) {
@@ -32,7 +21,7 @@ TEST_F(Tavroctl, WholeRoadPrintsNothingButJson) {
     setUpAccount();
     EXPECT_EQ(false, done({"register"})["changed"]);
     EXPECT_EQ(true, done({"login", "--password-stdin"}, password + "\n")["loggedIn"]);
-    EXPECT_NE("", readFile(root_.configuration() + "/.tavro_vendor_token"));
+    EXPECT_NE("", readFile(root_.file(account_files::login_marker)));
     EXPECT_NE("", done({"shop"})["url"]);
     EXPECT_EQ("ada@reader.example", done({"remind"})["reminded"]);
     EXPECT_EQ(2, done({"sync"})["books"]);
@@ -69,7 +58,7 @@ TEST_F(Tavroctl, ReplacedBookWaitsInTheJournalUntilReplayed) {
     EXPECT_EQ(false, done({"replace", "second.txt", folder_ / "second-2.txt"})["uploaded"]);
     EXPECT_EQ(1U, done({"journal"}).size());
     EXPECT_EQ(1U, done({"journal"}).size()) << "showing the journal must not consume it";
-    EXPECT_EQ(0U, requests(Operation::UploadContent));
+    EXPECT_EQ(0U, service_.count(Operation::UploadContent));
 
     const json replayed = done({"replay"});
     EXPECT_EQ("second-2.txt", replayed["uploaded"][0]["new"]);
@@ -86,10 +75,10 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
     downloadBooks();
     writeFile(root_.syncFolder() + "/first-2.txt", "The first book, corrected.\n");
     done({"replace", "first.txt", "first-2.txt"});
-    service_.inject(Operation::UploadContent, refusal("2009"));
+    service_.inject("UploadContent:code=2009");
     const auto begin = std::chrono::steady_clock::now();
     const pid_t replay = start({"replay"}, {});
-    while (requests(Operation::UploadContent) == 0)
+    while (service_.count(Operation::UploadContent) == 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ::kill(replay, SIGINT);
     EXPECT_EQ(-SIGINT, statusOf(replay));
@@ -127,7 +116,7 @@ TEST_F(Tavroctl, RefusalsNameTheServicesCode) {
 
     done({"login", "--password-stdin"}, password + "\n");
     // The library calls this sync a success: it only looks whether an answer came.
-    service_.inject(Operation::SysnWithCloud, refusal("2009"));
+    service_.inject("SysnWithCloud:code=2009");
     const json sync = failed({"sync"});
     EXPECT_EQ("2009", sync["code"]);
     EXPECT_THAT(sync["advice"], HasSubstr("tavroctl login"));
@@ -136,10 +125,7 @@ TEST_F(Tavroctl, RefusalsNameTheServicesCode) {
 TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     downloadBooks();
     std::filesystem::remove_all(root_.syncFolder());
-    Fault fault;
-    fault.closeConnection = true;
-    fault.times = 1;
-    service_.inject(Operation::DownloadContent, fault);
+    service_.inject("DownloadContent:close,times=1");
     const Outcome outcome = run({"download", "--all", "--json"});
     EXPECT_EQ(1, outcome.status);
     const json report = json::parse(outcome.out);
@@ -151,11 +137,10 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
 // A title out of the network must not steer the terminal.
 TEST_F(Tavroctl, TablesShowNoControlCharacters) {
     downloadBooks();
-    Fault fault;
-    fault.body =
-        "<A><Error>1003</Error><AddedItems><ItemsResponse><ItemID>7</ItemID><Title>a\xC2\x9B"
-        "2Jb</Title></ItemsResponse></AddedItems></A>";
-    service_.inject(Operation::SysnWithCloud, fault);
+    service_.answer(Operation::SysnWithCloud,
+                    answerXml("1003",
+                              "<AddedItems><ItemsResponse><ItemID>7</ItemID><Title>a\xC2\x9B"
+                              "2Jb</Title></ItemsResponse></AddedItems>"));
     done({"sync"});
     EXPECT_THAT(run({"books"}).out, AllOf(HasSubstr("a\xEF\xBF\xBD"
                                                     "2Jb"),
@@ -204,8 +189,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwo) {
 
 TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
     setUpAccount();
-    Words words{"login"};
-    Terminal login(argumentsFor(words));
+    Terminal login(tavroctl({"login"}));
     login.expect("Password: ");
     EXPECT_FALSE(login.echoes());
     login.type(password + "\n");
@@ -213,8 +197,7 @@ TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
     EXPECT_EQ(0, login.wait());
     EXPECT_THAT(login.shown, Not(HasSubstr(password)));
 
-    Words again{"login"};
-    Terminal interrupted(argumentsFor(again));
+    Terminal interrupted(tavroctl({"login"}));
     interrupted.expect("Password: ");
     interrupted.type("\x03");
     EXPECT_EQ(-SIGINT, interrupted.wait());
@@ -225,8 +208,7 @@ TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
     EXPECT_THAT(failed({"wizard"})["advice"], HasSubstr("scripts/device-root"));
     installApplication("tavro_wizard.app", "printf 'Token? '; read token; echo \"$token\" > " +
                                                root_.configuration() + "/.tavro_vendor_token\n");
-    Words words{"wizard"};
-    Terminal terminal(argumentsFor(words));
+    Terminal terminal(tavroctl({"wizard"}));
     terminal.expect("Token? ");
     terminal.type("abc\n");
     terminal.expect("Logged in");
@@ -235,10 +217,9 @@ TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
     EXPECT_EQ(true, json::parse(scripted.out)["loggedIn"]) << "the wizard's text is no result";
     EXPECT_EQ("Token? ", scripted.err);
 
-    std::filesystem::remove(root_.configuration() + "/.tavro_vendor_token");
+    std::filesystem::remove(root_.file(account_files::login_marker));
     installApplication("tavro_wizard.app", "printf 'Waiting'; read token\n");
-    Words again{"wizard"};
-    Terminal interrupted(argumentsFor(again));
+    Terminal interrupted(tavroctl({"wizard"}));
     interrupted.expect("Waiting");
     interrupted.type("\x03");
     interrupted.expect("nobody is logged in");
@@ -252,8 +233,7 @@ TEST_F(Tavroctl, LogOutAsksAndSparesSubfoldersAndHiddenFiles) {
     const std::string hidden = deviceFile("mnt/ext1/.adobe-hidden-files");
     writeFile(hidden + "/key", "");
 
-    Words words{"logout"};
-    Terminal refused(argumentsFor(words));
+    Terminal refused(tavroctl({"logout"}));
     refused.expect("3 files directly in the download folder " + root_.syncFolder());
     refused.expect("Log out? [y/N] ");
     refused.type("\n");

@@ -1,31 +1,28 @@
-#include <dlfcn.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <unistd.h>
 
 #include <cstdarg>
 
 #include "curlmanager.h"
+#include "support/next_function.h"
 #include "support/service_fixture.h"
 
 using folium::tavro::CurlManager;
 using namespace tavro::service;
 using namespace std::string_literals;
+using testing::HasSubstr;
 
 namespace {
 
 /// What the library asked of libcurl; the calls below stand before libcurl's own.
 struct CurlCalls {
     std::vector<CURLoption> options;
+    std::vector<long> values;  ///< of the options that take a number
     std::size_t failingOption = SIZE_MAX;
     int transfers = 0;
 };
 
 CurlCalls calls;
-
-template <typename Function>
-Function* next(const char* name) {
-    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
 
 }  // namespace
 
@@ -41,6 +38,8 @@ extern "C" CURLcode curl_easy_setopt(CURL* curl, CURLoption option, ...) {
 #pragma GCC diagnostic pop
     void* const value = va_arg(arguments, void*);
     va_end(arguments);
+    if (option < CURLOPTTYPE_OBJECTPOINT)
+        calls.values.push_back(reinterpret_cast<long>(value));
     return next<CURLcode(CURL*, CURLoption, ...)>("curl_easy_setopt")(curl, option, value);
 }
 
@@ -73,17 +72,6 @@ protected:
         return {curl.responseBuffer.begin(), curl.responseBuffer.end()};
     }
 
-    /// Lets the service announce `name` for a download and answer `body`, cut after `cut` bytes.
-    void offer(const std::string& name, const std::string& body,
-               std::optional<std::size_t> cut = std::nullopt) {
-        Fault fault;
-        fault.fileName = name;
-        fault.body = body;
-        fault.cutAfter = cut;
-        service.clearFaults();
-        service.inject(Operation::DownloadContent, fault);
-    }
-
     const CurlManager::FormFields fields = {{"Token", "t"}, {"SessionId", ""}, {"ItemId", "1"}};
     CurlManager curl;
 };
@@ -111,13 +99,15 @@ TEST_F(Transport, EveryOptionIsSetInOrderAndAFailingOneEndsTheOperation) {
     const struct {
         std::function<void()> run;
         const std::vector<CURLoption>& options;
-    } operations[] = {{[this] { request(); }, request_options},
-                      {[this] { download(); }, download_options},
-                      {[this] { upload(); }, upload_options}};
+        std::vector<long> values;
+    } operations[] = {{[this] { request(); }, request_options, {1, 60, 1, 1, service.port(), 1}},
+                      {[this] { download(); }, download_options, {1, 1, 1, service.port(), 1}},
+                      {[this] { upload(); }, upload_options, {service.port(), 1}}};
     for (const auto& operation : operations) {
         calls = {};
         operation.run();
         EXPECT_EQ(calls.options, operation.options);
+        EXPECT_EQ(calls.values, operation.values);
         EXPECT_EQ(calls.transfers, 1);
         for (std::size_t failing = 0; failing < operation.options.size(); ++failing) {
             calls = {};
@@ -132,7 +122,7 @@ TEST_F(Transport, EveryOptionIsSetInOrderAndAFailingOneEndsTheOperation) {
 }
 
 TEST_F(Transport, RequestCarriesItsHeadersAndAnswersOnlyInTheBuffer) {
-    answer(Operation::LoginUser, "one\0two"s);
+    service.answer(Operation::LoginUser, "one\0two"s);
     EXPECT_EQ(curl.sendRequest(TavroServer::baseApiUrl + "LoginUser", service.port(), "<a>&</a>"),
               "");
     EXPECT_EQ(response(), "one\0two"s);
@@ -147,9 +137,8 @@ TEST_F(Transport, FailedTransferIsReportedAndLeavesAnEmptyBuffer) {
     service.stop();
     for (const auto& run : std::vector<std::function<void()>>{
              [this] { request(); }, [this] { upload(); }, [this] { download(); }}) {
-        EXPECT_NE(standardErrorOf(run).find("curl_easy_perform() failed: Couldn't connect to "
-                                            "server\n"),
-                  std::string::npos);
+        EXPECT_THAT(standardErrorOf(run),
+                    HasSubstr("curl_easy_perform() failed: Couldn't connect to server\n"));
         EXPECT_EQ(response(), "");
     }
 }
@@ -162,11 +151,11 @@ TEST_F(Transport, OnlyAnswersBelowTenKibibytesAreLogged) {
     for (const std::size_t size : {4096U, 10239U, 10240U}) {
         writeFile(log, "");
         const std::string body(size, 'x');
-        answer(Operation::LoginUser, body);
+        service.answer(Operation::LoginUser, body);
         request();
         EXPECT_EQ(response(), body);
         const std::string text = readFile(log);
-        EXPECT_NE(text.find("Requesting url [" + url + "] with params [x]"), std::string::npos);
+        EXPECT_THAT(text, HasSubstr("Requesting url [" + url + "] with params [x]"));
         const bool logged =
             text.find("Request to " + url + " return [" + body + "]") != std::string::npos;
         EXPECT_EQ(logged, size < 10240U) << size;
@@ -217,43 +206,36 @@ TEST_F(Transport, FileNameIsTheRestOfTheHeaderLineLessItsLineEnd) {
     EXPECT_EQ(curl.downloadStream, nullptr);
 }
 
-TEST_F(Transport, DownloadStaysUnderItsPartialName) {
-    offer("\"book.txt\"", "content\0more"s);
-    EXPECT_EQ(download(), "\"book.txt\"");
-    EXPECT_EQ(readFile(folder / "in/\"book.txt\".downloading"), "content\0more"s);
-    EXPECT_FALSE(std::filesystem::exists(folder / "in/\"book.txt\""));
-    EXPECT_EQ(curl.downloadStream, nullptr);
-    const std::vector<std::pair<std::string, std::string>> sent = lastRequest().fields;
-    EXPECT_EQ(sent, fields);
-    offer("", "content");  // no name announced: the body is refused
-    EXPECT_EQ(download(), "");
-}
-
 // A cut book must never pass for a whole one, whether the network or the disk cut it.
 TEST_F(Transport, CutDownloadHasNoName) {
+    service.inject("DownloadContent:filename=\"book.txt\",body-hex=610062");
+    EXPECT_EQ(download(), "\"book.txt\"");
+    EXPECT_EQ(readFile(folder / "in/\"book.txt\".downloading"), "a\0b"s);
+    EXPECT_FALSE(std::filesystem::exists(folder / "in/\"book.txt\""));
+    EXPECT_EQ(curl.downloadStream, nullptr);
+    EXPECT_EQ(lastRequest().fields, fields);
+
     writeFile(folder / "in/book.txt", "an older file");
-    offer("book.txt", "content", 3);
-    EXPECT_NE(standardErrorOf([this] { EXPECT_EQ(download(), ""); }).find("failed"),
-              std::string::npos);
+    service.inject("DownloadContent:filename=book.txt,body=content,cut=3");
+    EXPECT_THAT(standardErrorOf([this] { EXPECT_EQ(download(), ""); }), HasSubstr("failed"));
     EXPECT_EQ(readFile(folder / "in/book.txt.downloading"), "con");
     EXPECT_FALSE(std::filesystem::exists(folder / "in/book.txt"));
 
     std::filesystem::create_symlink("/dev/full", folder / "in/full.txt.downloading");
-    offer("full.txt", "content");
-    EXPECT_EQ(download(), "");
-    offer("missing/book.txt", "");
-    EXPECT_EQ(download(), "");
+    for (const std::string name : {"full.txt", "", "missing/book.txt"}) {
+        service.inject("DownloadContent:body=content,filename=" + name);
+        EXPECT_EQ(download(), "") << name;
+    }
 }
 
 TEST_F(Transport, UploadSendsTheFileAsTheLastPart) {
-    answer(Operation::UploadContent, "taken");
+    service.answer(Operation::UploadContent, "taken");
     upload();
     EXPECT_EQ(response(), "taken");
-    const std::vector<std::pair<std::string, std::string>> sent = lastRequest().fields;
-    ASSERT_EQ(sent.size(), 4U);
-    EXPECT_TRUE(std::equal(fields.begin(), fields.end(), sent.begin()));
-    EXPECT_EQ(sent.back(), std::make_pair("file"s, "note"s));
+    auto expected = fields;
+    expected.emplace_back("file", "note");
+    EXPECT_EQ(lastRequest().fields, expected);
     std::filesystem::remove(folder / "in/note");
-    EXPECT_NE(standardErrorOf([this] { upload(); }).find("failed"), std::string::npos);
+    EXPECT_THAT(standardErrorOf([this] { upload(); }), HasSubstr("failed"));
     EXPECT_EQ(response(), "");
 }

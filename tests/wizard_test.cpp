@@ -4,7 +4,6 @@
 #include "support/tavroctl_fixture.h"
 #include "support/terminal.h"
 
-using tavro::service::Fault;
 using tavro::service::Operation;
 using testing::HasSubstr;
 using testing::Not;
@@ -21,9 +20,8 @@ protected:
     }
 
     /// Starts the wizard on a device that is set up.
-    std::unique_ptr<Terminal> start() {
-        words_ = {"wizard"};
-        auto terminal = std::make_unique<Terminal>(argumentsFor(words_));
+    static std::unique_ptr<Terminal> start() {
+        auto terminal = std::make_unique<Terminal>(tavroctl({"wizard"}));
         terminal->expect("Your choice: ");
         return terminal;
     }
@@ -39,17 +37,14 @@ protected:
     }
 
     /// The wizard itself, started by a shell with `arguments`.
-    std::vector<char*> direct(const std::string& arguments) {
-        words_ = {"/bin/sh", "-c", std::string(TAVRO_TEST_WIZARD " ") + arguments};
-        return {words_[0].data(), words_[1].data(), words_[2].data(), nullptr};
+    static Words direct(const std::string& arguments) {
+        return {"/bin/sh", "-c", TAVRO_TEST_WIZARD " " + arguments};
     }
 
     bool isLoggedIn() const {
-        return !readFile(root_.configuration() + "/.tavro_vendor_token").empty() &&
+        return !readFile(root_.file(account_files::login_marker)).empty() &&
                done({"status"})["loggedIn"] == true;
     }
-
-    Words words_;
 };
 
 }  // namespace
@@ -158,12 +153,12 @@ TEST_F(Wizard, OwnExitStatusTellsWhatTheDialogueDid) {
 
 TEST_F(Wizard, ShowsTheLinesOfLongTermsAsSuch) {
     setUpAccount();
-    Fault fault;
-    fault.body =
-        "<A><Error>1003</Error><ShopURL>http://shop.example</ShopURL><ShopName>S</ShopName>"
-        "<Shopid>1</Shopid><TermsOfServiceUrl>http://shop.example/terms</TermsOfServiceUrl>"
-        "<TermsOfServiceText>One.\nTwo\xC2\x9B.</TermsOfServiceText></A>";
-    service_.inject(Operation::GetShopURL, fault);
+    service_.answer(
+        Operation::GetShopURL,
+        answerXml("1003",
+                  "<ShopURL>http://shop.example</ShopURL><ShopName>S</ShopName><Shopid>1</Shopid>"
+                  "<TermsOfServiceUrl>http://shop.example/terms</TermsOfServiceUrl>"
+                  "<TermsOfServiceText>One.\nTwo\xC2\x9B.</TermsOfServiceText>"));
     const auto wizard = start();
     wizard->type("q\n");
     EXPECT_EQ(wizard->wait(), 1);

@@ -132,6 +132,6 @@ void ConfigurationFile::save() {
     std::string content;
     for (const std::string& line : lines_)
         content += line;
-    posix::replaceFile(path_, content);
+    posix::replaceFile(path_, content, posix::modeOf(path_, 0600));
     savedAsIs_ = true;
 }

@@ -17,4 +17,8 @@ inline constexpr const char* session = "sessionID";
 inline constexpr const char* required[] = {serial_number, consumer_id, consumer_password,
                                            device_type, download_folder};
 
+inline constexpr const char* all[] = {serial_number, consumer_id,     consumer_password,
+                                      device_type,   email,           first_name,
+                                      last_name,     download_folder, session};
+
 }  // namespace account_keys

@@ -11,8 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path root = TAVRO_TEST_DEVICE_ROOT;
-const fs::path system_folder = root / "mnt/ext1/system/config";
+const fs::path root = device_paths::root;
 
 }  // namespace
 
@@ -32,21 +31,9 @@ DeviceRoot::~DeviceRoot() {
     ::close(lock_);
 }
 
-std::string DeviceRoot::configuration() const {
-    return system_folder / "tavro";
-}
-
-std::string DeviceRoot::syncFolder() const {
-    return root / "mnt/ext1/Tavro";
-}
-
-std::string DeviceRoot::serverSettings() const {
-    return system_folder / "server_connection_data.cfg";
-}
-
 void DeviceRoot::writeServerSettings(int port) const {
     const std::string number = std::to_string(port);
-    writeFile(serverSettings(),
+    writeFile(device_paths::server_settings,
               "baseApiUrl=http://127.0.0.1/IOSCloudManagement.svc/\napiPort=" + number +
                   "\nuploadUrl=http://127.0.0.1/UploadContent.aspx\n" + "uploadPort=" + number +
                   "\ndownloadUrl=http://127.0.0.1/DownloadContent.aspx\n" +
@@ -54,5 +41,5 @@ void DeviceRoot::writeServerSettings(int port) const {
 }
 
 void DeviceRoot::writeAccount(const std::string& more) const {
-    writeFile(fs::path(configuration()) / ".tavro.conf", accountConfiguration(syncFolder()) + more);
+    writeFile(file(account_files::configuration), accountConfiguration(syncFolder()) + more);
 }

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/device_paths.h"
 #include "support/temporary_folder.h"
 
 /// A fresh, empty device for one test, with every folder of the fixed paths in place.
@@ -16,13 +17,13 @@ public:
     DeviceRoot& operator=(const DeviceRoot&) = delete;
 
     /// Configuration folder of the account, as `Tavro::init` takes it.
-    std::string configuration() const;
+    std::string configuration() const { return device_paths::configuration_folder; }
+
+    /// The account's file `name`, one of `account_files`.
+    std::string file(const std::string& name) const { return configuration() + "/" + name; }
 
     /// Folder into which books are downloaded.
-    std::string syncFolder() const;
-
-    /// Server-settings file.
-    std::string serverSettings() const;
+    std::string syncFolder() const { return device_paths::root + std::string("/mnt/ext1/Tavro"); }
 
     /// Lets the library find the service that listens on `port` of 127.0.0.1.
     void writeServerSettings(int port) const;

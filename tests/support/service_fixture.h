@@ -2,23 +2,28 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
-#include "service.h"
-#include "support/temporary_folder.h"
+#include "server/built_in_settings.h"
+#include "support/test_service.h"
 #include "tavroserver.h"
 
 /// A running service and a library that is connected to it, with nothing read from the device
 /// root: the partner code is one without a settings file.
 class ServiceFixture : public ::testing::Test {
 protected:
-    ServiceFixture();
-
-    /// Answers the next `times` requests of `operation` (0: all of them) with exactly `body`.
-    void answer(tavro::service::Operation operation, const std::string& body, int times = 0);
+    ServiceFixture() {
+        ::setenv("TAVRO_PARTNER", "0", 1);
+        const std::string host = "http://127.0.0.1";
+        TavroServer::baseApiUrl = host + service_paths::device_api;
+        TavroServer::uploadUrl = host + service_paths::upload;
+        TavroServer::downloadUrl = host + service_paths::download;
+        TavroServer::apiPort = TavroServer::uploadPort = TavroServer::downloadPort = service.port();
+    }
 
     /// The last request that the service received.
-    tavro::service::Request lastRequest() const;
+    tavro::service::Request lastRequest() const { return service.requests().back(); }
 
     /// Runs `action` and returns what the process wrote to its standard error stream meanwhile.
     template <typename Action>
@@ -29,8 +34,5 @@ protected:
     }
 
     TemporaryFolder folder;
-    tavro::service::Service service;
+    TestService service{folder};
 };
-
-/// An answer of the service with result code `code` and `more` elements.
-std::string answerXml(const std::string& code, const std::string& more = {});

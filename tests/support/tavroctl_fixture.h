@@ -1,22 +1,15 @@
 #pragma once
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
-#include "service.h"
 #include "support/device_root.h"
-#include "support/temporary_folder.h"
-
-using Words = std::vector<std::string>;
+#include "support/processes.h"
+#include "support/shell_guard.h"
+#include "support/test_service.h"
 
 inline const std::string password = "correct horse";
 
@@ -26,52 +19,22 @@ struct Outcome {
     std::string err;
 };
 
-/// Waits until `process` has ended. @return its exit status, or minus the signal that ended it.
-inline int statusOf(pid_t process) {
-    int status = 0;
-    ::waitpid(process, &status, 0);
-    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
-}
-
 /// The command-line tool as a process of its own, with a running service and a fresh device root.
 class Tavroctl : public testing::Test {
 protected:
-    Tavroctl() : service_(optionsFor(folder_)) {}
+    Tavroctl() { guardStartedPrograms(folder_); }
 
-    static tavro::service::Options optionsFor(const TemporaryFolder& folder) {
-        tavro::service::Options options;
-        options.books = folder / "books";
-        writeFile(options.books / "first.txt", "The first book.\n");
-        writeFile(options.books / "second.txt", "The second book.\n");
-        return options;
-    }
-
-    static std::vector<char*> argumentsFor(Words& words) {
+    /// The tool's program and `words` behind it.
+    static Words tavroctl(Words words) {
         words.insert(words.begin(), TAVRO_TEST_TAVROCTL);
-        std::vector<char*> arguments;
-        for (auto& word : words)
-            arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-        return arguments;
+        return words;
     }
 
     /// Starts the tool with `input` as its standard input, writing to files of the test.
-    pid_t start(Words words, const std::string& input) const {
+    pid_t start(const Words& words, const std::string& input) const {
         writeFile(folder_ / "in", input);
-        posix_spawn_file_actions_t streams;
-        ::posix_spawn_file_actions_init(&streams);
-        const int created = O_WRONLY | O_CREAT | O_TRUNC;
-        const std::string in = folder_ / "in", out = folder_ / "out", err = folder_ / "err";
-        ::posix_spawn_file_actions_addopen(&streams, 0, in.c_str(), O_RDONLY, 0);
-        ::posix_spawn_file_actions_addopen(&streams, 1, out.c_str(), created, 0600);
-        ::posix_spawn_file_actions_addopen(&streams, 2, err.c_str(), created, 0600);
-        pid_t process = -1;
-        const int error = ::posix_spawn(&process, TAVRO_TEST_TAVROCTL, &streams, nullptr,
-                                        argumentsFor(words).data(), environ);
-        ::posix_spawn_file_actions_destroy(&streams);
-        if (error != 0)  // a signal to process -1 would go to all that there are
-            throw std::runtime_error("tavroctl cannot be started");
-        return process;
+        return ::start(tavroctl(words),
+                       {{0, folder_ / "in"}, {1, folder_ / "out"}, {2, folder_ / "err"}});
     }
 
     Outcome run(const Words& words, const std::string& input = {}) const {
@@ -112,21 +75,12 @@ protected:
 
     /// Puts the shell script `text` where the library starts the application `name`.
     static void installApplication(const std::string& name, const std::string& text) {
-        const std::filesystem::path path = deviceFile("ebrmain/bin/" + name);
-        writeFile(path, "#!/bin/sh\n" + text);
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        writeProgram(deviceFile("ebrmain/bin/" + name), text);
     }
 
     /// Full path of the device's file `path`.
     static std::string deviceFile(const std::string& path) {
         return std::string(TAVRO_TEST_DEVICE_ROOT) + "/" + path;
-    }
-
-    std::size_t requests(tavro::service::Operation operation) const {
-        std::size_t count = 0;
-        for (const auto& request : service_.requests())
-            count += request.operation == operation;
-        return count;
     }
 
     std::string book(const std::string& name) const {
@@ -135,5 +89,5 @@ protected:
 
     DeviceRoot root_;
     TemporaryFolder folder_;
-    tavro::service::Service service_;
+    TestService service_{folder_};
 };

@@ -5,6 +5,9 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "bookmap.h"
+#include "platform/account_files.h"
+
 namespace fs = std::filesystem;
 
 TemporaryFolder::TemporaryFolder() {
@@ -31,9 +34,21 @@ void writeFile(const fs::path& path, const std::string& content) {
         throw std::runtime_error("cannot write " + path.string());
 }
 
+void writeProgram(const fs::path& path, const std::string& text) {
+    writeFile(path, "#!/bin/sh\n" + text);
+    fs::permissions(path, fs::perms::owner_all);
+}
+
 std::string accountConfiguration(const std::string& syncFolder) {
     return "SerialNumber=SN-0001\nConsumerID=consumer\nConsumerPassword=secret\n"
            "DeviceType=reader\nEmail=ada@reader.example\nFirstName=Ada\nLastName=Lovelace\n"
            "DownloadFolderPath=" +
            syncFolder + "\n";
+}
+
+void addToMap(const std::string& configuration, const std::map<std::string, int>& books) {
+    BookMap map;
+    map.path = configuration + "/" + account_files::book_map;
+    for (const auto& [name, item] : books)
+        map.Add(name, item);
 }

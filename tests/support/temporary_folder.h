@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 
 /// A folder of its own for one test, removed with all it holds.
@@ -24,5 +25,11 @@ std::string readFile(const std::filesystem::path& path);
 /// Makes `content` the whole content of the file `path`, creating its folder.
 void writeFile(const std::filesystem::path& path, const std::string& content);
 
+/// Makes the shell script `text` the program `path`.
+void writeProgram(const std::filesystem::path& path, const std::string& text);
+
 /// Text of a complete account configuration whose books go to the folder `syncFolder`.
 std::string accountConfiguration(const std::string& syncFolder);
+
+/// Adds `books`, file names with their items, to the book map of the folder `configuration`.
+void addToMap(const std::string& configuration, const std::map<std::string, int>& books);

@@ -9,19 +9,18 @@
 #include <csignal>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
-#include "support/tavroctl_fixture.h"
+#include "support/processes.h"
 
 /// A program on a terminal of its own.
 class Terminal {
 public:
-    explicit Terminal(std::vector<char*> arguments)
-        : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
+    /// Starts the program `words[0]` with the arguments behind it.
+    explicit Terminal(Words words) : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
         if (process_ == -1)  // which a signal would take for all processes that there are
             throw std::runtime_error("there is no terminal to be had");
         if (process_ == 0) {
-            ::execv(arguments[0], arguments.data());
+            ::execv(words[0].c_str(), argumentsOf(words).data());
             ::_exit(127);
         }
     }

@@ -1,4 +1,4 @@
-#include "activity_log.h"
+#include "tavro-sync/activity_log.h"
 
 #include <fcntl.h>
 
@@ -8,12 +8,12 @@
 #include <ctime>
 #include <filesystem>
 
-#include "output.h"
-#include "write_all.h"
+#include "console/output.h"
+#include "posix/write_all.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -40,8 +40,8 @@ ActivityLog::ActivityLog(const std::string& path) : file_(openLog(path)) {}
 
 void ActivityLog::note(const std::string& text) const {
     if (file_)
-        writeAll(file_.get(),
-                 localTime() + " [" + std::to_string(::getpid()) + "] " + displayable(text) + "\n");
+        posix::writeAll(file_.get(), localTime() + " [" + std::to_string(::getpid()) + "] " +
+                                         displayable(text) + "\n");
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

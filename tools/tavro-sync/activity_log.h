@@ -4,7 +4,7 @@
 
 #include "posix/file_descriptor.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// The file that tells what the synchronisation did: a line for each step, with time and process.
 /// Each line is written with one call, so that lines of several processes do not mix. A log that
@@ -21,4 +21,4 @@ private:
     posix::FileDescriptor file_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

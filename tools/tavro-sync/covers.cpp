@@ -1,4 +1,4 @@
-#include "covers.h"
+#include "tavro-sync/covers.h"
 
 #include <curl/curl.h>
 
@@ -8,12 +8,12 @@
 #include <string_view>
 #include <utility>
 
-#include "atomic_file.h"
-#include "failure.h"
+#include "account/failure.h"
+#include "account/files.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -95,7 +95,7 @@ void Covers::fetch(int item, const std::string& url) {
         throw Failure("what came from " + url + " is no JPEG, PNG or BMP image");
     if (std::error_code error; !fs::is_directory(folder_, error))
         fs::create_directory(folder_, error);  // what then fails is writing
-    writeAtomically(pathOf(item, extension), image);
+    replaceFile(pathOf(item, extension), image);
 }
 
 void Covers::remove(int item) const {
@@ -104,4 +104,4 @@ void Covers::remove(int item) const {
             fs::remove(pathOf(item, kind.second), error);
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-namespace reader {
+namespace tavro::tools {
 
 /// The cover images of the account's books, which the library browser has loaded by item id:
 /// ITEM.jpeg, ITEM.png or ITEM.bmp in one folder.
@@ -34,4 +34,4 @@ private:
     std::set<std::string> silentHosts_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -1,14 +1,17 @@
-#include "deleted_books.h"
+#include "tavro-sync/deleted_books.h"
 
 #include <algorithm>
 #include <filesystem>
 
-#include "book_map_backup.h"
-#include "operations.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/journal_backup.h"
+#include "platform/account_files.h"
+#include "store/locked_book_map.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -38,15 +41,17 @@ bool isRemoved(const fs::path& path) {
 
 /// Takes `names` out of the book map, in one operation on its file.
 void forget(const Account& account, const std::vector<std::string>& names) {
+    if (names.empty())
+        return;
     BookMap map;
-    map.path = account.file(Tavro::list_file);
-    if (names.empty() || map.LockFile() != 0)
+    map.path = account.file(account_files::book_map);
+    const store::LockedBookMap locked(map);
+    if (!locked)
         return;
     map.loadMapInt();
     for (const auto& name : names)
         map.bookMap.erase(name);
     map.saveMapInt();
-    map.UnlockFile();
 }
 
 }  // namespace
@@ -65,8 +70,8 @@ DeletedFiles removeBooks(const Account& account, const std::string& folder,
         kind.push_back(name);
     }
     forget(account, files.removed);
-    secureBookMap(account);
+    repairAndCopyBookMap(account);
     return files;
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "account.h"
+#include "account/account.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// What became of the files of books that the service lists as deleted.
 struct DeletedFiles {
@@ -22,4 +22,4 @@ struct DeletedFiles {
 DeletedFiles removeBooks(const Account& account, const std::string& folder,
                          const std::set<int>& items);
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -1,4 +1,4 @@
-#include "download_list.h"
+#include "tavro-sync/download_list.h"
 
 #include <core_utils_host.h>
 #include <fcntl.h>
@@ -8,10 +8,10 @@
 #include <sstream>
 #include <thread>
 
-#include "atomic_file.h"
+#include "account/files.h"
 #include "posix/file_descriptor.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -35,7 +35,7 @@ void writeDownloadList(const std::string& path, const std::vector<std::string>& 
     lockList(list);
     std::ostringstream serialised;
     folium::utilities::SerializeStringVec(serialised, files);
-    writeAtomically(path, serialised.str());
+    replaceFile(path, serialised.str());
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

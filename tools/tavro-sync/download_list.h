@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace reader {
+namespace tavro::tools {
 
 /// Makes `files`, full paths in the platform's serialised form, the list of files still to be
 /// downloaded at `path`, which the library browser reads. Throws Failure.
@@ -14,4 +14,4 @@ namespace reader {
 /// because otherwise no list would change while it runs.
 void writeDownloadList(const std::string& path, const std::vector<std::string>& files);
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -3,17 +3,16 @@
 #include <exception>
 #include <string>
 
-#include "application.h"
-#include "failure.h"
+#include "account/failure.h"
+#include "account/own_files.h"
+#include "console/application.h"
+#include "console/quiet_library.h"
 #include "platform/device_paths.h"
-#include "quiet_library.h"
-#include "sync_round.h"
+#include "tavro-sync/sync_round.h"
 
 namespace {
 
-using namespace reader;
-
-constexpr const char* log_file = ".tavro_sync.log";
+using namespace tavro::tools;
 
 constexpr const char* help =
     R"(Usage: tavro_sync.app
@@ -34,7 +33,7 @@ Exit status: 0 done, or another round is running; 1 something failed; 2 wrong us
 int synchronise(const Output& output) {
     const QuietLibrary quiet(output, false);
     const Account account(device_paths::configuration_folder);
-    const ActivityLog log(account.file(log_file));
+    const ActivityLog log(account.file(own_files::sync_log));
     try {
         return SyncRound(account, log).run() ? 0 : 1;
     } catch (const AlreadyRunning& running) {

@@ -1,34 +1,28 @@
-#include "placeholders.h"
+#include "tavro-sync/placeholders.h"
 
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <vector>
 
-#include "atomic_file.h"
+#include "account/files.h"
+#include "client/placeholder.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
-
-/// The first word of the file `path`; empty when it has none.
-std::string firstWord(const std::string& path) {
-    std::ifstream stream(path);
-    std::string word = stream ? "" : "unreadable";
-    stream >> word;
-    return word;
-}
 
 /// Whether the file `path` is named like a placeholder and is one, or was interrupted on its way.
 bool isPlaceholder(const fs::path& path) {
     const std::string item = path.stem();
     if (!fs::is_regular_file(fs::symlink_status(path)))
         return false;
-    if (path.extension() != ".file" || item.find_first_not_of("-0123456789") != std::string::npos)
+    if (path.extension() != placeholder::extension ||
+        item.find_first_not_of("-0123456789") != std::string::npos)
         return false;
-    const std::string word = firstWord(path);
+    const std::string word = placeholder::itemIn(path).value_or("unreadable");
     return word.empty() || word == item;
 }
 
@@ -42,7 +36,7 @@ void write(const std::string& path, int item) {
 }  // namespace
 
 std::string Placeholders::path(int item) const {
-    return folder_ + "/" + std::to_string(item) + ".file";
+    return folder_ + "/" + std::to_string(item) + placeholder::extension;
 }
 
 void Placeholders::replace(const std::set<int>& items) const {
@@ -56,7 +50,8 @@ void Placeholders::replace(const std::set<int>& items) const {
     for (const auto& file : superfluous)
         fs::remove(file);
     for (const int item : items)
-        if (!fs::exists(path(item)) || (isPlaceholder(path(item)) && firstWord(path(item)).empty()))
+        if (!fs::exists(path(item)) ||
+            (isPlaceholder(path(item)) && placeholder::itemIn(path(item)) == ""))
             write(path(item), item);
 }
 
@@ -66,4 +61,4 @@ void Placeholders::remove(int item) const {
         fs::remove(path(item), ignored);
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

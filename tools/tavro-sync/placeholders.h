@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-namespace reader {
+namespace tavro::tools {
 
 /// The placeholder files that stand in the download folder for books still to be downloaded: one
 /// for each, ITEM.file, holding the item id. Files of such a name that hold something else are
@@ -27,4 +27,4 @@ private:
     std::string folder_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

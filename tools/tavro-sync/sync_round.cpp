@@ -1,21 +1,23 @@
-#include "sync_round.h"
+#include "tavro-sync/sync_round.h"
 
 #include <filesystem>
 
-#include "account_lock.h"
-#include "deleted_books.h"
-#include "download_list.h"
-#include "failure.h"
-#include "operations.h"
+#include "account/account_lock.h"
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/changes.h"
+#include "account/failure.h"
+#include "account/session.h"
+#include "platform/account_files.h"
+#include "session/account_keys.h"
+#include "tavro-sync/deleted_books.h"
+#include "tavro-sync/download_list.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
-
-constexpr const char* download_list_file = ".files_to_download";
-constexpr const char* cover_folder = "covers";
 
 /// How often the download list follows the downloads: writing it for each book would make a large
 /// catalogue slow.
@@ -38,7 +40,7 @@ SyncRound::SyncRound(const Account& account, const ActivityLog& log)
       log_(log),
       folder_(account.downloadFolder()),
       placeholders_(folder_),
-      covers_(account.file(cover_folder)) {}
+      covers_(account.file(account_files::covers)) {}
 
 bool SyncRound::run() {
     log_.note("a round begins");
@@ -160,12 +162,12 @@ void SyncRound::updateList(bool now) {
     std::vector<std::string> files;
     for (const int item : missing_)
         files.push_back(placeholders_.path(item));
-    writeDownloadList(account_.file(download_list_file), files);
+    writeDownloadList(account_.file(account_files::download_list), files);
     listed_ = std::chrono::steady_clock::now();
 }
 
 bool SyncRound::isStillLoggedIn() const {
-    return account_.value("sessionID") == sessionId_;
+    return Account(account_.folder()).value(account_keys::session) == sessionId_;
 }
 
 void SyncRound::requireAccount() const {
@@ -176,7 +178,7 @@ void SyncRound::requireAccount() const {
 void SyncRound::cleanUp() const {
     placeholders_.replace({});
     std::error_code ignored;
-    if (fs::exists(account_.file(Tavro::config_file), ignored))
+    if (fs::exists(account_.file(account_files::configuration), ignored))
         return;  // there is another account by now
     for (const auto& entry : fs::directory_iterator(account_.folder(), ignored))
         fs::remove_all(entry, ignored);
@@ -188,4 +190,4 @@ void SyncRound::fail(const std::string& what) {
     log_.note(what);
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

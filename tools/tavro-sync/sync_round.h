@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "account.h"
-#include "activity_log.h"
-#include "covers.h"
-#include "placeholders.h"
+#include "account/account.h"
+#include "tavro-sync/activity_log.h"
+#include "tavro-sync/covers.h"
+#include "tavro-sync/placeholders.h"
 #include "tavro.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// One synchronisation round for the account of a device:
 ///
@@ -69,4 +69,4 @@ private:
     std::size_t failures_ = 0;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

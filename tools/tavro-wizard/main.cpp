@@ -1,13 +1,13 @@
 // The login wizard that the device's programs open.
 
-#include "application.h"
+#include "console/application.h"
+#include "console/quiet_library.h"
 #include "platform/device_paths.h"
-#include "quiet_library.h"
-#include "wizard.h"
+#include "tavro-wizard/wizard.h"
 
 namespace {
 
-using namespace reader;
+using namespace tavro::tools;
 
 constexpr const char* help =
     R"(Usage: tavro_wizard.app [-library]
@@ -24,7 +24,7 @@ Exit status: 0 logged in; 1 left without logging in, or something failed; 2 wron
 
 int holdDialogue(const Output& output) {
     const QuietLibrary quiet(output, false);
-    const Account account(device_paths::configuration_folder);
+    Account account(device_paths::configuration_folder);
     return Wizard(account, output).run() ? 0 : 1;
 }
 

@@ -1,15 +1,16 @@
-#include "wizard.h"
+#include "tavro-wizard/wizard.h"
 
 #include <unistd.h>
 
 #include <iostream>
 #include <sstream>
 
-#include "failure.h"
-#include "password_prompt.h"
+#include "account/failure.h"
+#include "console/password_prompt.h"
+#include "session/account_keys.h"
 #include "tavro_client.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -37,7 +38,7 @@ const char* adviceFor(const Failure& failure) {
 bool Wizard::run() {
     // What a device lacks that is not set up is told first, by the registration.
     if (account_.isConfigured() && ::isatty(STDIN_FILENO) != 1)
-        throw WrongUse("standard input is no terminal to hold a dialogue at");
+        throw UsageError("standard input is no terminal to hold a dialogue at");
     registerDevice(account_, false);
     showShop();
     bool loggedIn = false;
@@ -73,8 +74,8 @@ bool Wizard::askUntilLoggedIn() {
         } catch (const Failure& failure) {
             say(std::string("That did not work: ") + failure.what());
             output_.prompt(std::string(adviceFor(failure)) + "\n");
-        } catch (const WrongUse& wrongUse) {  // of the password prompt
-            say(std::string("That did not work: ") + wrongUse.what());
+        } catch (const UsageError& usageError) {  // of the password prompt
+            say(std::string("That did not work: ") + usageError.what());
         }
     }
 }
@@ -92,7 +93,7 @@ bool Wizard::serve(const std::string& choice) {
 }
 
 bool Wizard::useAccount() {
-    storeEmail(askSendable("E-mail address", "Email"));
+    storeEmail(askSendable("E-mail address", account_keys::email));
     logInWith(askPassword(false));
     return true;
 }
@@ -105,19 +106,21 @@ bool Wizard::openNewAccount() {
         say("No account was opened.");
         return false;
     }
-    storeEmail(askSendable("E-mail address", "Email"));
-    const Settings names{{"FirstName", askSendable("First name", "FirstName")},
-                         {"LastName", askSendable("Last name", "LastName")}};
+    storeEmail(askSendable("E-mail address", account_keys::email));
+    const Settings names{
+        {account_keys::first_name, askSendable("First name", account_keys::first_name)},
+        {account_keys::last_name, askSendable("Last name", account_keys::last_name)}};
     account_.store(names);
     const std::string password = askPassword(true);
     openAccount(account_, password);
-    say("The account " + account_.value("Email") + " is open.");  // whatever becomes of the login
+    say("The account " + account_.value(account_keys::email) +
+        " is open.");  // whatever becomes of the login
     logInWith(password);
     return true;
 }
 
 void Wizard::sendReminder() {
-    const std::string email = askSendable("E-mail address of the account", "Email");
+    const std::string email = askSendable("E-mail address of the account", account_keys::email);
     remindPassword(account_, email);
     say("The shop sends a reminder to " + email + ".");
 }
@@ -131,9 +134,9 @@ void Wizard::offerSynchronisation() {
 }
 
 /// Logs in with the configured e-mail address, and says so.
-void Wizard::logInWith(const std::string& password) const {
+void Wizard::logInWith(const std::string& password) {
     logIn(account_, password);
-    say("You are logged in as " + account_.value("Email") + ".");
+    say("You are logged in as " + account_.value(account_keys::email) + ".");
 }
 
 void Wizard::say(const std::string& text) const {
@@ -171,11 +174,11 @@ std::string Wizard::askPassword(bool twice) const {
 }
 
 /// Makes `email` the account's address. A session of another account ends with that.
-void Wizard::storeEmail(const std::string& email) const {
-    if (email == account_.value("Email"))
+void Wizard::storeEmail(const std::string& email) {
+    if (email == account_.value(account_keys::email))
         return;
-    account_.store({{"Email", email}});
+    account_.store({{account_keys::email, email}});
     account_.forgetSession();
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "account.h"
-#include "operations.h"
-#include "output.h"
+#include "account/account.h"
+#include "account/account_requests.h"
+#include "console/output.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// The dialogue at a terminal in which somebody logs in, with an account that is there or with a
 /// new one:
@@ -25,9 +25,9 @@ namespace reader {
 class Wizard {
 public:
     /// A dialogue for `account` through standard input and `output`; both must outlive it.
-    Wizard(const Account& account, const Output& output) : account_(account), output_(output) {}
+    Wizard(Account& account, const Output& output) : account_(account), output_(output) {}
 
-    /// Holds the dialogue. @return whether somebody was logged in by it. Throws WrongUse without
+    /// Holds the dialogue. @return whether somebody was logged in by it. Throws UsageError without
     /// a terminal, Failure when the device is not set up or the service does not answer.
     bool run();
 
@@ -45,12 +45,12 @@ private:
     std::string ask(const std::string& question, const std::string& proposal = {}) const;
     std::string askSendable(const std::string& question, const std::string& key) const;
     std::string askPassword(bool twice) const;
-    void logInWith(const std::string& password) const;
-    void storeEmail(const std::string& email) const;
+    void logInWith(const std::string& password);
+    void storeEmail(const std::string& email);
 
-    const Account& account_;
+    Account& account_;
     const Output& output_;
     Shop shop_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

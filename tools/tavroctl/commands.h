@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "account.h"
-#include "output.h"
+#include "account/account.h"
+#include "console/output.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// What the command line said; each command reads its own part.
 struct Arguments {
@@ -31,7 +31,7 @@ struct Arguments {
     bool yes = false;                        ///< logout
 };
 
-// The commands. Each prints its results on `output` and throws Failure or WrongUse when it could
+// The commands. Each prints its results on `output` and throws Failure or UsageError when it could
 // not do what was asked.
 
 void setUp(const Arguments& arguments, const Output& output);
@@ -66,10 +66,10 @@ std::string missingStep(const Account& account);
 std::string serviceUrl();
 
 /// Sees that the configuration folder is the device's own, the only one that the library's fixed
-/// paths lead to. Throws WrongUse.
+/// paths lead to. Throws UsageError.
 void requireDevicesFolder(const Arguments& arguments);
 
 /// Whether a shell takes `text` as one word that means itself.
 bool isPlainWord(const std::string& text);
 
-}  // namespace reader
+}  // namespace tavro::tools

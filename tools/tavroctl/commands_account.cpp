@@ -1,13 +1,18 @@
-#include "commands.h"
-#include "operations.h"
-#include "password_prompt.h"
+#include "account/account_requests.h"
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/journal_backup.h"
+#include "account/session.h"
+#include "console/password_prompt.h"
+#include "session/account_keys.h"
+#include "tavroctl/commands.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
 void requireEmail(const Account& account) {
-    if (account.isConfigured() && account.value("Email").empty())
+    if (account.isConfigured() && account.value(account_keys::email).empty())
         throw Failure("no e-mail address is configured",
                       "run 'tavroctl setup --email ADDRESS' first");
 }
@@ -15,7 +20,7 @@ void requireEmail(const Account& account) {
 }  // namespace
 
 void registerCommand(const Arguments& arguments, const Output& output) {
-    const Account account(arguments.folder);
+    Account account(arguments.folder);
     const bool changed = registerDevice(account, arguments.renew);
     output.result(
         {{"registered", true}, {"changed", changed}},
@@ -29,17 +34,17 @@ void signUp(const Arguments& arguments, const Output& output) {
     requireEmail(account);
     openSession(account, Need::Device);  // rather than ask for a password in vain
     openAccount(account, readPassword(output, arguments.passwordFromStandardInput, true));
-    const std::string email = account.value("Email");
+    const std::string email = account.value(account_keys::email);
     output.result({{"account", email}},
                   "The account " + displayable(email) + " is open. Next: tavroctl login");
 }
 
 void logInCommand(const Arguments& arguments, const Output& output) {
-    const Account account(arguments.folder);
+    Account account(arguments.folder);
     requireEmail(account);
     openSession(account, Need::Device);  // rather than ask for a password in vain
     logIn(account, readPassword(output, arguments.passwordFromStandardInput, false));
-    const std::string email = account.value("Email");
+    const std::string email = account.value(account_keys::email);
     output.result({{"loggedIn", true}, {"account", email}},
                   "Logged in as " + displayable(email) + ".");
 }
@@ -48,7 +53,8 @@ void remind(const Arguments& arguments, const Output& output) {
     const Account account(arguments.folder);
     if (arguments.email.empty())
         requireEmail(account);
-    const std::string email = arguments.email.empty() ? account.value("Email") : arguments.email;
+    const std::string email =
+        arguments.email.empty() ? account.value(account_keys::email) : arguments.email;
     remindPassword(account, email);
     output.result({{"reminded", email}},
                   "The service sends a password reminder to " + displayable(email) + ".");
@@ -95,7 +101,7 @@ void status(const Arguments& arguments, const Output& output) {
     const std::string step = missingStep(account);
     output.summary({{"configuration", account.folder()},
                     {"configured", configured},
-                    {"email", account.value("Email")},
+                    {"email", account.value(account_keys::email)},
                     {"downloadFolder", account.downloadFolder()},
                     {"service", serviceUrl()},
                     {"registered", registered},
@@ -110,4 +116,4 @@ void status(const Arguments& arguments, const Output& output) {
                                            : ""}});
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -1,11 +1,14 @@
 #include <algorithm>
 
-#include "account_lock.h"
-#include "commands.h"
-#include "operations.h"
-#include "progress.h"
+#include "account/account_lock.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/session.h"
+#include "tavroctl/commands.h"
+#include "tavroctl/progress.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -132,7 +135,7 @@ void listBooks(const Arguments& arguments, const Output& output) {
 
 void download(const Arguments& arguments, const Output& output) {
     if (arguments.all == !arguments.items.empty())
-        throw WrongUse("download takes either item IDs (see 'tavroctl books') or --all");
+        throw UsageError("download takes either item IDs (see 'tavroctl books') or --all");
     const Account account(arguments.folder);
     const auto session = openSession(account, Need::Session);
     const AccountLock lock(account);
@@ -164,4 +167,4 @@ void showMap(const Arguments& arguments, const Output& output) {
         "No files are mapped yet. Next: " + (step.empty() ? "tavroctl download --all" : step));
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

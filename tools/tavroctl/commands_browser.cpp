@@ -5,15 +5,18 @@
 #include <regex>
 #include <utility>
 
-#include "atomic_file.h"
-#include "commands.h"
-#include "operations.h"
-#include "picture.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/files.h"
+#include "account/session.h"
+#include "client/placeholder.h"
 #include "tavro_entry_points.h"
+#include "tavroctl/commands.h"
+#include "tavroctl/picture.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -37,7 +40,8 @@ Failure unknownBook(const Account& account, const std::string& path) {
         return Failure(path + " lies outside the download folder",
                        "name a file of the folder " + folder);
     const fs::path name = fs::path(path).filename();
-    const bool placeholder = name.extension() == ".file" && fs::is_regular_file(path);
+    const bool placeholder =
+        name.extension() == placeholder::extension && fs::is_regular_file(path);
     if (!placeholder && mappedFiles(account).count(name) == 0)
         return Failure("the book map does not know " + name.string() + ", and it is no placeholder",
                        "name one of the files of 'tavroctl map' or a placeholder");
@@ -64,7 +68,7 @@ public:
     tavro_book_info record{};
 };
 
-/// Width and height out of "WxH". Throws WrongUse.
+/// Width and height out of "WxH". Throws UsageError.
 std::pair<int, int> sizeOf(const std::string& text) {
     static const std::regex form("([0-9]{1,4})x([0-9]{1,4})");
     std::smatch match;
@@ -74,8 +78,8 @@ std::pair<int, int> sizeOf(const std::string& text) {
         if (smaller >= 1 && larger <= largest_side)
             return size;
     }
-    throw WrongUse("'" + text + "' is no size: it is WIDTHxHEIGHT, each from 1 to " +
-                   std::to_string(largest_side));
+    throw UsageError("'" + text + "' is no size: it is WIDTHxHEIGHT, each from 1 to " +
+                     std::to_string(largest_side));
 }
 
 std::string asText(const std::vector<std::string>& lines) {
@@ -112,7 +116,7 @@ void fileStatus(const Arguments& arguments, const Output& output) {
 void cover(const Arguments& arguments, const Output& output) {
     requireDevicesFolder(arguments);
     if (arguments.outputFile.empty() && !arguments.ascii)
-        throw WrongUse("cover needs --output FILE.png, --ascii or both");
+        throw UsageError("cover needs --output FILE.png, --ascii or both");
     const auto [width, height] = sizeOf(arguments.size);
     const Account account(arguments.folder);
     const std::string path = fullPath(account, arguments.file);
@@ -123,7 +127,7 @@ void cover(const Arguments& arguments, const Output& output) {
         throw Failure("there is no readable cover for " + path,
                       "run 'tavroctl sync --background', which fetches the covers that there are");
     if (!arguments.outputFile.empty())
-        writeAtomically(arguments.outputFile, asPng(*bitmap));
+        replaceFile(arguments.outputFile, asPng(*bitmap));
     Json json{{"file", path},
               {"output", arguments.outputFile},
               {"width", bitmap->width},
@@ -140,4 +144,4 @@ void cover(const Arguments& arguments, const Output& output) {
                             displayable(arguments.outputFile));
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -1,14 +1,18 @@
 #include <filesystem>
 
-#include "account_lock.h"
-#include "atomic_file.h"
-#include "commands.h"
-#include "operations.h"
-#include "retry_pauses.h"
+#include "account/account_lock.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/changes.h"
+#include "account/files.h"
+#include "account/journal_backup.h"
+#include "account/session.h"
+#include "tavroctl/commands.h"
+#include "tavroctl/retry_pauses.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -48,7 +52,7 @@ std::string broughtIntoFolder(const Account& account, const fs::path& path,
                 target.string() + " is there already and is another file",
                 "choose another name for the new file, or give that path to use the file there");
     }
-    copyAtomically(source, target);
+    replaceByCopy(target, source);
     return name;
 }
 
@@ -127,4 +131,4 @@ void showJournal(const Arguments& arguments, const Output& output) {
     output.result(asJson(changes), table, "No changes are pending.");
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -12,20 +12,20 @@
 #include <iostream>
 #include <optional>
 
-#include "account_lock.h"
-#include "commands.h"
-#include "operations.h"
+#include "account/account_lock.h"
+#include "account/journal_backup.h"
+#include "account/own_files.h"
+#include "console/quiet_library.h"
 #include "platform/device_paths.h"
-#include "quiet_library.h"
+#include "session/account_keys.h"
 #include "tavro_client.h"
+#include "tavroctl/commands.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
-
-constexpr const char* sync_log = ".tavro_sync.log";
 
 /// Sees that the application `path` can be started. Throws Failure.
 void requireApplication(const char* path) {
@@ -71,10 +71,10 @@ std::string whatGoes(const Account& account, std::size_t files) {
            device_paths::hidden_files_folder + "\n";
 }
 
-/// Asks at the terminal whether to log out. Throws WrongUse without one, Failure for a no.
+/// Asks at the terminal whether to log out. Throws UsageError without one, Failure for a no.
 void confirmLogOut(const Output& output, const std::string& what) {
     if (::isatty(STDIN_FILENO) != 1)
-        throw WrongUse("standard input is no terminal to ask for a confirmation: say --yes");
+        throw UsageError("standard input is no terminal to ask for a confirmation: say --yes");
     output.prompt(what + "Log out? [y/N] ");
     std::string answer;
     std::getline(std::cin, answer);
@@ -119,14 +119,15 @@ void requireDevicesFolder(const Arguments& arguments) {
     const fs::path own = device_paths::configuration_folder;
     const fs::path given = Account(arguments.folder).folder();
     if (given.lexically_normal() != own.lexically_normal())
-        throw WrongUse("this command works on the device's own configuration folder only, " +
-                       own.string() + ": leave --config out");
+        throw UsageError("this command works on the device's own configuration folder only, " +
+                         own.string() + ": leave --config out");
 }
 
 bool isPlainWord(const std::string& text) {
     return std::all_of(text.begin(), text.end(), [](unsigned char character) {
         return (character < 0x80 && std::isalnum(character) != 0) ||
-               std::string("_./+@:,=-").find(static_cast<char>(character)) != std::string::npos;
+               std::string_view(device_paths::plain_punctuation)
+                       .find(static_cast<char>(character)) != std::string_view::npos;
     });
 }
 
@@ -134,7 +135,7 @@ void syncInBackground(const Arguments& arguments, const Output& output) {
     requireDevicesFolder(arguments);
     requireApplication(device_paths::sync_application);
     TavroClient().StartSync();
-    const std::string log = Account(arguments.folder).file(sync_log);
+    const std::string log = Account(arguments.folder).file(own_files::sync_log);
     output.result({{"started", true}, {"log", log}},
                   "The synchronisation has started; what it does stands in " + log);
 }
@@ -153,7 +154,7 @@ void wizard(const Arguments& arguments, const Output& output) {
     waitForProgram();
     if (!client.IsLoggedIn())
         throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
-    const std::string email = Account(arguments.folder).value("Email");
+    const std::string email = Account(arguments.folder).value(account_keys::email);
     output.result({{"loggedIn", true}, {"account", email}},
                   "Logged in as " + displayable(email) + ".");
 }
@@ -182,4 +183,4 @@ void logOut(const Arguments& arguments, const Output& output) {
                                             ", where " + rest + " stays."));
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -5,13 +5,14 @@
 #include <random>
 #include <regex>
 
-#include "commands.h"
 #include "platform/device_paths.h"
+#include "session/account_keys.h"
+#include "tavroctl/commands.h"
 #include "tavroserver.h"
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -34,13 +35,15 @@ fs::path defaultDownloadFolder(const Account& account) {
     return standard.parent_path().parent_path().parent_path() / "Tavro";
 }
 
-/// Full path of the download folder `folder`. Throws WrongUse when log-out could not delete it.
+/// Full path of the download folder `folder`. Throws UsageError when log-out could not delete it.
 std::string plainFolder(const std::string& folder) {
     std::string path = fs::absolute(folder).lexically_normal();
     if (!isPlainWord(path))
-        throw WrongUse("'" + path +
-                       "' is no folder for books: log-out gives its path to the shell as it is, so "
-                       "it may hold letters, digits and _./+@:,=- only");
+        throw UsageError(
+            "'" + path +
+            "' is no folder for books: log-out gives its path to the shell as it is, so "
+            "it may hold letters, digits and " +
+            device_paths::plain_punctuation + " only");
     return path;
 }
 
@@ -49,12 +52,13 @@ Settings completed(const Account& account, const Settings& given) {
     Settings settings;
     for (const auto& [key, value] : given)
         if (!value.empty())
-            settings[key] = key == "DownloadFolderPath" ? plainFolder(value) : value;
-    const Settings defaults{{"SerialNumber", newSerialNumber()},
-                            {"ConsumerID", "tavro-desktop"},
-                            {"ConsumerPassword", "tavro-desktop"},
-                            {"DeviceType", "desktop"},
-                            {"DownloadFolderPath", defaultDownloadFolder(account).string()}};
+            settings[key] = key == account_keys::download_folder ? plainFolder(value) : value;
+    const Settings defaults{
+        {account_keys::serial_number, newSerialNumber()},
+        {account_keys::consumer_id, "tavro-desktop"},
+        {account_keys::consumer_password, "tavro-desktop"},
+        {account_keys::device_type, "desktop"},
+        {account_keys::download_folder, defaultDownloadFolder(account).string()}};
     for (const auto& [key, value] : defaults)
         if (account.value(key).empty())
             settings.emplace(key, value);
@@ -69,9 +73,9 @@ Settings serverSettings(const std::string& address) {
     const bool matches = std::regex_match(address, match, form);
     const std::string port = matches && match[3].matched ? match[3].str() : "80";
     if (!matches || std::stoi(port) < 1 || std::stoi(port) > highest_port)
-        throw WrongUse("'" + address +
-                       "' is no service address: it is http://HOST or http://HOST:PORT, and "
-                       "nothing else (the device speaks plain HTTP only)");
+        throw UsageError("'" + address +
+                         "' is no service address: it is http://HOST or http://HOST:PORT, and "
+                         "nothing else (the device speaks plain HTTP only)");
     const std::string host = "http://" + match[1].str();
     return {{"baseApiUrl", host + "/IOSCloudManagement.svc/"}, {"apiPort", port},
             {"uploadUrl", host + "/UploadContent.aspx"},       {"uploadPort", port},
@@ -94,24 +98,24 @@ void storeServerSettings(const Settings& settings) {
 }  // namespace
 
 void setUp(const Arguments& arguments, const Output& output) {
-    const Account account(arguments.folder);
+    Account account(arguments.folder);
     const Settings settings = completed(account, arguments.settings);
     if (!arguments.service.empty())
         storeServerSettings(serverSettings(arguments.service));
     const TavroServer reader("");  // loads the address for the report below
 
     fs::create_directories(account.folder());
-    const std::string formerEmail = account.value("Email");
+    const std::string formerEmail = account.value(account_keys::email);
     account.store(settings);
-    if (account.value("Email") != formerEmail)
+    if (account.value(account_keys::email) != formerEmail)
         account.forgetSession();
     fs::create_directories(account.downloadFolder());
 
     output.summary({{"configuration", account.folder()},
                     {"downloadFolder", account.downloadFolder()},
-                    {"serialNumber", account.value("SerialNumber")},
-                    {"email", account.value("Email")},
+                    {"serialNumber", account.value(account_keys::serial_number)},
+                    {"email", account.value(account_keys::email)},
                     {"service", serviceUrl()}});
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -6,18 +6,19 @@
 #include <filesystem>
 #include <optional>
 
-#include "commands.h"
-#include "operations.h"
+#include "account/account_requests.h"
+#include "console/quiet_library.h"
 #include "platform/device_paths.h"
-#include "quiet_library.h"
+#include "session/account_keys.h"
+#include "tavroctl/commands.h"
 
 namespace {
 
-using reader::Arguments;
-using reader::Output;
+using tavro::tools::Arguments;
+using tavro::tools::Output;
 
 constexpr int exit_failed = 1;
-constexpr int exit_wrong_use = 2;
+constexpr int exit_wrong_usage = 2;
 
 using Command = void (*)(const Arguments&, const Output&);
 
@@ -62,7 +63,7 @@ public:
         const std::vector<std::string> rest = app_.remaining();
         const bool unknown = app_.get_subcommands().empty() && !rest.empty() && rest[0][0] != '-';
         reportWrongUse(unknown ? "there is no command '" + rest[0] + "'" : error.what());
-        return exit_wrong_use;
+        return exit_wrong_usage;
     }
 
     /// Tells that the command line is wrong, and where the right one is explained.
@@ -70,7 +71,7 @@ public:
         const auto chosen = app_.get_subcommands();
         const std::string name = chosen.empty() ? "" : chosen[0]->get_name() + " ";
         Output("tavroctl", arguments.json)
-            .error(reader::Failure(what, "see 'tavroctl " + name + "--help'"));
+            .error(tavro::tools::Failure(what, "see 'tavroctl " + name + "--help'"));
     }
 
     Arguments arguments;
@@ -92,37 +93,40 @@ private:
     static void addSendable(CLI::App* subcommand, const char* option, std::string& text,
                             const char* description) {
         subcommand->add_option(option, text, description)
-            ->check(CLI::Validator(reader::whyUnsendable, ""))
+            ->check(CLI::Validator(tavro::tools::whyUnsendable, ""))
             ->option_text("TEXT");
     }
 
     void addAccountCommands() {
-        auto* setup =
-            add("setup", "Write the account configuration, keeping what it holds",
-                "setup --service http://127.0.0.1:8080 --email ada@reader.example", reader::setUp);
+        auto* setup = add("setup", "Write the account configuration, keeping what it holds",
+                          "setup --service http://127.0.0.1:8080 --email ada@reader.example",
+                          tavro::tools::setUp);
         setup->add_option("--service", arguments.service, "The service, as http://HOST:PORT");
-        addSetting(setup, "--email", "Email", "E-mail address of the account");
-        addSetting(setup, "--first-name", "FirstName", "First name, sent by signup");
-        addSetting(setup, "--last-name", "LastName", "Last name, sent by signup");
-        addSetting(setup, "--serial", "SerialNumber", "Serial number (default: a random one)");
-        addSetting(setup, "--consumer", "ConsumerID", "Consumer ID sent at registration");
-        addSetting(setup, "--type", "DeviceType", "Device type sent at registration");
-        setup->add_option("--folder", arguments.settings["DownloadFolderPath"],
+        addSetting(setup, "--email", account_keys::email, "E-mail address of the account");
+        addSetting(setup, "--first-name", account_keys::first_name, "First name, sent by signup");
+        addSetting(setup, "--last-name", account_keys::last_name, "Last name, sent by signup");
+        addSetting(setup, "--serial", account_keys::serial_number,
+                   "Serial number (default: a random one)");
+        addSetting(setup, "--consumer", account_keys::consumer_id,
+                   "Consumer ID sent at registration");
+        addSetting(setup, "--type", account_keys::device_type, "Device type sent at registration");
+        setup->add_option("--folder", arguments.settings[account_keys::download_folder],
                           "Folder of the downloaded books");
 
-        add("register", "Register the device with the service", "register", reader::registerCommand)
+        add("register", "Register the device with the service", "register",
+            tavro::tools::registerCommand)
             ->add_flag("--renew", arguments.renew, "Also if it is registered; ends the session");
         addPasswordOption(add("signup", "Open an account with the configured e-mail address",
-                              "signup", reader::signUp));
+                              "signup", tavro::tools::signUp));
         addPasswordOption(add("login", "Log in and keep the session for later commands",
-                              "login --password-stdin < password.txt", reader::logInCommand));
+                              "login --password-stdin < password.txt", tavro::tools::logInCommand));
         addSendable(add("remind", "Have a password reminder sent", "remind ada@reader.example",
-                        reader::remind),
+                        tavro::tools::remind),
                     "EMAIL", arguments.email, "Address (default: the configured one)");
-        add("shop", "Show the shop's details", "shop", reader::shop);
-        add("wizard", "Log in with the device's login wizard", "wizard", reader::wizard);
+        add("shop", "Show the shop's details", "shop", tavro::tools::shop);
+        add("wizard", "Log in with the device's login wizard", "wizard", tavro::tools::wizard);
         add("logout", "Remove all local state of the account and its books", "logout",
-            reader::logOut)
+            tavro::tools::logOut)
             ->add_flag("--yes", arguments.yes, "Without asking first");
     }
 
@@ -132,14 +136,15 @@ private:
     }
 
     void addBookCommands() {
-        add("sync", "Fetch the catalogue", "sync --background", reader::sync)
+        add("sync", "Fetch the catalogue", "sync --background", tavro::tools::sync)
             ->add_flag("--background", arguments.background,
                        "Start the device's synchronisation application instead: all in one round");
-        add("books", "List the books of the catalogue", "books", reader::listBooks);
-        auto* download = add("download", "Download books", "download --all", reader::download);
+        add("books", "List the books of the catalogue", "books", tavro::tools::listBooks);
+        auto* download =
+            add("download", "Download books", "download --all", tavro::tools::download);
         download->add_option("ITEM", arguments.items, "Item IDs, also of books that are there");
         download->add_flag("--all", arguments.all, "All books that are not there yet");
-        add("map", "Show which file belongs to which item", "map", reader::showMap);
+        add("map", "Show which file belongs to which item", "map", tavro::tools::showMap);
     }
 
     CLI::Option* addFile(CLI::App* subcommand, const char* description) {
@@ -151,14 +156,14 @@ private:
     void addBrowserCommands() {
         constexpr const char* file = "A name in the download folder, or a path with a \"/\"";
         addFile(add("status", "Show where things stand, or whether a file is present or pending",
-                    "status novel.epub", reader::status),
+                    "status novel.epub", tavro::tools::status),
                 file);
         addFile(add("info", "Show what the library browser learns about a book", "info novel.epub",
-                    reader::info),
+                    tavro::tools::info),
                 file)
             ->required();
         auto* cover = add("cover", "Show or save a book's cover",
-                          "cover novel.epub --output cover.png", reader::cover);
+                          "cover novel.epub --output cover.png", tavro::tools::cover);
         addFile(cover, file)->required();
         cover->add_option("--size", arguments.size, "Pixels at most, each from 1 to 8192")
             ->option_text("WxH [300x400]");
@@ -169,13 +174,14 @@ private:
 
     void addChangeCommands() {
         auto* replace = add("replace", "Replace a book's file and journal that for the service",
-                            "replace novel.epub corrected/novel-2.epub", reader::replace);
+                            "replace novel.epub corrected/novel-2.epub", tavro::tools::replace);
         replace->add_option("OLD", arguments.oldName, "A file of 'tavroctl map'")->required();
         replace->add_option("NEW", arguments.newPath, "Path of the new file")->required();
         replace->add_flag("--upload", arguments.upload,
                           "Upload it at once: 5 attempts, 5 seconds after each that fails");
-        add("replay", "Upload the journalled changes", "replay", reader::replay);
-        add("journal", "Show the changes still to be replayed", "journal", reader::showJournal);
+        add("replay", "Upload the journalled changes", "replay", tavro::tools::replay);
+        add("journal", "Show the changes still to be replayed", "journal",
+            tavro::tools::showJournal);
     }
 
     CLI::App app_{"Works with the Tavro cloud book service as a reader's applications do"};
@@ -184,18 +190,18 @@ private:
 int run(const CommandLine& commandLine) {
     const Output output("tavroctl", commandLine.arguments.json);
     try {
-        std::optional<reader::QuietLibrary> quiet;
-        if (commandLine.command != reader::wizard)
+        std::optional<tavro::tools::QuietLibrary> quiet;
+        if (commandLine.command != tavro::tools::wizard)
             quiet.emplace(output, commandLine.arguments.trace);
         commandLine.command(commandLine.arguments, output);
         return 0;
-    } catch (const reader::WrongUse& wrongUse) {
-        commandLine.reportWrongUse(wrongUse.what());
-        return exit_wrong_use;
-    } catch (const reader::Failure& failure) {
+    } catch (const tavro::tools::UsageError& usageError) {
+        commandLine.reportWrongUse(usageError.what());
+        return exit_wrong_usage;
+    } catch (const tavro::tools::Failure& failure) {
         output.error(failure);
     } catch (const std::exception& error) {
-        output.error(reader::Failure(error.what()));
+        output.error(tavro::tools::Failure(error.what()));
     }
     return exit_failed;
 }

@@ -1,13 +1,13 @@
-#include "picture.h"
+#include "tavroctl/picture.h"
 
 #include <png.h>
 
 #include <algorithm>
 #include <string_view>
 
-#include "failure.h"
+#include "account/failure.h"
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -63,4 +63,4 @@ std::vector<std::string> asCharacters(LecternBitmap& bitmap, unsigned columns) {
     return lines;
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace reader {
+namespace tavro::tools {
 
 /// Releases a bitmap of the platform.
 struct BitmapDeleter {
@@ -24,4 +24,4 @@ std::string asPng(LecternBitmap& bitmap);
 /// as high as wide, in proportion: the denser a character the lighter the picture.
 std::vector<std::string> asCharacters(LecternBitmap& bitmap, unsigned columns);
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -1,11 +1,12 @@
-#include "progress.h"
+#include "tavroctl/progress.h"
+#include "transport/partial_file.h"
 
 #include <chrono>
 #include <cstdint>
 
 namespace fs = std::filesystem;
 
-namespace reader {
+namespace tavro::tools {
 
 namespace {
 
@@ -17,7 +18,7 @@ std::uintmax_t partialSize(const fs::path& folder) {
     auto newest = fs::file_time_type::min();
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
-        if (entry->path().extension() != ".downloading")
+        if (entry->path().extension() != transport::partial_suffix)
             continue;
         std::error_code renamed;  // the library may have finished the file meanwhile
         const auto written = entry->last_write_time(renamed);
@@ -58,4 +59,4 @@ void DownloadProgress::watch() {
     } while (!wake_.wait_for(lock, interval, [this] { return ended_; }));
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -6,9 +6,9 @@
 #include <string>
 #include <thread>
 
-#include "output.h"
+#include "console/output.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// Shows `label` and the growth of the download under way until it goes, when standard error is a
 /// terminal. A thread of its own watches the partial files of `folder`, since the library blocks
@@ -32,4 +32,4 @@ private:
     std::thread watcher_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

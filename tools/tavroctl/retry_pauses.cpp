@@ -1,4 +1,4 @@
-#include "retry_pauses.h"
+#include "tavroctl/retry_pauses.h"
 
 #include <unistd.h>
 
@@ -12,7 +12,7 @@ constexpr useconds_t microseconds_per_second = 1'000'000;
 constexpr useconds_t slice = 100'000;
 
 /// Where the countdown shows: `usleep` takes no context, so this alone has to be global.
-const reader::Output* countdown = nullptr;
+const tavro::tools::Output* countdown = nullptr;
 
 sigset_t interruptions() {
     sigset_t signals;
@@ -54,7 +54,7 @@ extern "C" __attribute__((visibility("default"))) int usleep(useconds_t microsec
     return 0;
 }
 
-namespace reader {
+namespace tavro::tools {
 
 RetryPauses::RetryPauses(const Output& output) {
     const sigset_t signals = interruptions();
@@ -71,4 +71,4 @@ RetryPauses::~RetryPauses() {
     ::sigprocmask(SIG_SETMASK, &previous_, nullptr);
 }
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -2,9 +2,9 @@
 
 #include <csignal>
 
-#include "output.h"
+#include "console/output.h"
 
-namespace reader {
+namespace tavro::tools {
 
 /// What uploads need around them, while it lives: the library's pause after a failed attempt shows
 /// as a countdown (when standard error is a terminal), and SIGINT, SIGTERM and SIGHUP wait until
@@ -25,4 +25,4 @@ private:
     sigset_t previous_;
 };
 
-}  // namespace reader
+}  // namespace tavro::tools

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "account/account.h"
+
+namespace tavro::tools {
+
+/// Item ids by file name, as a book map has them.
+using MappedFiles = std::map<std::string, int>;
+
+/// The book map of `account`; empty when there is none yet.
+MappedFiles mappedFiles(const Account& account);
+
+/// Gives books of the download folder the entries of the book map back that were lost since the
+/// last call, and then copies the map for the next one. The map is rewritten in place and without a
+/// look at the outcome, so whoever is killed meanwhile, or finds the disk full, leaves a part of
+/// it. To be called under the account's lock, after it was taken and after each change.
+///
+/// Throws Failure when the map or its copy cannot be written; the copy then stays as it was.
+void repairAndCopyBookMap(const Account& account);
+
+}  // namespace tavro::tools

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "account/account.h"
+#include "tavro.h"
+
+namespace tavro::tools {
+
+/// Whether the book file `name` lies in the download folder.
+bool isPresent(const Account& account, const std::string& name);
+
+/// Names of the mapped book files that lie in the download folder, by the item they belong to.
+std::map<int, std::vector<std::string>> presentFiles(const Account& account);
+
+/// Downloads `book`. @return the file's name in the download folder, where it now lies.
+std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book);
+
+}  // namespace tavro::tools

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "account/account.h"
+#include "tavro.h"
+
+namespace tavro::tools {
+
+/// Fetches and saves the catalogue. The saved one stays when the service refuses.
+void synchronise(Tavro& session, const Account& account);
+
+/// The item ID of `book` as the book map has it; 0 where the text is no number.
+int itemNumber(const BookDescription& book);
+
+}  // namespace tavro::tools

@@ -1,0 +1,51 @@
+#include "account/failure.h"
+
+#include "tavroserver.h"
+
+namespace tavro::tools {
+
+namespace {
+
+/// The host of `url` with `port`: the library overrides the port of an address by its own setting.
+std::string hostAndPort(const std::string& url, int port) {
+    const std::size_t scheme = url.find("://");
+    const std::string rest = scheme == std::string::npos ? url : url.substr(scheme + 3);
+    const std::string authority = rest.substr(0, rest.find('/'));
+    const std::size_t colon = authority.find(':', authority.rfind(']') + 1);
+    return authority.substr(0, colon) + ":" + std::to_string(port);
+}
+
+}  // namespace
+
+Failure serviceFailure(const TavroServer& server, const std::string& what,
+                       const std::string& address, const std::string& advice) {
+    if (!server.lastError.empty()) {
+        const std::string reason = server.lastMessage.empty() ? "" : ": " + server.lastMessage;
+        Failure failure(what + ": the service answered " + server.lastError + reason, advice);
+        failure.code = server.lastError;
+        failure.message = server.lastMessage;
+        return failure;
+    }
+    if (!server.getLastXMLAnswer().empty())
+        return Failure(
+            what + ": the answer of " + address + " cannot be read",
+            "put TAVRO_LOG=FILE TAVRO_LOG_LEVEL=4 before the same command, which keeps the answer "
+            "in FILE");
+    return Failure(what + ": no answer from " + address + ": is the service running?",
+                   "see the address in use with 'tavroctl status', change it with 'tavroctl setup "
+                   "--service', see the exchange with --trace");
+}
+
+std::string apiAddress() {
+    return hostAndPort(TavroServer::baseApiUrl, TavroServer::apiPort);
+}
+
+std::string uploadAddress() {
+    return hostAndPort(TavroServer::uploadUrl, TavroServer::uploadPort);
+}
+
+std::string downloadAddress() {
+    return hostAndPort(TavroServer::downloadUrl, TavroServer::downloadPort);
+}
+
+}  // namespace tavro::tools

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "account/failure.h"
+#include "posix/file_descriptor.h"
+
+namespace tavro::tools {
+
+/// JSON whose members stay in the order given.
+using Json = nlohmann::ordered_json;
+
+/// `text` as it may go to a terminal: control characters and bytes that are no UTF-8 become U+FFFD.
+std::string displayable(const std::string& text);
+
+/// Rows of texts below headings, in columns aligned by their width on the screen.
+struct Table {
+    std::vector<std::string> headings;           ///< none for a table without
+    std::vector<std::vector<std::string>> rows;  ///< all as long as `headings`, if there are any
+
+    /// The table as lines, every one with its line end.
+    std::string text() const;
+};
+
+/// The program's own results and diagnostics. It writes to what standard output and standard error
+/// were when it was made, whatever happens to these descriptors later. Writes may come from any
+/// thread.
+class Output {
+public:
+    /// Errors begin with the name `program`. With `json`, results are JSON documents and errors
+    /// JSON lines.
+    Output(std::string program, bool json);
+
+    /// Prints a result: `json` or, for a person, `text` with a line end. Throws Failure when
+    /// standard output takes it not.
+    void result(const Json& json, const std::string& text) const;
+
+    /// Prints a result: `json` or `table`, or `empty` when the table has no rows.
+    void result(const Json& json, const Table& table, const std::string& empty) const;
+
+    /// Prints a result that is a JSON object of plain values: for a person, a line for each
+    /// member that is not empty.
+    void summary(const Json& json) const;
+
+    /// Tells on standard error why the command failed.
+    void error(const Failure& failure) const;
+
+    /// Prints `text` on standard error as it is.
+    void prompt(const std::string& text) const;
+
+    /// Shows `text` on a line of the terminal that the next text replaces; empty clears it.
+    /// Nothing when standard error is no terminal.
+    void transient(const std::string& text) const;
+
+    /// Whether `transient` shows anything.
+    bool hasTerminal() const;
+
+    /// Columns of the terminal on standard output; `otherwise` when it is none.
+    unsigned columns(unsigned otherwise) const;
+
+    int standardOutput() const { return output_.get(); }
+    int standardError() const { return error_.get(); }
+
+private:
+    std::string program_;
+    posix::FileDescriptor output_;
+    posix::FileDescriptor error_;
+    bool json_;
+};
+
+}  // namespace tavro::tools

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "console/output.h"
+
+namespace tavro::tools {
+
+/// While it lives, what the library writes to standard output and standard error (libcurl's trace,
+/// raw answers, fixed texts) goes nowhere, or with `trace` both to the real standard error, so
+/// that the results stay clean. `output`, which must outlive it, is not affected.
+class QuietLibrary {
+public:
+    QuietLibrary(const Output& output, bool trace);
+    ~QuietLibrary();
+    QuietLibrary(const QuietLibrary&) = delete;
+    QuietLibrary& operator=(const QuietLibrary&) = delete;
+
+private:
+    const Output& output_;
+};
+
+}  // namespace tavro::tools
