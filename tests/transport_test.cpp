@@ -236,6 +236,7 @@ TEST_F(Transport, UploadSendsTheFileAsTheLastPart) {
     auto expected = fields;
     expected.emplace_back("file", "note");
     EXPECT_EQ(lastRequest().fields, expected);
+    EXPECT_EQ(lastRequest().fileContentType, "text/plain");
     std::filesystem::remove(folder / "in/note");
     EXPECT_THAT(standardErrorOf([this] { upload(); }), HasSubstr("failed"));
     EXPECT_EQ(response(), "");
