@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <utility>
 
 #include "posix/retry_after_signal.h"
 
@@ -40,16 +39,11 @@ posix::FileDescriptor openForAppending(const char* path) {
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume) {
     std::array<char, block_size> block;
-    std::size_t filled = 0;
     for (;;) {
-        const ssize_t count = posix::retryAfterSignal(
-            [&] { return ::read(file.get(), block.data() + filled, block.size() - filled); });
-        if (count == -1)
-            return false;
-        filled += static_cast<std::size_t>(count);
-        if (count == 0 || filled == block.size())
-            consume({block.data(), std::exchange(filled, 0)});
-        if (count == 0)
-            return true;
+        const ssize_t count =
+            posix::retryAfterSignal([&] { return ::read(file.get(), block.data(), block.size()); });
+        if (count <= 0)
+            return count == 0;
+        consume({block.data(), static_cast<std::size_t>(count)});
     }
 }

@@ -13,8 +13,7 @@ posix::FileDescriptor openRegularFile(const char* path);
 /// when that fails.
 posix::FileDescriptor openForAppending(const char* path);
 
-/// Passes all that is left of `file` to `consume` in blocks of one size, a multiple of 8 bytes;
-/// only the last one may be shorter.
+/// Passes all that is left of `file` to `consume`, block by block.
 /// @return false, with `errno` set, when a read fails.
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume);
