@@ -69,11 +69,10 @@ bool ConfigurationFile::load() {
         savedAsIs_ = false;
         return errno == ENOENT && std::filesystem::is_directory(path_.parent_path());
     }
-    std::string content;
-    if (!readBlocks(file, [&content](std::string_view block) { content += block; }))
-        return false;
-    lines_ = splitLines(content);
-    return true;
+    const std::optional<std::string> content = readAll(file);
+    if (content)
+        lines_ = splitLines(*content);
+    return content.has_value();
 }
 
 bool ConfigurationFile::isKey(std::string_view key) {

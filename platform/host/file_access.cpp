@@ -13,21 +13,17 @@ namespace {
 
 constexpr std::size_t block_size = 65536;
 
-int openRegular(const char* path) {
-    const int descriptor =
-        posix::retryAfterSignal([path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
-    struct stat status {};
-    if (descriptor == -1 || (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)))
-        return descriptor;
-    ::close(descriptor);
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    return -1;
-}
-
 }  // namespace
 
 posix::FileDescriptor openRegularFile(const char* path) {
-    return posix::FileDescriptor(openRegular(path));
+    posix::FileDescriptor file(posix::retryAfterSignal(
+        [path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+    struct stat status {};
+    if (!file || (::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)))
+        return file;
+    file.close();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return file;
 }
 
 posix::FileDescriptor openForAppending(const char* path) {
@@ -46,4 +42,11 @@ bool readBlocks(const posix::FileDescriptor& file,
             return count == 0;
         consume({block.data(), static_cast<std::size_t>(count)});
     }
+}
+
+std::optional<std::string> readAll(const posix::FileDescriptor& file) {
+    std::string content;
+    if (!readBlocks(file, [&content](std::string_view block) { content += block; }))
+        return std::nullopt;
+    return content;
 }

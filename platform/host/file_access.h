@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "posix/file_descriptor.h"
@@ -17,3 +19,6 @@ posix::FileDescriptor openForAppending(const char* path);
 /// @return false, with `errno` set, when a read fails.
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume);
+
+/// All that is left of `file`; nothing, with `errno` set, when a read fails.
+std::optional<std::string> readAll(const posix::FileDescriptor& file);

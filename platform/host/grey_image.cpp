@@ -1,7 +1,6 @@
 #include "grey_image.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
 namespace {
@@ -38,13 +37,6 @@ std::uint64_t rowSum(const std::vector<std::uint64_t>& sums, std::int64_t x, std
     return total;
 }
 
-std::uint8_t adjusted(int value, int brightness, int contrast) {
-    constexpr std::int64_t middle = 128;
-    const std::int64_t contrasted = (value - middle) * contrast + middle * 100;
-    return static_cast<std::uint8_t>(
-        std::clamp<std::int64_t>((contrasted * brightness + 5000) / 10000, 0, 255));
-}
-
 }  // namespace
 
 bool isDecodable(ImageSize size) {
@@ -77,11 +69,14 @@ GreyImage scaled(const GreyImage& image, ImageSize size) {
     return result;
 }
 
-void adjust(GreyImage& image, int brightness, int contrast) {
-    std::array<std::uint8_t, 256> table{};
-    for (int value = 0; value < 256; ++value)
-        table[static_cast<std::size_t>(value)] =
-            adjusted(value, std::clamp(brightness, 0, 1000), std::clamp(contrast, 0, 1000));
-    for (std::uint8_t& pixel : image.pixels)
-        pixel = table[pixel];
+GreyImage adjusted(GreyImage image, int brightness, int contrast) {
+    constexpr std::int64_t middle = 128;
+    brightness = std::clamp(brightness, 0, 1000);
+    contrast = std::clamp(contrast, 0, 1000);
+    for (std::uint8_t& pixel : image.pixels) {
+        const std::int64_t contrasted = (pixel - middle) * contrast + middle * 100;
+        pixel = static_cast<std::uint8_t>(
+            std::clamp<std::int64_t>((contrasted * brightness + 5000) / 10000, 0, 255));
+    }
+    return image;
 }
