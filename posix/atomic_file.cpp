@@ -36,7 +36,8 @@ void replaceFile(const std::string& path, std::string_view content) {
 }
 
 void replaceByCopy(const std::string& path, const std::string& source) {
-    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor original(
+        retryAfterSignal([&source] { return ::open(source.c_str(), O_RDONLY | O_CLOEXEC); }));
     if (!original)
         throwSystemError("cannot read", source);
     TemporaryFile replacement = replacementOf(path);

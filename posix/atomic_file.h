@@ -13,8 +13,8 @@ inline constexpr std::string_view replacement_prefix = ".replacement-";
 // the old content or the new one and nothing between. They wait until the new one is on the disk,
 // and throw `std::system_error`, with the old content in place and no other file left behind.
 
-/// Makes `content` the whole content of the file `path`. The file keeps its permissions; a new one
-/// gets 0600.
+/// Makes `content` the whole content of the file `path`. The file keeps its permissions, though not
+/// its owner; a new one gets 0600. A symbolic link is replaced, not followed.
 void replaceFile(const std::string& path, std::string_view content);
 
 /// Makes the content of the file `source` the whole content of the file `path`, likewise.
