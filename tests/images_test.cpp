@@ -9,6 +9,7 @@
 #include "lectern_host.h"
 #include "support/temporary_folder.h"
 
+using testing::DoubleNear;
 using testing::ElementsAreArray;
 using testing::Pointwise;
 using namespace std::string_literals;
@@ -115,10 +116,6 @@ std::vector<int> middles(const Picture& picture) {
     return result;
 }
 
-MATCHER(Near, "") {
-    return std::abs(std::get<0>(arg) - std::get<1>(arg)) <= 3;
-}
-
 const std::string four_greys("\0\0\0\0\x32\x32\x32\0\x64\x64\x64\0\xff\xff\xff\0", 16);
 const std::string four_bit = bmpFile(4, "\x32\x10\0\0\x12\x30\0\0"s, four_greys, 2, 0, 4);
 
@@ -147,7 +144,7 @@ TEST_F(Images, JpegFitsTheFrameUprightInTheBrightnessAndContrastAskedFor) {
                                          c.brightness, c.contrast);
             EXPECT_EQ(picture.width, c.width);
             ASSERT_EQ(picture.height, c.height);
-            EXPECT_THAT(middles(picture), Pointwise(Near(), c.greys));
+            EXPECT_THAT(middles(picture), Pointwise(DoubleNear(3), c.greys));
         }
         EXPECT_EQ(jpeg(content, 1, 1).height, 1) << "no side may vanish";
     }

@@ -29,14 +29,6 @@ std::vector<std::uint64_t> columnSums(const GreyImage& image, std::int64_t y, st
     return sums;
 }
 
-/// The sum of what column `x` of `width` columns covers of `sums`.
-std::uint64_t rowSum(const std::vector<std::uint64_t>& sums, std::int64_t x, std::int64_t width) {
-    std::uint64_t total = 0;
-    forCovered(x, static_cast<std::int64_t>(sums.size()), width,
-               [&](std::size_t column, std::uint64_t share) { total += share * sums[column]; });
-    return total;
-}
-
 }  // namespace
 
 bool isDecodable(ImageSize size) {
@@ -56,14 +48,17 @@ ImageSize fitted(ImageSize source, ImageSize frame) {
 }
 
 GreyImage scaled(const GreyImage& image, ImageSize size) {
+    const auto covered = static_cast<std::uint64_t>(image.size.width * image.size.height);
     GreyImage result{size, {}};
     result.pixels.reserve(static_cast<std::size_t>(size.width * size.height));
     for (std::int64_t y = 0; y < size.height; ++y) {
         const std::vector<std::uint64_t> sums = columnSums(image, y, size.height);
         for (std::int64_t x = 0; x < size.width; ++x) {
-            const std::uint64_t sum = rowSum(sums, x, size.width);
-            const auto covered = static_cast<std::uint64_t>(image.size.width * image.size.height);
-            result.pixels.push_back(static_cast<std::uint8_t>((sum + covered / 2) / covered));
+            std::uint64_t sum = covered / 2;  // for rounding
+            forCovered(
+                x, image.size.width, size.width,
+                [&](std::size_t column, std::uint64_t share) { sum += share * sums[column]; });
+            result.pixels.push_back(static_cast<std::uint8_t>(sum / covered));
         }
     }
     return result;

@@ -43,16 +43,13 @@ std::string onOneLine(std::string text) {
     return line;
 }
 
-/// Opens what `target` names unless that is one of the standard streams.
-posix::FileDescriptor openLog(const std::string& target) {
-    const bool stream = target.empty() || target == "stderr" || target == "stdout";
-    return stream ? posix::FileDescriptor(-1) : openForAppending(target.c_str());
-}
-
+/// Writes `line` to the file that TAVRO_LOG names, or to a standard stream.
 void writeLine(const std::string& line) {
     const char* const name = std::getenv("TAVRO_LOG");
-    const std::string target = name == nullptr ? "" : name;
-    const posix::FileDescriptor file = openLog(target);
+    const std::string target = name == nullptr ? "stderr" : name;
+    const bool named = target != "stderr" && target != "stdout";
+    const posix::FileDescriptor file =
+        named ? openForAppending(target.c_str()) : posix::FileDescriptor(-1);
     const int stream = target == "stdout" ? STDOUT_FILENO : STDERR_FILENO;
     posix::writeAll(file ? file.get() : stream, line);
 }
