@@ -219,9 +219,12 @@ TEST_F(Platform, SaveThatIsKilledLeavesTheOldContentOrTheNew) {
     writeFile(path_, fill('b'));
     for (useconds_t delay = 0; delay < 10'000; delay += 250) {
         const pid_t child = ::fork();
-        ::alarm(child == 0 ? 5 : 0);
-        for (char letter = 'a'; child == 0; letter = letter == 'a' ? 'b' : 'a')
-            saved([=](auto* c) { WriteString(c, "a", fill(letter).substr(2, 100'000).c_str()); });
+        if (child == 0)
+            ::alarm(5);
+        for (int round = 0; child == 0 && round >= 0; ++round) {
+            const std::string value = fill(round % 2 == 0 ? 'a' : 'b').substr(2, 100'000);
+            saved([&value](auto* config) { WriteString(config, "a", value.c_str()); });
+        }
         ::usleep(delay);
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
