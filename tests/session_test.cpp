@@ -154,6 +154,7 @@ TEST_F(Session, PasswordIsStoredAsGivenWhateverTheServiceSays) {
     EXPECT_FALSE(fs::exists(file(account_files::password)));
     service.inject("CreateUser:code=2099,times=1");
     EXPECT_FALSE(session.createUser("first"));
+    EXPECT_NE(stored(account_files::password), "");  // refused, and stored all the same
     EXPECT_EQ(stored(account_files::password).find("first"), std::string::npos);
     EXPECT_TRUE(session.createUser("first"));
     EXPECT_THAT(lastRequest().body,
@@ -164,6 +165,7 @@ TEST_F(Session, PasswordIsStoredAsGivenWhateverTheServiceSays) {
     EXPECT_TRUE(session.login("first"));
     EXPECT_FALSE(session.sessionID().empty() || session.vendorToken().empty() ||
                  session.vendorID().empty());
+    EXPECT_EQ(session.vendorID(), session.server->vendorId);
 }
 
 TEST_F(Session, RefusalsOfAccountRequestsAreSaidWithoutANewline) {
