@@ -9,7 +9,7 @@
 #include <future>
 #include <pugixml.hpp>
 
-#include "clean_text.h"
+#include "text/clean_text.h"
 #include "support/temporary_folder.h"
 
 namespace fs = std::filesystem;

@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "fault.h"
-#include "request_log.h"
+#include "faults/fault.h"
+#include "log_line.h"
 #include "service.h"
 
 namespace {

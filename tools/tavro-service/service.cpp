@@ -12,16 +12,16 @@
 #include <regex>
 #include <stdexcept>
 
-#include "accounts.h"
-#include "answer.h"
-#include "body_reader.h"
-#include "book_reader.h"
-#include "catalogue.h"
-#include "connections.h"
-#include "database.h"
-#include "device_api.h"
-#include "send_answer.h"
-#include "upload_folder.h"
+#include "api/answer.h"
+#include "api/device_api.h"
+#include "books/book_reader.h"
+#include "http/body_reader.h"
+#include "http/connections.h"
+#include "http/send_answer.h"
+#include "state/accounts.h"
+#include "state/catalogue.h"
+#include "state/database.h"
+#include "state/upload_folder.h"
 
 namespace fs = std::filesystem;
 

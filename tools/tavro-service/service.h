@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
-#include "book.h"
-#include "fault.h"
-#include "operation.h"
+#include "api/operation.h"
+#include "faults/fault.h"
+#include "state/book.h"
 
 namespace tavro::service {
 
