@@ -54,10 +54,10 @@ public:
     explicit Device(const Service& service) : client_("127.0.0.1", service.port()) {}
 
     httplib::Result post(Operation operation, const std::string& body) {
-        return client_.Post(pathOf(operation), body, "application/xml; charset=utf-8");
+        return client_.Post(descriptionOf(operation).path, body, "application/xml; charset=utf-8");
     }
     httplib::Result form(Operation operation, const httplib::MultipartFormDataItems& parts) {
-        return client_.Post(pathOf(operation), parts);
+        return client_.Post(descriptionOf(operation).path, parts);
     }
     httplib::MultipartFormDataItems fields(const std::string& item) const {
         return {{"Token", token, "", ""}, {"SessionId", session, "", ""}, {"ItemId", item, "", ""}};
@@ -266,7 +266,7 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
     const auto unannounced = [&](std::size_t, httplib::DataSink& sink) {
         return sent++ < 3 ? sink.write(long_name.data(), 2000) : (sink.done(), true);
     };
-    EXPECT_EQ(codeOf(client.Post(pathOf(Operation::LoginUser), unannounced, "text/xml")), "2003");
+    EXPECT_EQ(codeOf(client.Post(descriptionOf(Operation::LoginUser).path, unannounced, "text/xml")), "2003");
 
     const std::string id = idAt(service, "tides.txt");
     const auto refused = device.download("1");

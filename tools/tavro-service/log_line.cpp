@@ -57,7 +57,7 @@ std::string jsonLine(const Request& request) {
                                    {"bytes", request.bytes},
                                    {"milliseconds", request.duration.count()},
                                    {"fault", request.faulty}};
-    if (isContentPage(request.operation))
+    if (descriptionOf(request.operation).isForm())
         json["item"] = fieldOf(request, "ItemId");
     if (request.operation == Operation::UploadContent)
         json["file"] = fieldOf(request, "file");

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "service.h"
+#include "http/request_log.h"
 
 namespace tavro::service {
 

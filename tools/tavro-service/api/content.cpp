@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <memory>
-#include <system_error>
+#include <utility>
+
+#include "posix/file_descriptor.h"
+#include "posix/system_error.h"
 
 namespace tavro::service {
 
@@ -18,19 +20,15 @@ Content contentOf(std::string text) {
 }
 
 Content contentOfFile(const std::filesystem::path& path) {
-    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (opened == -1)
-        throw std::system_error(errno, std::generic_category(), path.string());
-    const std::shared_ptr<const int> file(new int(opened), [](const int* descriptor) {
-        ::close(*descriptor);
-        delete descriptor;
-    });
+    const auto file =
+        std::make_shared<const posix::FileDescriptor>(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status = {};
-    if (::fstat(opened, &status) == -1)
-        throw std::system_error(errno, std::generic_category(), path.string());
+    if (!*file || ::fstat(file->get(), &status) == -1)
+        posix::throwSystemError("cannot read", path);
     return {static_cast<std::size_t>(status.st_size),
             [file](std::size_t offset, char* buffer, std::size_t capacity) {
-                const ssize_t got = ::pread(*file, buffer, capacity, static_cast<off_t>(offset));
+                const ssize_t got =
+                    ::pread(file->get(), buffer, capacity, static_cast<off_t>(offset));
                 return static_cast<std::size_t>(got > 0 ? got : 0);
             }};
 }

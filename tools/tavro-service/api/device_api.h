@@ -1,68 +1,53 @@
 #pragma once
 
+#include <filesystem>
+#include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
-#include <utility>
+#include <vector>
 
-#include "api/answer.h"
+#include "api/call.h"
 #include "api/device_request.h"
-#include "api/form.h"
+#include "api/device_response.h"
 #include "state/accounts.h"
+#include "state/book.h"
 #include "state/catalogue.h"
+#include "state/database.h"
+#include "state/upload_folder.h"
 
 namespace tavro::service {
 
-/// A request as it came over the line.
-struct Message {
-    Operation operation;
-    std::string body;     ///< of an XML request
-    Form form;            ///< of a content page
-    std::string baseUrl;  ///< address of this service as the device knows it
-};
-
-/// What a device may have to prove besides its requests' form.
-struct ApiOptions {
-    AnswerStyle style;
-    /// Identifier and password of the only consumer that may register devices; any if unset.
-    std::optional<std::pair<std::string, std::string>> consumer;
-};
-
-/// The service behind its addresses: reads requests, keeps the state, makes answers. Not to be used
-/// by two threads at once.
+/// The service behind its addresses: the state, and the operations on it. Every function may be
+/// called from any thread.
 class DeviceApi {
 public:
-    /// Works on `accounts` and `catalogue`, which must outlive the object.
-    DeviceApi(Accounts& accounts, Catalogue& catalogue, ApiOptions options);
+    /// Opens the state file `database` (in memory if empty) and reads the folder `books`. Only
+    /// `consumer` may register devices, if it is set; `report` is told of unreadable books. Throws
+    /// `std::runtime_error` that says what to do.
+    DeviceApi(const std::filesystem::path& database, const std::filesystem::path& books,
+              std::optional<Consumer> consumer, std::function<void(const std::string&)> report);
 
-    /// Carries out the request `message` and answers it, on success with `code` unless that is
-    /// empty. Throws `Refusal` when the request is to be
-    /// refused, and other exceptions when the service itself fails.
-    Answer answer(const Message& message, const std::string& code);
+    /// Carries out `request`. Throws `RequestError` when it is to be refused, and other exceptions
+    /// when the service itself fails.
+    DeviceResponse handle(DeviceRequest& request);
 
-    /// An answer that carries nothing but `result`, or the code `code` in its place unless empty.
-    Answer resultAnswer(Operation operation, const Result& result, const std::string& code) const;
+    /// All items of the catalogue, deleted ones among them.
+    std::vector<Book> books();
+
+    /// The item `id`, unless there is none or it was deleted.
+    std::optional<Book> findBook(int id);
+
+    /// The folder in which the files of forms are to be received.
+    const std::filesystem::path& uploads() const { return uploads_.path(); }
 
 private:
-    using Handler = Answer (DeviceApi::*)(const Message&, const std::string& code);
-
-    Answer registerDevice(const Message& message, const std::string& code);
-    Answer createUser(const Message& message, const std::string& code);
-    Answer loginUser(const Message& message, const std::string& code);
-    Answer forgetPassword(const Message& message, const std::string& code);
-    Answer shopInformation(const Message& message, const std::string& code);
-    Answer synchronise(const Message& message, const std::string& code);
-    Answer upload(const Message& message, const std::string& code);
-    Answer download(const Message& message, const std::string& code);
-
-    AnswerDocument success(Operation operation, const std::string& code) const;
-    void requireConsumer(const Values& values) const;
-    std::string requireDevice(const std::string& token);
-    void requireSession(const std::string& session, const std::string& token);
-    Book requireItem(const Form& form);
-
-    Accounts& accounts_;
-    Catalogue& catalogue_;
-    ApiOptions options_;
+    std::mutex mutex_;  // of everything below
+    Database database_;
+    const UploadFolder uploads_;
+    Accounts accounts_;
+    Catalogue catalogue_;
+    const std::optional<Consumer> consumer_;
 };
 
 }  // namespace tavro::service

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <array>
-#include <optional>
 #include <string>
-#include <string_view>
+#include <vector>
 
 namespace tavro::service {
+
+class Call;
+struct DeviceResponse;
 
 /// What a device can ask of the service.
 enum class Operation {
@@ -19,21 +20,34 @@ enum class Operation {
     DownloadContent
 };
 
-inline constexpr std::array all_operations = {
-    Operation::RegisterDevice, Operation::CreateUser,     Operation::LoginUser,
-    Operation::ForgetPassword, Operation::GetShopURL,     Operation::SysnWithCloud,
-    Operation::UploadContent,  Operation::DownloadContent};
+/// An element of an XML request, or a field of a form.
+struct RequestField {
+    const char* name;
+    bool required = true;  ///< whether it must have a value
+};
+
+/// All there is to say about an operation.
+struct OperationDescription {
+    Operation operation;
+    const char* name;                  ///< as its address spells it
+    const char* path;                  ///< of its address
+    const char* root;                  ///< root element of its XML; null if it is a multipart form
+    std::vector<RequestField> fields;  ///< exactly these in this order; a form may have more
+    DeviceResponse (*handler)(Call& call);
+
+    /// Whether a request is a multipart form, not XML.
+    bool isForm() const { return root == nullptr; }
+};
+
+/// Every operation.
+const std::vector<OperationDescription>& allOperations();
+
+/// What there is to say about `operation`.
+const OperationDescription& descriptionOf(Operation operation);
 
 /// Name of `operation`, spelt as in its address.
-const char* name(Operation operation);
-
-/// The operation called `name`; none if there is no such operation.
-std::optional<Operation> operationNamed(std::string_view name);
-
-/// Whether `operation` is a form with a book's content, not an XML request of the device API.
-bool isContentPage(Operation operation);
-
-/// Path of the address at which `operation` is asked for.
-std::string pathOf(Operation operation);
+inline const char* name(Operation operation) {
+    return descriptionOf(operation).name;
+}
 
 }  // namespace tavro::service

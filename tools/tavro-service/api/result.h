@@ -38,9 +38,4 @@ inline bool isSuccess(std::string_view code) {
     return code == result::success.code || code == result::reminder_sent.code;
 }
 
-/// Thrown when a request is refused; the answer carries `result`.
-struct Refusal {
-    const Result& result;
-};
-
 }  // namespace tavro::service

@@ -1,6 +1,7 @@
 #include <optional>
 
-#include "books/book_formats.h"
+#include "books/book_error.h"
+#include "books/format_readers.h"
 #include "books/xml_document.h"
 #include "books/zip_archive.h"
 #include "text/hex.h"
@@ -49,7 +50,7 @@ void readMetadata(pugi::xml_node metadata, BookDetails& details) {
         if (name == "title" && details.title.empty()) {
             details.title = textOf(node);
         } else if (name == "creator") {
-            details.artist += (details.artist.empty() ? "" : ", ") + textOf(node);
+            addArtist(details, textOf(node));
         } else if (name == "identifier") {
             const std::string text = textOf(node);
             const std::size_t urn = text.find("urn:isbn:");
@@ -61,33 +62,37 @@ void readMetadata(pugi::xml_node metadata, BookDetails& details) {
     }
 }
 
+/// Where the container says that the package document is.
+fs::path packagePath(const ZipArchive& archive) {
+    const auto container = parseXml(archive.read("META-INF/container.xml"));
+    return attributeOf(findElement(container.root(), "rootfile"), "full-path");
+}
+
+/// The cover of `package`, which lies in `folder` of the archive; empty if it cannot be read, which
+/// costs the book its cover only.
+std::string coverOf(pugi::xml_node package, const ZipArchive& archive, const fs::path& folder) {
+    const std::string reference = percentDecoded(attributeOf(coverItem(package), "href"));
+    if (reference.empty())
+        return "";
+    try {
+        return archive.read((folder / reference).lexically_normal().string());
+    } catch (const BookError&) {
+        return "";
+    }
+}
+
 }  // namespace
 
 BookDetails readEpub(const fs::path& path) {
-    // 1. The container names the package document.
     const ZipArchive archive(path);
-    const auto container = parseXml(archive.read("META-INF/container.xml"));
-    const fs::path package_path =
-        attributeOf(findElement(container.root(), "rootfile"), "full-path");
-
-    // 2. The package holds the metadata.
-    const auto document = parseXml(archive.read(package_path));
+    const fs::path packageFile = packagePath(archive);
+    const auto document = parseXml(archive.read(packageFile));
     const pugi::xml_node package = findElement(document.root(), "package");
     if (!package)
-        throw BookError("no package in \"" + package_path.string() + "\"");
+        throw BookError("no package in \"" + packageFile.string() + "\"");
     BookDetails details;
     readMetadata(findElement(package, "metadata"), details);
-
-    // 3. A cover that is named but cannot be read costs the book its cover only.
-    const std::string reference = percentDecoded(attributeOf(coverItem(package), "href"));
-    if (reference.empty())
-        return details;
-    try {
-        details.cover =
-            archive.read((package_path.parent_path() / reference).lexically_normal().string());
-    } catch (const BookError&) {
-        details.cover.clear();
-    }
+    details.cover = coverOf(package, archive, packageFile.parent_path());
     return details;
 }
 

@@ -1,6 +1,9 @@
-
-#include "books/book_formats.h"
+#include "books/book_bytes.h"
+#include "books/book_error.h"
+#include "books/format_readers.h"
 #include "books/xml_document.h"
+#include "books/zip_archive.h"
+#include "text/extension.h"
 
 namespace tavro::service {
 
@@ -45,9 +48,8 @@ std::string coverImage(const pugi::xml_document& document, pugi::xml_node titleI
     return fromBase64(textOf(binary));
 }
 
-}  // namespace
-
-BookDetails readFictionBook(std::string bytes) {
+/// Details of the FictionBook whose XML is `bytes`.
+BookDetails detailsOf(std::string bytes) {
     const auto document = parseXml(std::move(bytes));
     const pugi::xml_node information = findElement(document.root(), "title-info");
     if (!information)
@@ -56,11 +58,26 @@ BookDetails readFictionBook(std::string bytes) {
     details.title = textOf(findElement(information, "book-title"));
     for (const pugi::xml_node node : information.children()) {
         if (localName(node.name()) == "author")
-            details.artist += (details.artist.empty() ? "" : ", ") + authorName(node);
+            addArtist(details, authorName(node));
     }
     setIsbn(details, textOf(findElement(findElement(document.root(), "publish-info"), "isbn")));
     details.cover = coverImage(document, information);
     return details;
+}
+
+}  // namespace
+
+BookDetails readFictionBook(const std::filesystem::path& path) {
+    return detailsOf(readWhole(path));
+}
+
+BookDetails readZippedFictionBook(const std::filesystem::path& path) {
+    const ZipArchive archive(path);
+    for (const std::string& entry : archive.names()) {
+        if (hasExtension(entry, "fb2"))
+            return detailsOf(archive.read(entry));
+    }
+    throw BookError("no .fb2 entry in the archive");
 }
 
 }  // namespace tavro::service

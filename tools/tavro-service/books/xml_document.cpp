@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <memory>
 
-#include "books/book_reader.h"
+#include "books/book_error.h"
 
 namespace tavro::service {
 
@@ -41,9 +41,9 @@ std::string toUtf8(std::string bytes, const std::string& encoding) {
         char* output = buffer;
         std::size_t room = sizeof buffer;
         const std::size_t done = ::iconv(converter.get(), &input, &left, &output, &room);
-        const bool unknown_byte = done == static_cast<std::size_t>(-1) && errno != E2BIG;
+        const bool unknownByte = done == static_cast<std::size_t>(-1) && errno != E2BIG;
         converted.append(buffer, output);
-        if (unknown_byte) {
+        if (unknownByte) {
             converted += '?';
             ++input;
             --left;
@@ -67,14 +67,14 @@ public:
 
 pugi::xml_document parseXml(std::string bytes) {
     const std::string encoding = declaredEncoding(bytes);
-    const bool known_to_parser = encoding.empty() || ::strcasecmp(encoding.c_str(), "utf-8") == 0;
-    if (!known_to_parser)
+    const bool knownToParser = encoding.empty() || ::strcasecmp(encoding.c_str(), "utf-8") == 0;
+    if (!knownToParser)
         bytes = toUtf8(std::move(bytes), encoding);
 
     pugi::xml_document document;
     const pugi::xml_parse_result parsed =
         document.load_buffer(bytes.data(), bytes.size(), pugi::parse_default,
-                             known_to_parser ? pugi::encoding_auto : pugi::encoding_utf8);
+                             knownToParser ? pugi::encoding_auto : pugi::encoding_utf8);
     if (!parsed)
         throw BookError(std::string("not well-formed XML: ") + parsed.description());
     return document;

@@ -10,7 +10,7 @@ namespace tavro::service {
 /// XML or the encoding is unknown.
 pugi::xml_document parseXml(std::string bytes);
 
-/// Name of `node` or `attribute` without its namespace prefix.
+/// The name of an element or attribute without its namespace prefix.
 std::string_view localName(std::string_view qualifiedName);
 
 /// The first element below `node`, at any depth, whose name without prefix is `name`; a null node

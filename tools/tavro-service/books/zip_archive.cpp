@@ -2,7 +2,8 @@
 
 #include <array>
 
-#include "books/book_reader.h"
+#include "books/book_bytes.h"
+#include "books/book_error.h"
 
 namespace tavro::service {
 

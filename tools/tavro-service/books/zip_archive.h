@@ -2,16 +2,12 @@
 
 #include <zip.h>
 
-#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tavro::service {
-
-/// Largest file or archive entry that is read for the sake of a title or a cover, in bytes.
-inline constexpr std::size_t largest_part = 64u << 20;
 
 /// A zip file, read entry by entry into memory; entry names never reach the disk.
 class ZipArchive {
@@ -23,7 +19,7 @@ public:
     std::vector<std::string> names() const;
 
     /// The content of the entry `name`. Throws `BookError` if there is no such entry, if it
-    /// is damaged or if it is larger than `largest_part`, whatever size the archive claims.
+    /// is damaged or if it is larger than 64 MiB, whatever size the archive claims.
     std::string read(const std::string& name) const;
 
 private:

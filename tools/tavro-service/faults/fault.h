@@ -2,13 +2,9 @@
 
 #include <chrono>
 #include <cstddef>
-#include <deque>
-#include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "api/operation.h"
 
@@ -33,43 +29,5 @@ struct Fault {
 
 /// A fault and the operation that it is for.
 using NamedFault = std::pair<Operation, Fault>;
-
-/// Reads "OPERATION:key=value,key=value". Throws `std::invalid_argument` that says what is wrong.
-NamedFault parseFault(const std::string& text);
-
-/// Reads an operation and its "key=value" texts. Throws `std::invalid_argument` alike; also when a
-/// "body-file" cannot be read.
-NamedFault parseFault(const std::string& operation, const std::vector<std::string>& settings);
-
-/// `fault` as a JSON object of the same keys, "operation" and "body-hex" among them.
-std::string faultToJson(const NamedFault& fault);
-
-/// Reads what `faultToJson` writes. Throws `std::invalid_argument`. A "body-file" is refused:
-/// whoever speaks to a running service must not make it read files.
-NamedFault faultFromJson(const std::string& json);
-
-/// Lines that explain operations and keys, for help texts.
-std::string faultHelp();
-
-/// The faults that wait for their requests. Every function may be called from any thread.
-class FaultQueue {
-public:
-    /// Puts `fault` behind those that wait for `operation`. One that lasts until cleared gives way.
-    void add(Operation operation, Fault fault);
-
-    /// The fault for the next request of `operation`, counted as used; without effect if there is
-    /// none.
-    Fault take(Operation operation);
-
-    /// Drops all faults.
-    void clear();
-
-    /// The faults still to come.
-    std::vector<NamedFault> pending() const;
-
-private:
-    mutable std::mutex mutex_;
-    std::map<Operation, std::deque<Fault>> faults_;
-};
 
 }  // namespace tavro::service

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "api/result.h"
+#include "api/request_error.h"
 
 namespace tavro::service {
 
@@ -48,9 +48,9 @@ bool announcesMore(const httplib::Request& request, std::size_t limit) {
 
 void check(bool complete, bool tooLarge) {
     if (tooLarge)
-        throw Refusal{result::body_too_large};
+        throw RequestError(result::body_too_large);
     if (!complete)
-        throw Refusal{result::malformed_request};
+        throw RequestError(result::malformed_request);
 }
 
 /// Reads a body of either kind; `begin` is told of each part of a form, `add` of bytes. @return
@@ -78,7 +78,7 @@ std::string readBody(const httplib::Request& request, const httplib::ContentRead
     return body;
 }
 
-void passOverBody(const httplib::Request& request, const httplib::ContentReader& reader) {
+void discardBody(const httplib::Request& request, const httplib::ContentReader& reader) {
     readEither(
         request, reader, [](const httplib::MultipartFormData&) { return true; },
         [](const char*, std::size_t) { return true; });
@@ -88,37 +88,31 @@ Form readForm(const httplib::Request& request, const httplib::ContentReader& rea
               std::size_t limit, const std::filesystem::path& folder) {
     Form form;
     Allowance allowance(limit);
-    Allowance text_allowance(largest_text);
-    bool in_file = false;
+    Allowance textAllowance(largest_text);
+    bool inFile = false;
     const auto begin = [&](const httplib::MultipartFormData& part) {
-        in_file = part.name == "file" && !form.file;
-        form.fields.emplace_back(part.name, in_file ? unescaped(part.filename) : "");
-        if (in_file) {
-            form.file = TemporaryFile(folder);
+        inFile = part.name == "file" && !form.file;
+        form.fields.emplace_back(part.name, inFile ? unescaped(part.filename) : "");
+        if (inFile) {
+            form.file = posix::TemporaryFile(folder / "receiving-");
             form.fileContentType = part.content_type;
         }
         return true;
     };
     const auto add = [&](const char* bytes, std::size_t size) {
         const bool part = !form.fields.empty();  // else the body is no form at all
-        if (!part || !allowance.take(size) || (!in_file && !text_allowance.take(size)))
+        if (!part || !allowance.take(size) || (!inFile && !textAllowance.take(size)))
             return true;
-        if (in_file)
-            form.file.write(bytes, size);
+        if (inFile)
+            form.file.write({bytes, size});
         else
             form.fields.back().second.append(bytes, size);
         return true;
     };
     const bool complete = readEither(request, reader, begin, add);
     check(complete && request.is_multipart_form_data(),
-          allowance.exceeded() || text_allowance.exceeded() || announcesMore(request, limit));
+          allowance.exceeded() || textAllowance.exceeded() || announcesMore(request, limit));
     return form;
-}
-
-std::string Form::value(const std::string& name) const {
-    const auto field = std::find_if(fields.begin(), fields.end(),
-                                    [&](const auto& candidate) { return candidate.first == name; });
-    return field == fields.end() ? "" : field->second;
 }
 
 }  // namespace tavro::service

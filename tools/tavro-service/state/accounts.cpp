@@ -5,14 +5,14 @@
 namespace tavro::service {
 
 std::string Accounts::registerDevice(const std::string& deviceId, const std::string& deviceType) {
-    std::string token = randomName();
+    std::string token = randomToken();
     database_.run("INSERT INTO devices VALUES (?, ?, ?)", token, deviceId, deviceType);
     return token;
 }
 
 std::optional<std::string> Accounts::deviceOf(const std::string& token) {
     Statement statement = database_.query("SELECT device_id FROM devices WHERE token = ?", token);
-    if (!statement.step())
+    if (!statement.nextRow())
         return std::nullopt;
     return statement.text(0);
 }
@@ -28,27 +28,27 @@ bool Accounts::create(const std::string& email, const std::string& firstName,
 }
 
 bool Accounts::exists(const std::string& email) {
-    return database_.query("SELECT 1 FROM accounts WHERE email = ?", email).step();
+    return database_.query("SELECT 1 FROM accounts WHERE email = ?", email).nextRow();
 }
 
 std::optional<std::int64_t> Accounts::authenticate(const std::string& email,
                                                    const std::string& password) {
     Statement statement =
         database_.query("SELECT id, password FROM accounts WHERE email = ?", email);
-    if (!statement.step() || !isPassword(password, statement.text(1)))
+    if (!statement.nextRow() || !isPassword(password, statement.text(1)))
         return std::nullopt;
     return statement.number(0);
 }
 
 std::string Accounts::startSession(const std::string& token, std::int64_t account) {
-    std::string session = randomName();
+    std::string session = randomToken();
     database_.run("INSERT INTO sessions VALUES (?, ?, ?)", session, token, account);
     return session;
 }
 
 bool Accounts::hasSession(const std::string& session, const std::string& token) {
     return database_.query("SELECT 1 FROM sessions WHERE id = ? AND token = ?", session, token)
-        .step();
+        .nextRow();
 }
 
 }  // namespace tavro::service

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 #include <string_view>
 #include <system_error>
 
-#include "books/book_reader.h"
+#include "books/book_error.h"
 #include "state/secrets.h"
 
 namespace fs = std::filesystem;
@@ -15,12 +14,10 @@ namespace tavro::service {
 
 namespace {
 
-constexpr const char* every_book =
+/// What `bookOf` reads, in its order.
+const std::string select_books =
     "SELECT id, path, title, artist, isbn, isbn13, file_type, has_cover, deleted, upload,"
-    " upload_name FROM items ORDER BY path";
-constexpr const char* one_book =
-    "SELECT id, path, title, artist, isbn, isbn13, file_type, has_cover, deleted, upload,"
-    " upload_name FROM items WHERE id = ? AND deleted = 0";
+    " upload_name FROM items ";
 
 /// Paths of the books below `folder`, relative to it and sorted; hidden ones are passed over.
 /// Throws `fs::filesystem_error` if the folder cannot be walked.
@@ -63,7 +60,7 @@ Catalogue::Catalogue(Database& database, fs::path folder, fs::path uploads,
       folder_(std::move(folder)),
       uploads_(std::move(uploads)),
       report_(std::move(report)) {
-    removeLostUploads();
+    removeUnreferencedUploads();
     refresh();
 }
 
@@ -71,29 +68,30 @@ void Catalogue::refresh() {
     if (folder_.empty())
         return;
     try {
-        // 1. A folder that cannot be walked is no reason to take books off the devices.
-        const std::set<std::string> files = bookFiles(folder_);
-
-        // 2. Files that are new or changed are read; what is gone is deleted.
-        const auto known = knownItems();
-        Transaction transaction(database_);
-        for (const std::string& path : files)
-            update(path, known);
-        for (const auto& [path, item] : known) {
-            const std::int64_t deleted = files.count(path) == 0;
-            if (deleted != item.deleted)
-                database_.run("UPDATE items SET deleted = ? WHERE id = ?", deleted, item.id);
-        }
-        transaction.commit();
+        compareWith(bookFiles(folder_));
     } catch (const fs::filesystem_error& error) {
+        // A folder that cannot be walked is no reason to take books off the devices.
         report_(std::string("the folder of the books cannot be read: ") + error.what());
     }
+}
+
+void Catalogue::compareWith(const std::set<std::string>& files) {
+    const auto known = knownItems();
+    Transaction transaction(database_);
+    for (const std::string& path : files)
+        update(path, known);
+    for (const auto& [path, item] : known) {
+        const std::int64_t deleted = files.count(path) == 0;
+        if (deleted != item.deleted)
+            database_.run("UPDATE items SET deleted = ? WHERE id = ?", deleted, item.id);
+    }
+    transaction.commit();
 }
 
 std::map<std::string, Catalogue::Known> Catalogue::knownItems() {
     std::map<std::string, Known> known;
     Statement row = database_.query("SELECT path, id, size, modified, deleted FROM items");
-    while (row.step())
+    while (row.nextRow())
         known[row.text(0)] = {
             static_cast<int>(row.number(1)), {row.number(2), row.number(3)}, row.number(4) != 0};
     return known;
@@ -120,7 +118,7 @@ void Catalogue::update(const std::string& path, const std::map<std::string, Know
 }
 
 void Catalogue::store(const std::string& path, int id, Stamp stamp, const BookDetails& details) {
-    const std::int64_t has_cover = !details.cover.empty();
+    const std::int64_t hasCover = !details.cover.empty();
     database_.run(
         "INSERT INTO items (id, path, size, modified, title, artist, isbn, isbn13, file_type,"
         " has_cover) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO UPDATE SET"
@@ -128,7 +126,7 @@ void Catalogue::store(const std::string& path, int id, Stamp stamp, const BookDe
         " artist = excluded.artist, isbn = excluded.isbn, isbn13 = excluded.isbn13,"
         " has_cover = excluded.has_cover",
         id, path, stamp.first, stamp.second, details.title, details.artist, details.isbn,
-        details.isbn13, bookFileType(path), has_cover);
+        details.isbn13, bookFileType(path), hasCover);
 }
 
 int Catalogue::newId(const std::string& path) {
@@ -136,22 +134,22 @@ int Catalogue::newId(const std::string& path) {
     for (;; ++id) {
         id &= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
         const auto number = static_cast<std::int64_t>(id);
-        if (id != 0 && !database_.query("SELECT 1 FROM items WHERE id = ?", number).step())
+        if (id != 0 && !database_.query("SELECT 1 FROM items WHERE id = ?", number).nextRow())
             return static_cast<int>(id);
     }
 }
 
 std::vector<Book> Catalogue::books() {
     std::vector<Book> books;
-    Statement row = database_.query(every_book);
-    while (!folder_.empty() && row.step())
+    Statement row = database_.query(select_books + "ORDER BY path");
+    while (!folder_.empty() && row.nextRow())
         books.push_back(bookOf(row));
     return books;
 }
 
 std::optional<Book> Catalogue::find(int id) {
-    Statement row = database_.query(one_book, id);
-    if (folder_.empty() || !row.step())
+    Statement row = database_.query(select_books + "WHERE id = ? AND deleted = 0", id);
+    if (folder_.empty() || !row.nextRow())
         return std::nullopt;
     return bookOf(row);
 }
@@ -176,21 +174,21 @@ Book Catalogue::bookOf(const Statement& row) const {
     return book;
 }
 
-void Catalogue::replaceContent(int id, const fs::path& upload, const std::string& fileName) {
+void Catalogue::replaceContent(int id, posix::TemporaryFile& upload, const std::string& fileName) {
     Statement row = database_.query("SELECT upload FROM items WHERE id = ?", id);
-    const std::string replaced = row.step() ? row.text(0) : "";
-    const std::string name = randomName();
-    fs::rename(upload, uploads_ / name);
+    const std::string replaced = row.nextRow() ? row.text(0) : "";
+    const std::string name = randomToken();
+    upload.renameTo(uploads_ / name);
     database_.run("UPDATE items SET upload = ?, upload_name = ? WHERE id = ?", name, fileName, id);
     std::error_code ignored;
     if (!replaced.empty())
         fs::remove(uploads_ / replaced, ignored);
 }
 
-void Catalogue::removeLostUploads() {
+void Catalogue::removeUnreferencedUploads() {
     std::set<std::string> used;
     Statement row = database_.query("SELECT upload FROM items WHERE upload <> ''");
-    while (row.step())
+    while (row.nextRow())
         used.insert(row.text(0));
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(uploads_)) {

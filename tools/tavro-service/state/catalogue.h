@@ -5,11 +5,13 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "books/book_reader.h"
+#include "posix/temporary_file.h"
 #include "state/book.h"
 #include "state/database.h"
 
@@ -34,12 +36,9 @@ public:
     /// The item `id`, unless there is none or it was deleted.
     std::optional<Book> find(int id);
 
-    /// Makes the file `upload` the content of the item `id`, announced as `fileName`, or by the
-    /// item's own name if that is empty. Takes the file over by renaming it.
-    void replaceContent(int id, const std::filesystem::path& upload, const std::string& fileName);
-
-    /// The folder for uploads, where files to be taken over are best written.
-    const std::filesystem::path& uploads() const { return uploads_; }
+    /// Makes `upload`, a file in the folder of the uploads, the content of the item `id`, announced
+    /// as `fileName`, or by the item's own name if that is empty. Throws `std::system_error`.
+    void replaceContent(int id, posix::TemporaryFile& upload, const std::string& fileName);
 
 private:
     using Stamp = std::pair<std::int64_t, std::int64_t>;  // size and time of modification
@@ -49,12 +48,13 @@ private:
         bool deleted;
     };
 
+    void compareWith(const std::set<std::string>& files);
     std::map<std::string, Known> knownItems();
     void update(const std::string& path, const std::map<std::string, Known>& known);
     void store(const std::string& path, int id, Stamp stamp, const BookDetails& details);
     int newId(const std::string& path);
     Book bookOf(const Statement& row) const;
-    void removeLostUploads();
+    void removeUnreferencedUploads();
 
     Database& database_;
     std::filesystem::path folder_;

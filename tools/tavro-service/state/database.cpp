@@ -34,13 +34,13 @@ void check(int code, sqlite3* database) {
 
 }  // namespace
 
-Statement::Statement(sqlite3* database, const char* sql) {
+Statement::Statement(sqlite3* database, const std::string& sql) {
     sqlite3_stmt* statement = nullptr;
-    check(sqlite3_prepare_v2(database, sql, -1, &statement, nullptr), database);
+    check(sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr), database);
     statement_.reset(statement);
 }
 
-bool Statement::step() {
+bool Statement::nextRow() {
     const int code = sqlite3_step(statement_.get());
     if (code != SQLITE_ROW && code != SQLITE_DONE)
         fail(sqlite3_db_handle(statement_.get()));
@@ -88,9 +88,9 @@ void Database::prepare() {
     run("PRAGMA foreign_keys=ON");
     Transaction transaction(*this);
     Statement statement = query("PRAGMA user_version");
-    statement.step();
+    statement.nextRow();
     const std::int64_t version = statement.number(0);
-    statement.step();
+    statement.nextRow();
     if (version > schema_version)
         throw std::runtime_error("written by a newer version of tavro-service");
     if (version == 0) {

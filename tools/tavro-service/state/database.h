@@ -13,7 +13,7 @@ namespace tavro::service {
 class Statement {
 public:
     /// Prepares `sql`. Throws `std::runtime_error`.
-    Statement(sqlite3* database, const char* sql);
+    Statement(sqlite3* database, const std::string& sql);
 
     /// Binds `values` to the placeholders in their order.
     template <typename... Values>
@@ -24,7 +24,7 @@ public:
     }
 
     /// Goes to the next row; false after the last. Throws `std::runtime_error`.
-    bool step();
+    bool nextRow();
 
     /// Text of a column of the row, counted from 0.
     std::string text(int column) const;
@@ -51,7 +51,7 @@ public:
 
     /// Prepares `sql` with `values` bound.
     template <typename... Values>
-    Statement query(const char* sql, const Values&... values) {
+    Statement query(const std::string& sql, const Values&... values) {
         Statement statement(database_.get(), sql);
         statement.bind(values...);
         return statement;
@@ -59,9 +59,9 @@ public:
 
     /// Runs `sql` with `values` bound to its end.
     template <typename... Values>
-    void run(const char* sql, const Values&... values) {
+    void run(const std::string& sql, const Values&... values) {
         Statement statement = query(sql, values...);
-        while (statement.step()) {
+        while (statement.nextRow()) {
         }
     }
 

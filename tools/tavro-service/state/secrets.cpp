@@ -27,7 +27,7 @@ std::string hashWith(const std::string& password, const std::string& setting) {
 
 }  // namespace
 
-std::string randomName() {
+std::string randomToken() {
     std::array<char, 16> bytes;
     if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
         throw std::system_error(errno, std::generic_category(), "getrandom");

@@ -4,8 +4,8 @@
 
 namespace tavro::service {
 
-/// A name that nobody can guess: 32 hexadecimal digits. Throws `std::system_error`.
-std::string randomName();
+/// A token that nobody can guess: 32 hexadecimal digits. Throws `std::system_error`.
+std::string randomToken();
 
 /// Salted hash of `password`, different each time. Throws `std::system_error`.
 std::string hashPassword(const std::string& password);
