@@ -17,8 +17,8 @@ public:
           api(options.database, options.books, options.consumer,
               [this](const std::string& text) { log.report(text); }),
           server(options.address, options.port),
-          devicePages(server, api, faults, log, {options.maximumBody, options.entityReferences}),
-          controlPages(server.pages(), api, faults, log, options.maximumBody) {
+          devicePages(server, api, faults, log, {options.maximumBody, options.entityReferences}) {
+        addControlPages(server.pages(), api, faults, log, options.maximumBody);
         addPublicPages(server.pages(), api);
         addRules(server.pages(), log, options.maximumBody);
         server.listen();
@@ -32,7 +32,6 @@ public:
     DeviceApi api;
     HttpServer server;
     DevicePages devicePages;
-    ControlPages controlPages;
 };
 
 Service::Service(Options options) : implementation_(std::make_unique<Implementation>(options)) {}

@@ -1,11 +1,26 @@
-#include <string>
-
-#include "api/call.h"
 #include "api/handlers.h"
-#include "api/request_error.h"
+#include "api/result.h"
 #include "state/secrets.h"
 
 namespace tavro::service {
+
+void Call::requireConsumer() const {
+    const Consumer asking(value("ServiceConsumerID"), value("ServiceConsumerPassword"));
+    if (consumer && *consumer != asking)
+        throw RequestError(result::unknown_consumer);
+}
+
+std::string Call::requireDevice() const {
+    if (auto device = accounts.deviceOf(value("Token")))
+        return *device;
+    throw RequestError(result::unknown_token);
+}
+
+void Call::requireSession(const char* name) const {
+    requireDevice();
+    if (!accounts.hasSession(value(name), value("Token")))
+        throw RequestError(result::unknown_session);
+}
 
 DeviceResponse registerDevice(Call& call) {
     call.requireConsumer();

@@ -6,9 +6,8 @@
 #include <system_error>
 #include <utility>
 
-#include "api/call.h"
 #include "api/handlers.h"
-#include "api/request_error.h"
+#include "api/result.h"
 
 namespace tavro::service {
 
@@ -84,10 +83,10 @@ DeviceResponse synchronise(Call& call) {
 
 DeviceResponse uploadContent(Call& call) {
     const Book book = requireItem(call);
-    Form& form = call.request.form;
-    if (!form.file)
+    posix::TemporaryFile& file = call.request.form.file;
+    if (!file)
         throw RequestError(result::missing_value);
-    call.catalogue.replaceContent(book.id, form.file, plainFileName(form.value("file")));
+    call.catalogue.replaceContent(book.id, file, plainFileName(call.value("file")));
     return DeviceResponse();
 }
 

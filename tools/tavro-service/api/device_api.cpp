@@ -29,7 +29,7 @@ DeviceApi::DeviceApi(const fs::path& database, const fs::path& books,
 
 DeviceResponse DeviceApi::handle(DeviceRequest& request) {
     const std::lock_guard lock(mutex_);
-    Call call(request, accounts_, catalogue_, consumer_);
+    Call call{request, readValues(request), accounts_, catalogue_, consumer_};
     return descriptionOf(request.operation).handler(call);
 }
 

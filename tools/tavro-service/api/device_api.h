@@ -7,12 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "api/call.h"
-#include "api/device_request.h"
-#include "api/device_response.h"
-#include "state/accounts.h"
-#include "state/book.h"
-#include "state/catalogue.h"
+#include "api/handlers.h"
 #include "state/database.h"
 #include "state/upload_folder.h"
 

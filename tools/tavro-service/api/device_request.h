@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,9 +16,6 @@ struct Form {
     std::vector<std::pair<std::string, std::string>> fields;
     posix::TemporaryFile file;    ///< content of the part "file"; none unless the form has one
     std::string fileContentType;  ///< of the part "file"
-
-    /// Value of the first part called `name`; empty if there is none.
-    std::string value(const std::string& name) const;
 };
 
 /// A request of a device as it came over the line.
@@ -27,5 +25,12 @@ struct DeviceRequest {
     std::string body;     ///< XML; empty for a form
     Form form;            ///< empty for XML
 };
+
+/// Values of a request by the names of their elements or form fields.
+using Values = std::map<std::string, std::string>;
+
+/// Reads the values of `request`, whose XML must have exactly the elements of its operation, in
+/// their order. Throws `RequestError` if it is malformed or a required value is empty.
+Values readValues(const DeviceRequest& request);
 
 }  // namespace tavro::service

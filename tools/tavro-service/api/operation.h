@@ -5,7 +5,7 @@
 
 namespace tavro::service {
 
-class Call;
+struct Call;
 struct DeviceResponse;
 
 /// What a device can ask of the service.

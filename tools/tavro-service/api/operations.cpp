@@ -54,7 +54,7 @@ const std::vector<OperationDescription>& allOperations() {
          "UploadContent",
          "/UploadContent.aspx",
          form,
-         {{"Token"}, {"SessionId"}, {"ItemId"}},
+         {{"Token"}, {"SessionId"}, {"ItemId"}, {"file", optional}},
          uploadContent},
         {Operation::DownloadContent,
          "DownloadContent",

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stdexcept>
 #include <string_view>
 
 namespace tavro::service {
@@ -37,5 +38,19 @@ inline constexpr Result requested_fault{"", 200, "A fault asked for by the devel
 inline bool isSuccess(std::string_view code) {
     return code == result::success.code || code == result::reminder_sent.code;
 }
+
+/// Thrown when a request is refused.
+class RequestError : public std::runtime_error {
+public:
+    /// Refuses it for the reason `result`, which lasts.
+    explicit RequestError(const Result& result)
+        : std::runtime_error(result.message), result_(result) {}
+
+    /// What the answer carries.
+    const Result& result() const { return result_; }
+
+private:
+    const Result& result_;
+};
 
 }  // namespace tavro::service

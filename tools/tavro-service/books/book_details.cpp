@@ -16,8 +16,4 @@ void setIsbn(BookDetails& details, const std::string& text) {
         details.isbn = digits;
 }
 
-void addArtist(BookDetails& details, const std::string& name) {
-    details.artist += (details.artist.empty() ? "" : ", ") + name;
-}
-
 }  // namespace tavro::service

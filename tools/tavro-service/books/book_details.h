@@ -10,13 +10,11 @@ struct BookDetails {
     std::string artist;
     std::string isbn;
     std::string isbn13;
-    std::string cover;  ///< bytes of an image
+    std::string cover;      ///< bytes of an image
+    std::string coverType;  ///< its media type
 };
 
 /// Sets the ISBN field that fits the number of digits in `text`; neither if it is no ISBN.
 void setIsbn(BookDetails& details, const std::string& text);
-
-/// Adds `name` to the artists, which are separated by commas.
-void addArtist(BookDetails& details, const std::string& name);
 
 }  // namespace tavro::service

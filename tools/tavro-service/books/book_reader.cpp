@@ -3,10 +3,9 @@
 #include <string_view>
 
 #include "books/book_error.h"
+#include "books/book_file.h"
 #include "books/format_readers.h"
-#include "books/image_type.h"
 #include "text/clean_text.h"
-#include "text/extension.h"
 
 namespace fs = std::filesystem;
 
@@ -34,6 +33,15 @@ const BookFormat* formatOf(const fs::path& path) {
     return nullptr;
 }
 
+/// Media type of the image `bytes`: JPEG or PNG; empty if it is neither.
+std::string imageType(std::string_view bytes) {
+    if (bytes.substr(0, 3) == "\xFF\xD8\xFF")
+        return "image/jpeg";
+    if (bytes.substr(0, 8) == "\x89PNG\r\n\x1A\n")
+        return "image/png";
+    return "";
+}
+
 }  // namespace
 
 std::string bookFileType(const fs::path& path) {
@@ -52,7 +60,8 @@ BookDetails readBook(const fs::path& path) {
         const std::string file = path.filename();
         details.title = cleanText(file.substr(0, file.size() - format->extension.size() - 1));
     }
-    if (imageType(details.cover).empty())
+    details.coverType = imageType(details.cover);
+    if (details.coverType.empty())
         details.cover.clear();
     return details;
 }

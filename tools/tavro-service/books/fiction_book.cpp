@@ -1,9 +1,8 @@
-#include "books/book_bytes.h"
 #include "books/book_error.h"
+#include "books/book_file.h"
 #include "books/format_readers.h"
 #include "books/xml_document.h"
 #include "books/zip_archive.h"
-#include "text/extension.h"
 
 namespace tavro::service {
 
@@ -58,7 +57,7 @@ BookDetails detailsOf(std::string bytes) {
     details.title = textOf(findElement(information, "book-title"));
     for (const pugi::xml_node node : information.children()) {
         if (localName(node.name()) == "author")
-            addArtist(details, authorName(node));
+            details.artist += (details.artist.empty() ? "" : ", ") + authorName(node);
     }
     setIsbn(details, textOf(findElement(findElement(document.root(), "publish-info"), "isbn")));
     details.cover = coverImage(document, information);

@@ -1,5 +1,5 @@
-#include "books/book_bytes.h"
 #include "books/book_error.h"
+#include "books/book_file.h"
 #include "books/format_readers.h"
 
 namespace tavro::service {

@@ -1,4 +1,4 @@
-#include "books/book_bytes.h"
+#include "books/book_file.h"
 #include "books/format_readers.h"
 
 namespace tavro::service {

@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "books/book_bytes.h"
 #include "books/book_error.h"
+#include "books/book_file.h"
 
 namespace tavro::service {
 

@@ -1,18 +1,6 @@
 #include "faults/fault_effect.h"
 
-#include <algorithm>
-#include <nlohmann/json.hpp>
-#include <string_view>
-
-#include "faults/fault_keys.h"
-
 namespace tavro::service {
-
-bool hasEffect(const Fault& fault) {
-    return std::any_of(faultKeys().begin(), faultKeys().end(), [&](const FaultKey& key) {
-        return key.get && key.name != std::string_view("times") && !key.get(fault).is_null();
-    });
-}
 
 bool isCarriedOut(const Fault& fault) {
     return !fault.closeConnection && (!fault.resultCode || isSuccess(*fault.resultCode));

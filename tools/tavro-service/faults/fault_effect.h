@@ -5,9 +5,6 @@
 
 namespace tavro::service {
 
-/// Whether `fault` does anything at all.
-bool hasEffect(const Fault& fault);
-
 /// Whether a request is carried out in spite of `fault`.
 bool isCarriedOut(const Fault& fault);
 

@@ -21,6 +21,9 @@ std::string faultToJson(const NamedFault& fault);
 /// whoever speaks to a running service must not make it read files.
 NamedFault faultFromJson(const std::string& json);
 
+/// Whether any key of `fault` is set that does something to an answer.
+bool hasEffect(const Fault& fault);
+
 /// Lines that explain operations and keys, for help texts.
 std::string faultHelp();
 

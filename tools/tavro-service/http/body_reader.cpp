@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "api/request_error.h"
+#include "api/result.h"
 
 namespace tavro::service {
 

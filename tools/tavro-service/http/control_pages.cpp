@@ -17,42 +17,40 @@ bool isLoopback(const std::string& address) {
            address.rfind("::ffff:127.", 0) == 0;
 }
 
-}  // namespace
-
-ControlPages::ControlPages(httplib::Server& server, DeviceApi& api, FaultQueue& faults,
-                           const RequestLog& log, std::size_t maximumBody)
-    : api_(api), faults_(faults), log_(log) {
-    server.Post("/control/faults",
-                [this, maximumBody](const auto& request, auto& response, const auto& reader) {
-                    addFault(readBody(request, reader, maximumBody), response);
-                });
-    server.Delete("/control/faults", [this](const auto&, auto& response) {
-        faults_.clear();
-        sendStatus(response);
-    });
-    server.Get("/control/status", [this](const auto&, auto& response) { sendStatus(response); });
-}
-
-void ControlPages::addFault(const std::string& body, httplib::Response& response) {
-    try {
-        auto [operation, fault] = faultFromJson(body);
-        faults_.add(operation, std::move(fault));
-        sendStatus(response);
-    } catch (const std::invalid_argument& error) {
-        response.status = 400;
-        response.set_content(error.what(), "text/plain; charset=utf-8");
-    }
-}
-
-void ControlPages::sendStatus(httplib::Response& response) {
-    const auto items = api_.books();
+std::string statusOf(DeviceApi& api, const FaultQueue& faults, const RequestLog& log) {
+    const auto items = api.books();
     const auto present =
         std::count_if(items.begin(), items.end(), [](const Book& book) { return !book.deleted; });
-    nlohmann::ordered_json json = {{"books", present}, {"requests", log_.requests().size()}};
+    nlohmann::ordered_json json = {{"books", present}, {"requests", log.requests().size()}};
     json["faults"] = nlohmann::json::array();
-    for (const NamedFault& fault : faults_.pending())
+    for (const NamedFault& fault : faults.pending())
         json["faults"].push_back(nlohmann::ordered_json::parse(faultToJson(fault)));
-    response.set_content(json.dump() + "\n", "application/json");
+    return json.dump() + "\n";
+}
+
+}  // namespace
+
+void addControlPages(httplib::Server& server, DeviceApi& api, FaultQueue& faults,
+                     const RequestLog& log, std::size_t maximumBody) {
+    const auto sendStatus = [&api, &faults, &log](const auto&, auto& response) {
+        response.set_content(statusOf(api, faults, log), "application/json");
+    };
+    server.Get("/control/status", sendStatus);
+    server.Delete("/control/faults", [&faults, sendStatus](const auto& request, auto& response) {
+        faults.clear();
+        sendStatus(request, response);
+    });
+    server.Post("/control/faults", [&faults, sendStatus, maximumBody](
+                                       const auto& request, auto& response, const auto& reader) {
+        try {
+            auto [operation, fault] = faultFromJson(readBody(request, reader, maximumBody));
+            faults.add(operation, std::move(fault));
+            sendStatus(request, response);
+        } catch (const std::invalid_argument& error) {
+            response.status = 400;
+            response.set_content(error.what(), "text/plain; charset=utf-8");
+        }
+    });
 }
 
 bool mayControl(const httplib::Request& request) {

@@ -1,16 +1,19 @@
 #include "http/device_pages.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <exception>
+#include <optional>
 #include <regex>
 #include <string>
 #include <utility>
 
-#include "api/request_error.h"
+#include "api/result.h"
 #include "faults/fault_effect.h"
+#include "faults/fault_syntax.h"
 #include "http/body_reader.h"
 #include "http/connections.h"
-#include "http/send_response.h"
 
 namespace tavro::service {
 
@@ -32,6 +35,28 @@ Request entryOf(Operation operation, const httplib::Request& request) {
     entry.contentType = request.get_header_value("Content-Type");
     entry.accept = request.get_header_value("Accept");
     return entry;
+}
+
+/// Hands `answer` with the body `body` to the HTTP library as `response`, which sends it piece by
+/// piece. After `cut` bytes of the body it ends the connection, if that is set.
+void send(const DeviceResponse& answer, const Content& body, std::optional<std::size_t> cut,
+          httplib::Response& response) {
+    response.status = answer.status;
+    // Last on its line and without quotes: a device takes everything up to the end for the name.
+    if (!answer.fileName.empty())
+        response.set_header("Content-Disposition", "attachment; filename=" + answer.fileName);
+    if (body.size == 0)
+        return response.set_content("", answer.contentType);
+    response.set_content_provider(
+        body.size, answer.contentType,
+        [body, end = cut.value_or(body.size)](std::size_t offset, std::size_t length,
+                                              httplib::DataSink& sink) {
+            std::array<char, 65536> buffer;
+            const std::size_t left = end - std::min(end, offset);
+            const std::size_t wanted = std::min({length, left, buffer.size()});
+            const std::size_t got = wanted ? body.read(offset, buffer.data(), wanted) : 0;
+            return got > 0 && sink.write(buffer.data(), got);
+        });
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "books/book_reader.h"
-#include "books/image_type.h"
 
 namespace tavro::service {
 
@@ -17,11 +16,11 @@ void sendCover(DeviceApi& api, const httplib::Request& request, httplib::Respons
     response.status = 404;
     if (!book || !book->hasCover)
         return;
-    const std::string cover = readBook(book->original).cover;
-    if (cover.empty())
+    const BookDetails details = readBook(book->original);
+    if (details.cover.empty())
         return;
     response.status = 200;
-    response.set_content(cover, imageType(cover));
+    response.set_content(details.cover, details.coverType);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <exception>
 
-#include "api/request_error.h"
+#include "api/result.h"
 #include "http/body_reader.h"
 #include "http/control_pages.h"
 

@@ -1,4 +1,6 @@
-#include "books/book_bytes.h"
+#include "books/book_file.h"
+
+#include <strings.h>
 
 #include <fstream>
 #include <system_error>
@@ -6,6 +8,13 @@
 #include "books/book_error.h"
 
 namespace tavro::service {
+
+bool hasExtension(std::string_view name, std::string_view extension) {
+    if (name.size() < extension.size() + 2 || name[name.size() - extension.size() - 1] != '.')
+        return false;
+    const std::string_view end = name.substr(name.size() - extension.size());
+    return ::strncasecmp(end.data(), extension.data(), extension.size()) == 0;
+}
 
 std::string readStart(const std::filesystem::path& path, std::size_t limit) {
     std::ifstream stream(path, std::ios::binary);
