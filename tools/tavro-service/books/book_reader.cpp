@@ -20,8 +20,11 @@ struct BookFormat {
 
 /// Every format of book.
 constexpr BookFormat book_formats[] = {
-    {"epub", readEpub}, {"fb2", readFictionBook}, {"fb2.zip", readZippedFictionBook},
-    {"pdf", readPdf},   {"txt", readPlainText},
+    {"epub", readEpub},
+    {"fb2", readFictionBook},
+    {"fb2.zip", readZippedFictionBook},  // an archive with one such file
+    {"pdf", readPdf},
+    {"txt", readPlainText},
 };
 
 /// The format of the file called `path`; null if it is no book.
