@@ -1,0 +1,56 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+
+#include "account/account.h"
+#include "console/output.h"
+
+namespace tavro::tools {
+
+/// The command line as the person typed it: what holds for every command, and the command chosen.
+class CommandLine {
+public:
+    /// Does a command for an account. Prints the results, and throws Failure or UsageError when it
+    /// could not do what was asked.
+    using Command = std::function<void(Account&, const Output&)>;
+
+    /// Where a command lets the standard streams go.
+    enum class Streams {
+        KeptFromLibrary,  ///< what the library writes shows with --trace only, see QuietLibrary
+        AsTheyAre
+    };
+
+    CommandLine();
+
+    /// Adds the command `name`, for which the caller declares the options. They lie in what
+    /// `command` holds, which runs after all of the command line is known to be right.
+    /// @param example arguments to show in its help.
+    CLI::App& add(const std::string& name, const std::string& description,
+                  const std::string& example, Command command,
+                  Streams streams = Streams::KeptFromLibrary);
+
+    /// Parses the arguments and runs the command that they choose, or prints help or version.
+    /// @return the exit status. Throws what commands throw; UsageError for wrong arguments.
+    int run(int count, char** values);
+
+    /// Tells why `run` ended with `status`.
+    void tell(const std::exception& error, int status) const;
+
+private:
+    void parse(int count, char** values);
+    std::string reason(const CLI::ParseError& error) const;
+
+    CLI::App app_{"Works with the Tavro cloud book service as a reader's applications do"};
+    std::string folder_;  // of the configuration
+    bool json_ = false;
+    bool trace_ = false;
+    Command command_;
+    Streams streams_ = Streams::KeptFromLibrary;
+};
+
+/// Adds all commands, in the order of the help. Made by CMake from the list of their names.
+void addCommands(CommandLine& commandLine);
+
+}  // namespace tavro::tools

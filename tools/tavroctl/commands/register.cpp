@@ -1,0 +1,31 @@
+#include <memory>
+
+#include "account/account_requests.h"
+#include "tavroctl/command_line.h"
+
+namespace tavro::tools {
+
+namespace {
+
+void registerAndTell(bool renew, Account& account, const Output& output) {
+    const bool changed = registerDevice(account, renew);
+    output.result(
+        {{"registered", true}, {"changed", changed}},
+        changed
+            ? "The device is registered. Next: tavroctl signup, or tavroctl login with an account"
+            : "The device is registered already (--renew does it again).");
+}
+
+}  // namespace
+
+void addRegister(CommandLine& commandLine) {
+    const auto renew = std::make_shared<bool>(false);
+    commandLine
+        .add("register", "Register the device with the service", "register",
+             [renew](Account& account, const Output& output) {
+                 registerAndTell(*renew, account, output);
+             })
+        .add_flag("--renew", *renew, "Also if it is registered; ends the session");
+}
+
+}  // namespace tavro::tools
