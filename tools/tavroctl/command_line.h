@@ -1,11 +1,18 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <exception>
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "account/account.h"
 #include "console/output.h"
+
+// Its header takes seconds to compile: for those that use it only.
+namespace CLI {
+class App;
+}
 
 namespace tavro::tools {
 
@@ -23,6 +30,9 @@ public:
     };
 
     CommandLine();
+    ~CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
 
     /// Adds the command `name`, for which the caller declares the options. They lie in what
     /// `command` holds, which runs after all of the command line is known to be right.
@@ -40,15 +50,23 @@ public:
 
 private:
     void parse(int count, char** values);
-    std::string reason(const CLI::ParseError& error) const;
 
-    CLI::App app_{"Works with the Tavro cloud book service as a reader's applications do"};
+    std::unique_ptr<CLI::App> app_;
     std::string folder_;  // of the configuration
     bool json_ = false;
     bool trace_ = false;
     Command command_;
     Streams streams_ = Streams::KeptFromLibrary;
 };
+
+/// The command that `run(options, account, output)` does, with the options that the command line
+/// fills later.
+template <typename Run, typename Options>
+CommandLine::Command withOptions(Run run, std::shared_ptr<Options> options) {
+    return [run, options = std::move(options)](Account& account, const Output& output) {
+        run(*options, account, output);
+    };
+}
 
 /// Adds all commands, in the order of the help. Made by CMake from the list of their names.
 void addCommands(CommandLine& commandLine);

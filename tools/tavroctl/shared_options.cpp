@@ -1,8 +1,15 @@
 #include "tavroctl/shared_options.h"
 
+#include <CLI/CLI.hpp>
+
 #include "account/account_requests.h"
 
 namespace tavro::tools {
+
+void addFlag(CLI::App& command, const std::string& name, bool& isSet,
+             const std::string& description) {
+    command.add_flag(name, isSet, description);
+}
 
 void addSendable(CLI::App& command, const std::string& name, std::string& text,
                  const std::string& description) {
@@ -12,15 +19,15 @@ void addSendable(CLI::App& command, const std::string& name, std::string& text,
 }
 
 void addPasswordOption(CLI::App& command, bool& fromStandardInput) {
-    command.add_flag("--password-stdin", fromStandardInput,
-                     "Take the password from the first line of standard input");
+    addFlag(command, "--password-stdin", fromStandardInput,
+            "Take the password from the first line of standard input");
 }
 
-CLI::Option& addFile(CLI::App& command, std::string& file) {
+void addFile(CLI::App& command, std::string& file, bool isRequired) {
     const auto reason = [](const std::string& text) { return text.empty() ? "is empty" : ""; };
-    return *command
-                .add_option("FILE", file, "A name in the download folder, or a path with a \"/\"")
-                ->check(CLI::Validator(reason, ""));
+    command.add_option("FILE", file, "A name in the download folder, or a path with a \"/\"")
+        ->check(CLI::Validator(reason, ""))
+        ->required(isRequired);
 }
 
 }  // namespace tavro::tools

@@ -1,3 +1,4 @@
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 #include <regex>
@@ -80,12 +81,10 @@ void showCover(const Options& options, const Account& account, const Output& out
 
 void addCover(CommandLine& commandLine) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = commandLine.add("cover", "Show or save a book's cover",
-                                        "cover novel.epub --output cover.png",
-                                        [options](const Account& account, const Output& output) {
-                                            showCover(*options, account, output);
-                                        });
-    addFile(command, options->file).required();
+    CLI::App& command =
+        commandLine.add("cover", "Show or save a book's cover",
+                        "cover novel.epub --output cover.png", withOptions(showCover, options));
+    addFile(command, options->file, true);
     command.add_option("--size", options->size, "Pixels at most, each from 1 to 8192")
         ->option_text("WxH [300x400]");
     command.add_option("--output", options->outputFile, "Write it as a grey PNG")

@@ -1,3 +1,4 @@
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 
@@ -109,9 +110,7 @@ void download(const Options& options, const Account& account, const Output& outp
 void addDownload(CommandLine& commandLine) {
     const auto options = std::make_shared<Options>();
     CLI::App& command = commandLine.add("download", "Download books", "download --all",
-                                        [options](const Account& account, const Output& output) {
-                                            download(*options, account, output);
-                                        });
+                                        withOptions(download, options));
     command.add_option("ITEM", options->items, "Item IDs, also of books that are there");
     command.add_flag("--all", options->all, "All books that are not there yet");
 }

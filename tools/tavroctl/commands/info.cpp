@@ -22,10 +22,9 @@ void showInfo(const std::string& file, const Account& account, const Output& out
 
 void addInfo(CommandLine& commandLine) {
     const auto file = std::make_shared<std::string>();
-    CLI::App& command = commandLine.add(
-        "info", "Show what the library browser learns about a book", "info novel.epub",
-        [file](const Account& account, const Output& output) { showInfo(*file, account, output); });
-    addFile(command, *file).required();
+    CLI::App& command = commandLine.add("info", "Show what the library browser learns about a book",
+                                        "info novel.epub", withOptions(showInfo, file));
+    addFile(command, *file, true);
 }
 
 }  // namespace tavro::tools

@@ -22,11 +22,9 @@ void logInAndTell(bool passwordFromStandardInput, Account& account, const Output
 
 void addLogin(CommandLine& commandLine) {
     const auto passwordFromStandardInput = std::make_shared<bool>(false);
-    CLI::App& command = commandLine.add(
-        "login", "Log in and keep the session for later commands",
-        "login --password-stdin < password.txt", [=](Account& account, const Output& output) {
-            logInAndTell(*passwordFromStandardInput, account, output);
-        });
+    CLI::App& command = commandLine.add("login", "Log in and keep the session for later commands",
+                                        "login --password-stdin < password.txt",
+                                        withOptions(logInAndTell, passwordFromStandardInput));
     addPasswordOption(command, *passwordFromStandardInput);
 }
 

@@ -15,6 +15,7 @@
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_folder.h"
 #include "tavroctl/plain_word.h"
+#include "tavroctl/shared_options.h"
 
 namespace fs = std::filesystem;
 
@@ -120,10 +121,10 @@ void logOut(bool confirmed, const Account& account, const Output& output) {
 
 void addLogout(CommandLine& commandLine) {
     const auto yes = std::make_shared<bool>(false);
-    commandLine
-        .add("logout", "Remove all local state of the account and its books", "logout",
-             [yes](const Account& account, const Output& output) { logOut(*yes, account, output); })
-        .add_flag("--yes", *yes, "Without asking first");
+    CLI::App& command =
+        commandLine.add("logout", "Remove all local state of the account and its books", "logout",
+                        withOptions(logOut, yes));
+    addFlag(command, "--yes", *yes, "Without asking first");
 }
 
 }  // namespace tavro::tools

@@ -2,6 +2,7 @@
 
 #include "account/account_requests.h"
 #include "tavroctl/command_line.h"
+#include "tavroctl/shared_options.h"
 
 namespace tavro::tools {
 
@@ -20,12 +21,9 @@ void registerAndTell(bool renew, Account& account, const Output& output) {
 
 void addRegister(CommandLine& commandLine) {
     const auto renew = std::make_shared<bool>(false);
-    commandLine
-        .add("register", "Register the device with the service", "register",
-             [renew](Account& account, const Output& output) {
-                 registerAndTell(*renew, account, output);
-             })
-        .add_flag("--renew", *renew, "Also if it is registered; ends the session");
+    CLI::App& command = commandLine.add("register", "Register the device with the service",
+                                        "register", withOptions(registerAndTell, renew));
+    addFlag(command, "--renew", *renew, "Also if it is registered; ends the session");
 }
 
 }  // namespace tavro::tools

@@ -24,9 +24,8 @@ void remind(std::string email, const Account& account, const Output& output) {
 
 void addRemind(CommandLine& commandLine) {
     const auto email = std::make_shared<std::string>();
-    CLI::App& command = commandLine.add(
-        "remind", "Have a password reminder sent", "remind ada@reader.example",
-        [email](const Account& account, const Output& output) { remind(*email, account, output); });
+    CLI::App& command = commandLine.add("remind", "Have a password reminder sent",
+                                        "remind ada@reader.example", withOptions(remind, email));
     addSendable(command, "EMAIL", *email, "Address (default: the configured one)");
 }
 

@@ -1,3 +1,4 @@
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 
@@ -81,10 +82,7 @@ void addReplace(CommandLine& commandLine) {
     const auto options = std::make_shared<Options>();
     CLI::App& command =
         commandLine.add("replace", "Replace a book's file and journal that for the service",
-                        "replace novel.epub corrected/novel-2.epub",
-                        [options](const Account& account, const Output& output) {
-                            replace(*options, account, output);
-                        });
+                        "replace novel.epub corrected/novel-2.epub", withOptions(replace, options));
     command.add_option("OLD", options->oldName, "A file of 'tavroctl map'")->required();
     command.add_option("NEW", options->newPath, "Path of the new file")->required();
     command.add_flag("--upload", options->upload,

@@ -27,9 +27,7 @@ void addSignup(CommandLine& commandLine) {
     const auto passwordFromStandardInput = std::make_shared<bool>(false);
     CLI::App& command =
         commandLine.add("signup", "Open an account with the configured e-mail address", "signup",
-                        [=](const Account& account, const Output& output) {
-                            signUp(*passwordFromStandardInput, account, output);
-                        });
+                        withOptions(signUp, passwordFromStandardInput));
     addPasswordOption(command, *passwordFromStandardInput);
 }
 

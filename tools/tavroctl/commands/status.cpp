@@ -65,7 +65,7 @@ void addStatus(CommandLine& commandLine) {
         "status novel.epub", [file](const Account& account, const Output& output) {
             file->empty() ? showStatus(account, output) : showFileStatus(*file, account, output);
         });
-    addFile(command, *file);
+    addFile(command, *file, false);
 }
 
 }  // namespace tavro::tools

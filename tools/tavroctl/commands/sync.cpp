@@ -8,6 +8,7 @@
 #include "tavro_client.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_folder.h"
+#include "tavroctl/shared_options.h"
 
 namespace tavro::tools {
 
@@ -37,13 +38,13 @@ void sync(const Account& account, const Output& output) {
 
 void addSync(CommandLine& commandLine) {
     const auto background = std::make_shared<bool>(false);
-    commandLine
-        .add("sync", "Fetch the catalogue", "sync --background",
-             [background](const Account& account, const Output& output) {
-                 *background ? syncInBackground(account, output) : sync(account, output);
-             })
-        .add_flag("--background", *background,
-                  "Start the device's synchronisation application instead: all in one round");
+    CLI::App& command =
+        commandLine.add("sync", "Fetch the catalogue", "sync --background",
+                        [background](const Account& account, const Output& output) {
+                            *background ? syncInBackground(account, output) : sync(account, output);
+                        });
+    addFlag(command, "--background", *background,
+            "Start the device's synchronisation application instead: all in one round");
 }
 
 }  // namespace tavro::tools
