@@ -41,7 +41,7 @@ std::pair<int, int> sizeOf(const std::string& text) {
                      std::to_string(largest_side));
 }
 
-/// The cover of the book file `path`, of at most the size that `options` have. Throws Failure.
+/// The cover of the book file `path`, of at most `size` pixels. Throws Failure.
 Bitmap coverOf(const Account& account, const std::string& path, std::pair<int, int> size) {
     const BookRecord known(account, path);
     Bitmap bitmap(
