@@ -1,46 +1,27 @@
-// What the device's applications have the library's client control do.
-
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
-#include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <optional>
 
 #include "account/account_lock.h"
+#include "account/failure.h"
 #include "account/journal_backup.h"
-#include "account/own_files.h"
-#include "console/quiet_library.h"
 #include "platform/device_paths.h"
-#include "session/account_keys.h"
 #include "tavro_client.h"
-#include "tavroctl/commands.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/device_folder.h"
+#include "tavroctl/plain_word.h"
+#include "tavroctl/shared_options.h"
 
 namespace fs = std::filesystem;
 
 namespace tavro::tools {
 
 namespace {
-
-/// Sees that the application `path` can be started. Throws Failure.
-void requireApplication(const char* path) {
-    std::error_code missing;
-    if (!fs::is_regular_file(path, missing) || ::access(path, X_OK) != 0)
-        throw Failure(std::string("there is no application ") + path,
-                      "lay the device root out with scripts/device-root");
-}
-
-/// Waits until the started program has ended. Whoever takes its status, this does not.
-void waitForProgram() {
-    siginfo_t ended{};
-    while (::waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR)
-        continue;
-}
 
 /// What lies directly in `folder`, apart from what `isMeant` turns down.
 template <typename Filter>
@@ -113,62 +94,15 @@ void requireGone(const Account& account, const std::string& folder) {
                       "check its permissions and remove them");
 }
 
-}  // namespace
-
-void requireDevicesFolder(const Arguments& arguments) {
-    const fs::path own = device_paths::configuration_folder;
-    const fs::path given = Account(arguments.folder).folder();
-    if (given.lexically_normal() != own.lexically_normal())
-        throw UsageError("this command works on the device's own configuration folder only, " +
-                         own.string() + ": leave --config out");
-}
-
-bool isPlainWord(const std::string& text) {
-    return std::all_of(text.begin(), text.end(), [](unsigned char character) {
-        return (character < 0x80 && std::isalnum(character) != 0) ||
-               std::string_view(device_paths::plain_punctuation)
-                       .find(static_cast<char>(character)) != std::string_view::npos;
-    });
-}
-
-void syncInBackground(const Arguments& arguments, const Output& output) {
-    requireDevicesFolder(arguments);
-    requireApplication(device_paths::sync_application);
-    TavroClient().StartSync();
-    const std::string log = Account(arguments.folder).file(own_files::sync_log);
-    output.result({{"started", true}, {"log", log}},
-                  "The synchronisation has started; what it does stands in " + log);
-}
-
-void wizard(const Arguments& arguments, const Output& output) {
-    requireDevicesFolder(arguments);
-    requireApplication(device_paths::wizard_application);
-    std::optional<QuietLibrary> divertedFromResult;
-    if (arguments.json)
-        divertedFromResult.emplace(output, true);
-    std::signal(SIGINT, [](int) {});  // Ctrl-C is for the wizard, in which this handler is reset
-    TavroClient client;
-    if (client.StartLoginWizard() < 0)
-        throw Failure("the login wizard cannot be started",
-                      "lay the device root out with scripts/device-root again");
-    waitForProgram();
-    if (!client.IsLoggedIn())
-        throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
-    const std::string email = Account(arguments.folder).value(account_keys::email);
-    output.result({{"loggedIn", true}, {"account", email}},
-                  "Logged in as " + displayable(email) + ".");
-}
-
-void logOut(const Arguments& arguments, const Output& output) {
-    requireDevicesFolder(arguments);
-    const Account account(arguments.folder);
+void logOut(bool confirmed, const Account& account, const Output& output) {
+    requireDevicesFolder(account);
     const std::string folder = account.downloadFolder();
     requirePlainFolder(folder,
                        "move the books to a folder with a plain name and name that with 'tavroctl "
                        "setup --folder'");
     requirePlainFolder(account.folder(), "build with a TAVRO_DEVICE_ROOT that has a plain name");
     const std::size_t files = namesIn(folder, goesAtLogOut).size();
-    if (!arguments.yes)
+    if (!confirmed)
         confirmLogOut(output, whatGoes(account, files));
     logOutNow(account);
     requireGone(account, folder);
@@ -181,6 +115,16 @@ void logOut(const Arguments& arguments, const Output& output) {
                       (folder.empty() ? "."
                                       : ", and " + std::to_string(files) + " files of " + folder +
                                             ", where " + rest + " stays."));
+}
+
+}  // namespace
+
+void addLogout(CommandLine& commandLine) {
+    const auto yes = std::make_shared<bool>(false);
+    CLI::App& command =
+        commandLine.add("logout", "Remove all local state of the account and its books", "logout",
+                        withOptions(logOut, yes));
+    addFlag(command, "--yes", *yes, "Without asking first");
 }
 
 }  // namespace tavro::tools

@@ -1,13 +1,20 @@
 #include <lectern.h>
 
-#include <cstdlib>
+#include <CLI/CLI.hpp>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <regex>
 
+#include "account/failure.h"
 #include "platform/device_paths.h"
+#include "server/built_in_settings.h"
+#include "server/connection_keys.h"
 #include "session/account_keys.h"
-#include "tavroctl/commands.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/plain_word.h"
+#include "tavroctl/service_url.h"
+#include "tavroctl/shared_options.h"
 #include "tavroserver.h"
 
 namespace fs = std::filesystem;
@@ -17,6 +24,11 @@ namespace tavro::tools {
 namespace {
 
 constexpr int highest_port = 65535;
+
+struct Options {
+    std::string service;
+    Settings settings;  ///< those not given are empty
+};
 
 /// A serial number that no second device folder is likely to get.
 std::string newSerialNumber() {
@@ -77,9 +89,12 @@ Settings serverSettings(const std::string& address) {
                          "' is no service address: it is http://HOST or http://HOST:PORT, and "
                          "nothing else (the device speaks plain HTTP only)");
     const std::string host = "http://" + match[1].str();
-    return {{"baseApiUrl", host + "/IOSCloudManagement.svc/"}, {"apiPort", port},
-            {"uploadUrl", host + "/UploadContent.aspx"},       {"uploadPort", port},
-            {"downloadUrl", host + "/DownloadContent.aspx"},   {"downloadPort", port}};
+    return {{connection_keys::base_api_url, host + service_paths::device_api},
+            {connection_keys::api_port, port},
+            {connection_keys::upload_url, host + service_paths::upload},
+            {connection_keys::upload_port, port},
+            {connection_keys::download_url, host + service_paths::download},
+            {connection_keys::download_port, port}};
 }
 
 /// Writes `settings` into the device's server-settings file and sees that the library takes them.
@@ -88,21 +103,17 @@ void storeServerSettings(const Settings& settings) {
     fs::create_directories(file.parent_path());
     storeSettings(file, settings);
     const TavroServer reader("");
-    if (TavroServer::baseApiUrl != settings.at("baseApiUrl"))
+    if (TavroServer::baseApiUrl != settings.at(connection_keys::base_api_url))
         throw Failure("the library does not read " + file.string() +
                           " on a device with partner code " +
                           std::to_string(GetCustomizedPartner()),
                       "take partner code 12 or 16");
 }
 
-}  // namespace
-
-void setUp(const Arguments& arguments, const Output& output) {
-    Account account(arguments.folder);
-    const Settings settings = completed(account, arguments.settings);
-    if (!arguments.service.empty())
-        storeServerSettings(serverSettings(arguments.service));
-    const TavroServer reader("");  // loads the address for the report below
+void setUp(const Options& options, Account& account, const Output& output) {
+    const Settings settings = completed(account, options.settings);
+    if (!options.service.empty())
+        storeServerSettings(serverSettings(options.service));
 
     fs::create_directories(account.folder());
     const std::string formerEmail = account.value(account_keys::email);
@@ -116,6 +127,28 @@ void setUp(const Arguments& arguments, const Output& output) {
                     {"serialNumber", account.value(account_keys::serial_number)},
                     {"email", account.value(account_keys::email)},
                     {"service", serviceUrl()}});
+}
+
+}  // namespace
+
+void addSetup(CommandLine& commandLine) {
+    const auto options = std::make_shared<Options>();
+    CLI::App& command =
+        commandLine.add("setup", "Write the account configuration, keeping what it holds",
+                        "setup --service http://127.0.0.1:8080 --email ada@reader.example",
+                        withOptions(setUp, options));
+    command.add_option("--service", options->service, "The service, as http://HOST:PORT");
+    const auto add = [&](const char* name, const char* key, const char* description) {
+        addSendable(command, name, options->settings[key], description);
+    };
+    add("--email", account_keys::email, "E-mail address of the account");
+    add("--first-name", account_keys::first_name, "First name, sent by signup");
+    add("--last-name", account_keys::last_name, "Last name, sent by signup");
+    add("--serial", account_keys::serial_number, "Serial number (default: a random one)");
+    add("--consumer", account_keys::consumer_id, "Consumer ID sent at registration");
+    add("--type", account_keys::device_type, "Device type sent at registration");
+    command.add_option("--folder", options->settings[account_keys::download_folder],
+                       "Folder of the downloaded books");
 }
 
 }  // namespace tavro::tools
