@@ -75,7 +75,7 @@ It is the administrator's until handed over; see tavroctl(1).")
     if(CMAKE_CROSSCOMPILING)
         set(CPACK_DEBIAN_DESKTOP_PACKAGE_SHLIBDEPS OFF)
         string(APPEND CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS ", libcpp-httplib0.11, libcrypt1, "
-            "libpng16-16, libpugixml1v5, libsqlite3-0, libturbojpeg0, libzip4")
+            "libpng16-16, libpugixml1v5, libsqlite3-0, libturbojpeg0, libxxhash0, libzip4")
     endif()
 endif()
 

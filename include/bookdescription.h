@@ -30,16 +30,21 @@ public:
     /// Makes a malformed record: no fields, every field reads as empty.
     BookDescription() = default;
 
-    /// Copies `fields` if there are exactly `FieldCount` of them; otherwise the record is
-    /// malformed (no fields).
+    /// Makes a record of copies; it is malformed (no fields) unless there are exactly `FieldCount`.
+    ///
+    /// @param fields the texts, in the order of `Field`.
     explicit BookDescription(const std::vector<std::string>& fields);
 
-    /// Replaces the fields if exactly `FieldCount` are given and returns true; otherwise returns
-    /// false and leaves the record as it was.
+    /// Replaces the fields if exactly `FieldCount` are given.
+    ///
+    /// @param fields the texts, in the order of `Field`; they are copied.
+    /// @return true, or false with the record as it was for any other number of fields.
     bool setData(const std::vector<std::string>& fields);
 
-    /// Returns the field at `index` of a well-formed record, `emptyString` of a malformed one or
-    /// for an index past the last field. The reference lives as long as the record is unchanged.
+    /// Reads one field. The reference lives as long as the record is unchanged.
+    ///
+    /// @param index position of the field, a `Field`.
+    /// @return the field; `emptyString` in a malformed record or for an index past the last field.
     const std::string& field(std::size_t index) const;
 
     /// The fields: exactly `FieldCount` of them in a well-formed record.

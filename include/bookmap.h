@@ -12,19 +12,25 @@
 /// time within a process. docs/file-formats.md shows the file's bytes.
 class [[gnu::visibility("default")]] BookMap {
 public:
-    /// Records that the book file `path` belongs to the item `id`, replacing an earlier item of
-    /// the same file.
+    /// Records that a book file belongs to an item, replacing an earlier item of the same file.
+    ///
+    /// @param path the book file, relative to the sync folder.
+    /// @param id item ID.
     void Add(const std::string& path, int id);
 
-    /// Forgets the book file `path`; nothing changes if it is not known.
+    /// Forgets a book file.
+    ///
+    /// @param path the book file, relative to the sync folder; nothing changes if it is not known.
     void Remove(const std::string& path);
 
-    /// Loads the file and returns item ids by book file. Valid until the next operation; copy it
-    /// to keep it.
+    /// Loads the file.
+    ///
+    /// @return item IDs by book file. Valid until the next operation; copy it to keep it.
     const std::map<std::string, int>& GetBookMap();
 
-    /// Loads the file and returns book files by item id. Of several files with the same id, the
-    /// last one in byte order is kept.
+    /// Loads the file.
+    ///
+    /// @return book files by item ID; of several with the same ID the last one in byte order.
     std::map<int, std::string> GetIdMap();
 
     /// Opens the file, creating it if missing, and waits for its lock.
@@ -43,13 +49,15 @@ public:
     int loadMapInt();
 
     /// Rewrites the open, locked file from `bookMap`, records in ascending order of path. Writes
-    /// are not checked. @return 0, or -1 when no file is open.
+    /// are not checked.
+    ///
+    /// @return 0, or -1 when no file is open.
     int saveMapInt();
 
-    /// Item ids by book file name, as last loaded or changed.
+    /// Item IDs by book file name, as last loaded or changed.
     std::map<std::string, int> bookMap;
 
-    /// Book file names by item id; made from the file at each load, never written.
+    /// Book file names by item ID; made from the file at each load, never written.
     std::map<int, std::string> idMap;
 
     /// Descriptor of the open, locked file, or -1.

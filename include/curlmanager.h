@@ -33,45 +33,72 @@ public:
     CurlManager(const CurlManager&) = delete;
     CurlManager& operator=(const CurlManager&) = delete;
 
-    /// Posts the XML text `params` to `url` on `port` and collects the answer in
-    /// `responseBuffer`. The whole transfer may take 60 seconds at most.
+    /// Posts an XML text and collects the answer in `responseBuffer`. The whole transfer may take
+    /// 60 seconds at most.
     ///
+    /// @param url where to.
+    /// @param port TCP port, which wins over one in `url`.
+    /// @param params the XML text, sent as it is.
     /// @return always the empty text; the answer is in `responseBuffer` only.
     std::string sendRequest(const std::string& url, int port, const std::string& params);
 
-    /// Posts `fields` as a form to `url` on `port` and streams the answer's body into
-    /// `dir` + "/" + NAME + ".downloading", where NAME is what a "filename=" header announced, to
-    /// the byte (quotes, further parameters and folders stay part of it). Without such a header
-    /// nothing is written. There is no time limit.
+    /// Posts a form and streams the answer's body into `dir` + "/" + NAME + ".downloading", where
+    /// NAME is what a "filename=" header announced, to the byte (quotes, further parameters and
+    /// folders stay part of it). Without such a header nothing is written. There is no time limit.
     ///
     /// When the transfer fails, the file `dir` + "/" + NAME is removed and the partial file stays.
     ///
+    /// @param url where to.
+    /// @param port TCP port, which wins over one in `url`.
+    /// @param fields the form.
+    /// @param dir the folder, without a trailing "/".
     /// @param ignored not used.
     /// @return `downloadFileName`: NAME, or empty when nothing was announced or the body did not
     ///     reach the partial file whole. Valid until the next download of this object.
     const std::string& downloadFile(const std::string& url, int port, const FormFields& fields,
                                     const std::string& dir, const std::string& ignored);
 
-    /// Posts `fields` and then the file at `filePath` (part "file", type text/plain) as a
-    /// multipart form to `url` on `port`. The file is streamed. The answer lands in
-    /// `responseBuffer`; it stays empty when the file cannot be read or the server cannot be
-    /// reached. There is no time limit.
+    /// Posts a multipart form of fields and then a file (part "file", type text/plain), which is
+    /// streamed. The answer lands in `responseBuffer`; it stays empty when the file cannot be read
+    /// or the server cannot be reached. There is no time limit.
+    ///
+    /// @param url where to.
+    /// @param port TCP port, which wins over one in `url`.
+    /// @param fields the form's fields before the file.
+    /// @param filePath the file.
     void uploadFile(const std::string& url, int port, const FormFields& fields,
                     const std::string& filePath);
 
-    /// libcurl's body callback of requests and uploads: appends `size` * `count` bytes to the
-    /// `responseBuffer` of `manager` and returns their number; 0 for no bytes, and (which makes
-    /// libcurl give up) for a null manager.
+    /// libcurl's body callback of requests and uploads: appends to `responseBuffer`.
+    ///
+    /// @param data the bytes, not zero-terminated.
+    /// @param size bytes in an item.
+    /// @param count number of items.
+    /// @param manager the object, as set with `CURLOPT_WRITEDATA`.
+    /// @return number of bytes taken; 0 for no bytes, and (which makes libcurl give up) for a null
+    ///     `manager`.
     static std::size_t write_callback(char* data, std::size_t size, std::size_t count,
                                       void* manager);
 
-    /// libcurl's body callback of downloads: writes to `downloadStream` and returns the number of
-    /// items written; 0 (which makes libcurl give up) for a null manager or without a stream.
+    /// libcurl's body callback of downloads: writes to `downloadStream`.
+    ///
+    /// @param data the bytes, not zero-terminated.
+    /// @param size bytes in an item.
+    /// @param count number of items.
+    /// @param manager the object, as set with `CURLOPT_WRITEDATA`.
+    /// @return number of items written; 0 (which makes libcurl give up) for a null `manager` or
+    ///     without a stream.
     static std::size_t write_download(char* data, std::size_t size, std::size_t count,
                                       void* manager);
 
     /// libcurl's header callback of downloads: takes the file name out of a "filename=" line and
-    /// opens the partial file. Returns the number of bytes taken, 0 for a null manager.
+    /// opens the partial file.
+    ///
+    /// @param data one header line with its line end, not zero-terminated.
+    /// @param size bytes in an item.
+    /// @param count number of items.
+    /// @param manager the object, as set with `CURLOPT_HEADERDATA`.
+    /// @return number of bytes taken; 0 (which makes libcurl give up) for a null `manager`.
     static std::size_t write_header(char* data, std::size_t size, std::size_t count, void* manager);
 
     /// The handle, reset and reused for every transfer.

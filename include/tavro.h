@@ -20,13 +20,15 @@
 /// operations block the calling thread. An object is used by one thread at a time.
 class [[gnu::visibility("default")]] Tavro {
 public:
-    // Names of the files in the configuration folder.
+    /// @name Names of the files in the configuration folder
+    /// @{
     static const char* const config_file;     ///< account configuration, never written here
     static const char* const token_file;      ///< device token, raw bytes
     static const char* const tavro_password;  ///< password store
     static const char* const list_file;       ///< book map
     static const char* const tavro_books;     ///< last catalogue answer, raw bytes
     static const char* const journal_file;    ///< sync journal
+    /// @}
 
     /// Starts up the platform library for this process.
     Tavro();
@@ -36,103 +38,141 @@ public:
     Tavro(const Tavro&) = delete;
     Tavro& operator=(const Tavro&) = delete;
 
-    /// Reads the account configuration of the folder `configDir`, makes the service object, and
-    /// takes the device token from the folder, registering the device (one blocking request) only
-    /// if no token is stored there. `configDir` is named without a trailing "/", and must exist
-    /// and be writable.
+    /// Reads the account configuration, makes the service object, and takes the device token from
+    /// the configuration folder, registering the device (one blocking request) only if no token is
+    /// stored there.
     ///
+    /// @param configDir the configuration folder, without a trailing "/"; must exist and be
+    ///     writable.
     /// @return true when the session has a device token; false when the configuration cannot be
     ///     opened or is incomplete (there is no service object then, unless an earlier `init` made
     ///     one) or the registration failed (see `lastError`).
     bool init(const std::string& configDir);
 
-    /// Reads the account configuration of the folder `configDir` into this object.
+    /// Reads the account configuration into this object.
     ///
+    /// @param configDir the configuration folder, without a trailing "/".
     /// @return true when it holds a serial number, consumer ID, consumer password, device type and
     ///     download folder; nothing has changed if the file could not be opened.
     bool readConfig(const std::string& configDir);
 
-    /// Device token, session ID, vendor token and vendor ID; empty before `init`. The reference is
-    /// valid as long as the session and may change with the next request.
-    const std::string& deviceToken() const;
-    const std::string& sessionID() const;
-    const std::string& vendorToken() const;
-    const std::string& vendorID() const;
+    /// @name What the service has given
+    /// Empty before `init`. A reference is valid as long as the session, and its text may change
+    /// with the next request.
+    /// @{
 
-    /// The service's result code of the last request; empty before `init` and when no readable
-    /// answer came.
+    /// @return the device token.
+    const std::string& deviceToken() const;
+
+    /// @return the session ID.
+    const std::string& sessionID() const;
+
+    /// @return the vendor token.
+    const std::string& vendorToken() const;
+
+    /// @return the vendor ID.
+    const std::string& vendorID() const;
+    /// @}
+
+    /// @return the service's result code of the last request; empty before `init` and when no
+    ///     readable answer came.
     std::string lastError() const;
 
     /// Fetches the shop's details for `getShopUrl`, `getShopName` and `getShopLicenseUrl`. Needs
-    /// no device token. @return whether `TavroServer::getShopInfo` returned 0; false before `init`.
+    /// no device token.
+    ///
+    /// @param consumerID the service consumer's identifier, as in the account configuration.
+    /// @param consumerPassword the password that goes with it.
+    /// @param deviceType type of the device.
+    /// @return whether `TavroServer::getShopInfo` returned 0; false before `init`.
     bool getShopInfo(const std::string& consumerID, const std::string& consumerPassword,
                      const std::string& deviceType);
 
-    /// The shop's address; empty before `getShopInfo`.
+    /// @return the shop's address; empty before `getShopInfo`.
     const std::string& getShopUrl() const;
 
-    /// Link to the shop's terms, or their text where the service sends it; empty before
-    /// `getShopInfo`.
+    /// @return link to the shop's terms, or their text where the service sends it; empty before
+    ///     `getShopInfo`.
     const std::string& getShopLicenseUrl() const;
 
-    /// The shop's name, the configured default where the service gave none; empty before `init`.
+    /// @return the shop's name, the configured default where the service gave none; empty before
+    ///     `init`.
     const std::string& getShopName() const;
 
     /// Opens an account with the configured e-mail address and names. The password is stored in
     /// the password store whatever the service says. Needs a device token.
+    ///
+    /// @param password the new account's password.
     /// @return whether the service opened the account; `lastError` has its code.
     bool createUser(const std::string& password);
 
-    /// Logs in with the configured e-mail address. An empty password stands for the stored one,
-    /// and false is returned if that is empty too. The argument as given, even the empty text,
-    /// replaces the stored password. Needs a device token. Writes "Can't login" to the standard
-    /// error stream when the login fails. @return whether the session has a session ID now.
+    /// Logs in with the configured e-mail address. Needs a device token. Writes "Can't login" to
+    /// the standard error stream when the login fails.
+    ///
+    /// @param password an empty one stands for the stored one. The argument as given, even the
+    ///     empty text, replaces the stored password.
+    /// @return whether the session has a session ID now; false if the stored password was needed
+    ///     and is empty too.
     bool login(const std::string& password);
 
-    /// Asks the service to send a password reminder to `email`. Needs a device token. Writes
-    /// "Can't forget password" to the standard error stream when that fails.
+    /// Asks the service to send a password reminder. Needs a device token. Writes "Can't forget
+    /// password" to the standard error stream when that fails.
+    ///
+    /// @param email address of the account.
     /// @return whether the service sent it.
     bool forgetPassword(const std::string& email);
 
     /// Fetches the catalogue, writes the answer to the standard error stream and saves it. Needs a
     /// session.
+    ///
     /// @return true when a readable answer was saved, even one that was cut or that refuses:
     ///     `lastError` has the service's code, "1003" for success.
     bool syncServer();
 
-    /// Saves the catalogue answer `data` byte for byte, replacing the saved one.
+    /// Saves a catalogue answer byte for byte, replacing the saved one.
+    ///
+    /// @param data the answer.
     void writeXML(const std::vector<char>& data);
 
-    /// The user's books: those of this object's last sync if there were any, otherwise those of
-    /// the saved catalogue, which is parsed again only after it has changed. Empty when there is
-    /// none. Valid until this object's next call of this function, sync or upload; a download
-    /// leaves it valid.
+    /// Looks the user's books up: those of this object's last sync if there were any, otherwise
+    /// those of the saved catalogue, which is parsed again only after it has changed.
+    ///
+    /// @return the books, empty when there is no catalogue. Valid until this object's next call of
+    ///     this function, sync or upload; a download leaves it valid.
     const std::vector<BookDescription>& getAddedBooks() const;
 
-    /// Item ids by book file name (relative to the download folder). Waits for the book map's
-    /// lock.
+    /// Reads the book map. Waits for its lock.
+    ///
+    /// @return item IDs by book file name (relative to the download folder).
     std::map<std::string, int> GetBooks();
 
-    /// Book file names by item id. Waits for the book map's lock.
+    /// Reads the book map. Waits for its lock.
+    ///
+    /// @return book file names (relative to the download folder) by item ID.
     std::map<int, std::string> GetBooksIds();
 
-    /// Downloads `book` into the download folder under a name that no file there has, and records
+    /// Downloads a book into the download folder under a name that no file there has, and records
     /// it in the book map before it gets that name. Needs a session. When the transfer fails, a
     /// file that already has the announced name is removed, and the partial file stays.
     ///
+    /// @param book the book, of which the item ID counts.
     /// @return the file's name relative to the download folder, empty when nothing was downloaded.
     std::string downloadBook(const BookDescription& book);
 
-    /// Journals that the book file `oldPath` was replaced by the file `newPath` of the download
-    /// folder (only the part behind the last "/" of each counts), after trying to upload it if
-    /// `upload` is set: 5 attempts, with a pause of 5 seconds after each that fails. Needs a
-    /// session.
+    /// Journals that a book file of the download folder was replaced by another, after trying to
+    /// upload that if asked to: 5 attempts, with a pause of 5 seconds after each that fails. Needs
+    /// a session.
     ///
+    /// @param oldPath the replaced file; only the part behind the last "/" counts.
+    /// @param newPath the file that replaced it; likewise.
+    /// @param upload whether to try the upload.
     /// @return true when the change was journalled, uploaded or not; false when the book map does
     ///     not know the old name.
     bool updateACSM(const std::string& oldPath, const std::string& newPath, bool upload);
 
-    /// Replays the journal: see `syncJournal`. Needs a session. @return true when it ran.
+    /// Replays the journal: see `syncJournal`. Needs a session.
+    ///
+    /// @return true when it ran.
     bool syncDownloadFolder();
 
     /// Uploads every journalled change, newest first, with attempts and pauses as in `updateACSM`;

@@ -10,24 +10,30 @@
 /// the book map's, in `LogOut`.
 class [[gnu::visibility("default")]] TavroClient {
 public:
+    /// Makes an object that holds nothing. Touches no file.
     TavroClient();
 
-    /// The configuration folder of the account, as `Tavro::init` takes it. Checks nothing.
+    /// Checks nothing.
+    ///
+    /// @return the configuration folder of the account, as `Tavro::init` takes it.
     std::string GetProfile();
 
-    /// Whether an account is logged in: its login marker exists and is not empty.
+    /// @return whether an account is logged in: its login marker exists and is not empty.
     bool IsLoggedIn() const;
 
-    /// The folder of the downloaded books, as the account configuration has it; empty when it has
-    /// none or cannot be read.
+    /// @return the folder of the downloaded books, as the account configuration has it; empty when
+    ///     it has none or cannot be read.
     std::string GetSyncFolder();
 
-    /// Starts the synchronisation application and returns at once. @return always 0; an application
-    /// that cannot be started is logged by the child, which ends with status 127. Nobody waits for
-    /// the child.
+    /// Starts the synchronisation application and returns at once. Nobody waits for the child.
+    ///
+    /// @return always 0; an application that cannot be started is logged by the child, which ends
+    ///     with status 127.
     int StartSync();
 
-    /// Opens the login wizard. @return what the platform's `OpenBook` returns.
+    /// Opens the login wizard.
+    ///
+    /// @return what the platform's `OpenBook` returns.
     int StartLoginWizard();
 
     /// Removes all local state of the account: the downloaded books, the configuration folder, the

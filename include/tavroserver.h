@@ -19,8 +19,10 @@
 /// `LoadServerConnectionData` only. No lock is taken.
 class [[gnu::visibility("default")]] TavroServer {
 public:
-    // Connection settings, shared by all objects. They hold the built-in values until the first
-    // object on a device with partner code 12 or 16 is made.
+    /// @name Connection settings, shared by all objects
+    /// They hold the built-in values until the first object on a device with partner code 12 or 16
+    /// is made.
+    /// @{
     static std::string defaultshopName;  ///< shop name where the service gives none
     static std::string baseApiUrl;       ///< device API; method names are appended directly
     static std::string uploadUrl;        ///< content upload page
@@ -29,17 +31,22 @@ public:
     static int apiPort;                  ///< TCP port of `baseApiUrl`
     static int uploadPort;               ///< TCP port of `uploadUrl`
     static int downloadPort;             ///< TCP port of `downloadUrl`
+    /// @}
 
-    // Request bodies as printf formats; each "%s" is one value.
-    static const char* const registerDeviceRequest;
-    static const char* const createAccountRequest;
-    static const char* const loginUserRequest;
-    static const char* const forgetPasswordRequest;
-    static const char* const syncWithCloudRequest;
-    static const char* const getShopUrlRequest;
+    /// @name Request bodies
+    /// As printf formats; each "%s" is one value. The service spells the element names so.
+    /// @{
+    static const char* const registerDeviceRequest;  ///< of `RegisterDevice`
+    static const char* const createAccountRequest;   ///< of `CreateUser`
+    static const char* const loginUserRequest;       ///< of `loginUser`
+    static const char* const forgetPasswordRequest;  ///< of `forgetPassword`
+    static const char* const syncWithCloudRequest;   ///< of `syncWithCloud`
+    static const char* const getShopUrlRequest;      ///< of `getShopInfo`
+    /// @}
 
-    /// Makes the service object of the device with identifier (serial number) `deviceId` and loads
-    /// the connection settings. Sends nothing.
+    /// Makes the service object of a device and loads the connection settings. Sends nothing.
+    ///
+    /// @param deviceId identifier (serial number) of the device.
     explicit TavroServer(const std::string& deviceId);
 
     /// Frees the connection and the parser; sends nothing.
@@ -54,21 +61,33 @@ public:
 
     /// Registers the device and keeps the device token in `token`.
     ///
+    /// @param consumerID the service consumer's identifier, as in the account configuration.
+    /// @param consumerPassword the password that goes with it.
+    /// @param deviceType type of the device.
     /// @return 0 when the service answered with code "1003" and a token, otherwise 1.
     int RegisterDevice(const std::string& consumerID, const std::string& consumerPassword,
                        const std::string& deviceType);
 
-    /// Opens an account. @return 0 when the service answered with code "1003", otherwise 1.
+    /// Opens an account.
+    ///
+    /// @param email address of the account.
+    /// @param firstName of the reader.
+    /// @param lastName of the reader.
+    /// @param password the new account's password.
+    /// @return 0 when the service answered with code "1003", otherwise 1.
     int CreateUser(const std::string& email, const std::string& firstName,
                    const std::string& lastName, const std::string& password);
 
     /// Starts a session and fills `sessionId`, `vendorToken` and `vendorId`.
     ///
+    /// @param email address of the account.
+    /// @param password of the account.
     /// @return 0 when the service answered with code "1003" and a session, otherwise 1.
     int loginUser(const std::string& email, const std::string& password);
 
-    /// Asks the service to send a password reminder to `email`.
+    /// Asks the service to send a password reminder.
     ///
+    /// @param email address of the account.
     /// @return 0 when the service answered with code "1014" (this request's success), otherwise 1.
     int forgetPassword(const std::string& email);
 
@@ -76,6 +95,9 @@ public:
     /// `termsOfServiceUrl` and `termsOfServiceText`. Where the service sends the text of the terms,
     /// both terms members hold the text and the link is lost.
     ///
+    /// @param consumerID the service consumer's identifier, as in the account configuration.
+    /// @param consumerPassword the password that goes with it.
+    /// @param deviceType type of the device.
     /// @return 0 when the answer is empty, carries code "1003", or lacks the address, the name or
     ///     either terms value; 1 when it cannot be read, or is complete without code "1003".
     int getShopInfo(const std::string& consumerID, const std::string& consumerPassword,
@@ -87,26 +109,30 @@ public:
     /// @return 0 when a readable answer came, whatever its code in `lastError` says, otherwise 1.
     int syncWithCloud(const std::string& lastSyncTime);
 
-    /// Fetches the file of item `itemId` into the folder `destination`, under the name that the
-    /// service announces plus ".downloading". `lastError` and `lastMessage` stay as they were.
+    /// Fetches the file of an item, under the name that the service announces plus ".downloading".
+    /// `lastError` and `lastMessage` stay as they were.
     ///
+    /// @param itemId the service's item identifier.
+    /// @param destination folder to write into, without a trailing "/".
     /// @return the announced name, empty on failure. Valid until the next download.
     const std::string& downloadContent(const std::string& itemId, const std::string& destination);
 
-    /// Sends the file at `filePath` as the new content of item `itemId`.
+    /// Sends a file as the new content of an item.
     ///
+    /// @param itemId the service's item identifier.
+    /// @param filePath the file.
     /// @return 0 when the service answered with code "1003", otherwise 1.
     int uploadContent(const std::string& itemId, const std::string& filePath);
 
-    /// Books to be present on the device, as of the last parsed answer. Valid until the next
-    /// request of this object.
+    /// @return the books to be present on the device, as of the last parsed answer. Valid until
+    ///     the next request of this object.
     const std::vector<BookDescription>& getAddedBooks() const;
 
-    /// Books to be removed from the device; otherwise as `getAddedBooks`.
+    /// @return the books to be removed from the device; otherwise as `getAddedBooks`.
     const std::vector<BookDescription>& getDeletedBooks() const;
 
-    /// Raw bytes of the last answer, not zero-terminated. Valid until the next request of this
-    /// object.
+    /// @return raw bytes of the last answer, not zero-terminated. Valid until the next request of
+    ///     this object.
     const std::vector<char>& getLastXMLAnswer() const;
 
 private:
@@ -114,7 +140,9 @@ private:
     std::unique_ptr<XMLParser> parser;
 
 public:
-    // Values of the last answers. Each keeps its value until a request that sets it starts.
+    /// @name Values of the last answers
+    /// Each keeps its value until a request that sets it starts.
+    /// @{
     std::string lastMessage;         ///< explanation of the result
     std::string lastError;           ///< result code
     std::string deviceId;            ///< the device's identifier, as constructed
@@ -128,4 +156,5 @@ public:
     std::string termsOfServiceUrl;   ///< link to the terms, or their text
     std::string termsOfServiceText;  ///< text of the terms
     std::string shopName;            ///< the shop's name
+    /// @}
 };

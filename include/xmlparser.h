@@ -29,26 +29,41 @@ public:
     ///     over the one that the document declares; null leaves it to the document.
     void init(const char* encoding);
 
-    /// Reads a document of `length` bytes at `data`, which need not be zero-terminated and is not
-    /// kept. The end of the document is never demanded: a document cut short between two elements
-    /// is read without complaint, so that every complete book before the cut is kept.
+    /// Reads a document. Its end is never demanded: a document cut short between two elements is
+    /// read without complaint, so that every complete book before the cut is kept.
     ///
+    /// @param data the document, which need not be zero-terminated and is not kept.
+    /// @param length of the document in bytes.
     /// @return false when the document is not well-formed; what was read before the error stays.
     bool parse(const char* data, unsigned length);
 
-    // Expat's callbacks. `user` is the parser object; a call without one is ignored.
-
-    /// Notes that the element `name` has opened.
+    /// Expat's callback: notes that an element has opened.
+    ///
+    /// @param user the parser object; a call without one is ignored.
+    /// @param name of the element.
+    /// @param attributes not used.
     static void fStartElementHandler(void* user, const XML_Char* name, const XML_Char** attributes);
 
-    /// Closes the innermost open element and stores the book that it completes.
+    /// Expat's callback: closes the innermost open element and stores the book that it completes.
+    ///
+    /// @param user the parser object; a call without one is ignored.
+    /// @param name not used: the innermost open element is known.
     static void fEndElementHandler(void* user, const XML_Char* name);
 
-    /// Takes a piece of text of the innermost open element. Inside a book a field keeps only its
-    /// last piece; elsewhere the pieces add up.
+    /// Expat's callback: takes a piece of text of the innermost open element. Inside a book a field
+    /// keeps only its last piece; elsewhere the pieces add up.
+    ///
+    /// @param user the parser object; a call without one is ignored.
+    /// @param text UTF-8, not zero-terminated.
+    /// @param length of the text in bytes.
     static void fCharacterDataHandler(void* user, const XML_Char* text, int length);
 
-    /// Refuses every encoding that expat does not know: returns 0.
+    /// Expat's callback: refuses every encoding that Expat does not know.
+    ///
+    /// @param user not used.
+    /// @param name of the encoding; not used.
+    /// @param info not filled.
+    /// @return always 0, which ends the parsing.
     static int fUnknownEncodingHandler(void* user, const XML_Char* name, XML_Encoding* info);
 
 private:

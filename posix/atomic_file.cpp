@@ -39,7 +39,8 @@ void replaceFile(const std::string& path, std::string_view content, mode_t mode)
 }
 
 void replaceByCopy(const std::string& path, const std::string& source) {
-    const FileDescriptor original(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor original(
+        retryAfterSignal([&source] { return ::open(source.c_str(), O_RDONLY | O_CLOEXEC); }));
     if (!original)
         throwSystemError("cannot read", source);
     TemporaryFile replacement = replacementOf(path, modeOf(source, 0600));

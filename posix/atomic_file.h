@@ -15,7 +15,8 @@ inline constexpr std::string_view replacement_prefix = ".replacement-";
 // the old content or the new one and nothing between. They wait until the new one is on the disk,
 // and throw `std::system_error`, with the old content in place and no other file left behind.
 
-/// Makes `content` the whole content of the file `path`, which then has the permissions `mode`.
+/// Makes `content` the whole content of the file `path`, which then has the permissions `mode` and
+/// belongs to this process's user. A symbolic link is replaced, not followed.
 void replaceFile(const std::string& path, std::string_view content, mode_t mode = 0600);
 
 /// Makes the file `path` a copy of the file `source`, with its permissions.

@@ -6,7 +6,8 @@
 namespace posix {
 
 void throwSystemError(const std::string& operation, const std::string& path) {
-    throw std::system_error(errno, std::generic_category(), operation + " " + path);
+    const int cause = errno;  // before the text is made, which may change it
+    throw std::system_error(cause, std::generic_category(), operation + " " + path);
 }
 
 }  // namespace posix

@@ -40,9 +40,6 @@ TemporaryFile::~TemporaryFile() {
         ::unlink(path_.c_str());
 }
 
-TemporaryFile::TemporaryFile(TemporaryFile&& other) noexcept
-    : file_(std::move(other.file_)), path_(std::move(other.path_)) {}
-
 TemporaryFile& TemporaryFile::operator=(TemporaryFile&& other) noexcept {
     std::swap(file_, other.file_);
     std::swap(path_, other.path_);

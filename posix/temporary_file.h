@@ -22,7 +22,7 @@ public:
     explicit TemporaryFile(const std::string& beginning);
 
     ~TemporaryFile();
-    TemporaryFile(TemporaryFile&& other) noexcept;
+    TemporaryFile(TemporaryFile&& other) noexcept = default;
     TemporaryFile& operator=(TemporaryFile&& other) noexcept;
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;

@@ -3,14 +3,14 @@
 #include <turbojpeg.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 
 #include "lectern_host.h"
 #include "support/temporary_folder.h"
 
-using testing::ElementsAre;
+using testing::DoubleNear;
+using testing::ElementsAreArray;
 using testing::Pointwise;
 using namespace std::string_literals;
 
@@ -20,30 +20,27 @@ namespace {
 struct Picture {
     long width = 0;
     long height = 0;
-    std::vector<int> pixels;
+    std::vector<int> pixels = {};
+
+    bool operator==(const Picture& other) const {
+        return width == other.width && height == other.height && pixels == other.pixels;
+    }
 };
-
-bool operator==(const Picture& a, const Picture& b) {
-    return a.width == b.width && a.height == b.height && a.pixels == b.pixels;
-}
-
-Picture taken(LecternBitmap* bitmap) {
-    const std::unique_ptr<LecternBitmap, decltype(&std::free)> owner(bitmap, std::free);
-    if (bitmap == nullptr)
-        return {};
-    EXPECT_EQ(bitmap->depth, 8);
-    EXPECT_EQ(bitmap->row_bytes, bitmap->width);
-    const long width = bitmap->width;
-    const long height = bitmap->height;
-    const unsigned char* const first = LecternBitmapPixels(bitmap);
-    return {width, height, {first, first + width * height}};
-}
 
 class Images : public testing::Test {
 protected:
     const char* file(const std::string& content) const {
         writeFile(path_, content);
         return path_.c_str();
+    }
+    static Picture taken(LecternBitmap* bitmap) {
+        const std::unique_ptr<LecternBitmap, decltype(&std::free)> owner(bitmap, std::free);
+        if (bitmap == nullptr)
+            return {};
+        EXPECT_EQ(bitmap->depth, 8);
+        EXPECT_EQ(bitmap->row_bytes, bitmap->width);
+        const unsigned char* const first = LecternBitmapPixels(bitmap);
+        return {bitmap->width, bitmap->height, {first, first + bitmap->width * bitmap->height}};
     }
     Picture jpeg(const std::string& content, int width, int height, int proportional = 1,
                  int brightness = 100, int contrast = 100) const {
@@ -68,9 +65,8 @@ std::string jpegFile(int width, int height, const std::string& grey, int flags =
     EXPECT_EQ(tjCompress2(encoder.get(), reinterpret_cast<const unsigned char*>(colours.data()),
                           width, 0, height, TJPF_RGB, &bytes, &size, TJSAMP_420, 95, flags),
               0);
-    std::string file(reinterpret_cast<const char*>(bytes), size);
-    tjFree(bytes);
-    return file;
+    const std::unique_ptr<unsigned char, decltype(&tjFree)> owner(bytes, tjFree);
+    return {reinterpret_cast<const char*>(bytes), size};
 }
 
 std::string pngFile(unsigned width, unsigned height, unsigned format, const std::string& pixels) {
@@ -93,23 +89,14 @@ std::string little(std::size_t size, std::int64_t number) {
     return bytes;
 }
 
-struct Bmp {
-    int depth;
-    std::string rows;  // in the order of the file, with padding
-    std::string palette = {};
-    int width = 3;
-    int height = 2;
-    int compression = 0;
-    int colours = 0;
-
-    std::string file() const {
-        const std::size_t offset = 54 + palette.size();
-        return "BM" + little(8, 0) + little(4, static_cast<std::int64_t>(offset)) + little(4, 40) +
-               little(4, width) + little(4, height) + little(2, 1) + little(2, depth) +
-               little(4, compression) + std::string(12, '\0') + little(4, colours) + little(4, 0) +
-               palette + rows;
-    }
-};
+/// 3 x 2 pixels; `rows` in the order of the file, with padding.
+std::string bmpFile(int depth, const std::string& rows, const std::string& palette = "",
+                    int height = 2, int compression = 0, int colours = 0) {
+    const auto offset = static_cast<std::int64_t>(54 + palette.size());
+    return "BM" + little(8, 0) + little(4, offset) + little(4, 40) + little(4, 3) +
+           little(4, height) + little(2, 1) + little(2, depth) + little(4, compression) +
+           std::string(12, '\0') + little(4, colours) + little(4, 0) + palette + rows;
+}
 
 /// 64 x 32 pixels: 20 and 90 in the upper quarters, 160 and 240 in the lower ones.
 std::string quarters() {
@@ -129,54 +116,48 @@ std::vector<int> middles(const Picture& picture) {
     return result;
 }
 
-MATCHER(Near, "") {
-    return std::abs(std::get<0>(arg) - std::get<1>(arg)) <= 3;
-}
-
 const std::string four_greys("\0\0\0\0\x32\x32\x32\0\x64\x64\x64\0\xff\xff\xff\0", 16);
-const Bmp four_bit{4, "\x32\x10\0\0\x12\x30\0\0"s, four_greys, 3, 2, 0, 4};
+const std::string four_bit = bmpFile(4, "\x32\x10\0\0\x12\x30\0\0"s, four_greys, 2, 0, 4);
 
 }  // namespace
 
-TEST_F(Images, JpegIsUprightAndFitsTheFrame) {
+TEST_F(Images, JpegFitsTheFrameUprightInTheBrightnessAndContrastAskedFor) {
     struct Case {
         int frameWidth, frameHeight, proportional, width, height;
+        int brightness = 100;
+        int contrast = 100;
+        std::vector<int> greys = {20, 90, 160, 240};
     };
     for (const int flags : {0, TJFLAG_PROGRESSIVE}) {
         const std::string content = jpegFile(64, 32, quarters(), flags);
-        for (const Case& c : {Case{32, 32, 1, 32, 16}, Case{99, 5, 1, 10, 5}, Case{8, 32, 0, 8, 32},
-                              Case{200, 150, 1, 200, 100}, Case{64, 32, 1, 64, 32}}) {
-            const Picture picture = jpeg(content, c.frameWidth, c.frameHeight, c.proportional);
+        for (const Case& c : {Case{32, 32, 1, 32, 16},
+                              {99, 5, 1, 10, 5},
+                              {8, 32, 0, 8, 32},
+                              {200, 150, 1, 200, 100},
+                              {64, 32, 1, 64, 32, 50, 100, {10, 45, 80, 120}},
+                              {64, 32, 1, 64, 32, 200, 100, {40, 180, 255, 255}},
+                              {64, 32, 1, 64, 32, 100, 50, {74, 109, 144, 184}},
+                              {64, 32, 1, 64, 32, 100, 200, {0, 52, 192, 255}},
+                              {64, 32, 1, 64, 32, 96, 105, {14, 85, 155, 236}},
+                              {64, 32, 1, 64, 32, -5, 100, {0, 0, 0, 0}}}) {
+            const Picture picture = jpeg(content, c.frameWidth, c.frameHeight, c.proportional,
+                                         c.brightness, c.contrast);
             EXPECT_EQ(picture.width, c.width);
             ASSERT_EQ(picture.height, c.height);
-            EXPECT_THAT(middles(picture), Pointwise(Near(), {20, 90, 160, 240}));
+            EXPECT_THAT(middles(picture), Pointwise(DoubleNear(3), c.greys));
         }
         EXPECT_EQ(jpeg(content, 1, 1).height, 1) << "no side may vanish";
     }
 }
 
-TEST_F(Images, BrightnessAndContrastArePercent) {
-    const std::string content = jpegFile(64, 32, quarters());
-    const auto middlesWith = [&](int brightness, int contrast) {
-        return middles(jpeg(content, 64, 32, 1, brightness, contrast));
-    };
-    EXPECT_THAT(middlesWith(50, 100), Pointwise(Near(), {10, 45, 80, 120}));
-    EXPECT_THAT(middlesWith(200, 100), Pointwise(Near(), {40, 180, 255, 255}));
-    EXPECT_THAT(middlesWith(100, 50), Pointwise(Near(), {74, 109, 144, 184}));
-    EXPECT_THAT(middlesWith(100, 200), Pointwise(Near(), {0, 52, 192, 255}));
-    EXPECT_THAT(middlesWith(96, 105), Pointwise(Near(), {14, 85, 155, 236}));
-    EXPECT_THAT(middlesWith(-5, 100), Pointwise(Near(), {0, 0, 0, 0}));
-}
-
-TEST_F(Images, PngIsStretchedAndTransparencyShowsWhite) {
-    const std::string content =
+TEST_F(Images, PngIsStretchedToMeansAndTransparencyShowsWhite) {
+    const std::string colours =
         pngFile(2, 2, PNG_FORMAT_RGBA, "\xff\0\0\xff\0\0\0\x80\0\0\0\0\x0a\x0a\x0a\xff"s);
-    EXPECT_THAT(png(content, 2, 2).pixels, ElementsAre(76, 127, 255, 10));
-    EXPECT_THAT(png(content, 4, 2).pixels, ElementsAre(76, 76, 127, 127, 255, 255, 10, 10));
-    EXPECT_THAT(png(content, 1, 3).pixels, ElementsAre(102, 117, 133))
-        << "means of what is covered";
     const std::string row = pngFile(3, 1, PNG_FORMAT_GRAY, "\0\x5a\xf0"s);
-    EXPECT_THAT(png(row, 2, 1).pixels, ElementsAre(30, 190));
+    EXPECT_EQ(png(colours, 2, 2), (Picture{2, 2, {76, 127, 255, 10}}));
+    EXPECT_EQ(png(colours, 4, 2), (Picture{4, 2, {76, 76, 127, 127, 255, 255, 10, 10}}));
+    EXPECT_EQ(png(colours, 1, 3), (Picture{1, 3, {102, 117, 133}}));
+    EXPECT_EQ(png(row, 2, 1), (Picture{2, 1, {30, 190}}));
 }
 
 TEST_F(Images, BitmapsOfEveryDepthAreUprightInTheirOwnSize) {
@@ -189,20 +170,17 @@ TEST_F(Images, BitmapsOfEveryDepthAreUprightInTheirOwnSize) {
     const std::string masks = "\0\0\xff\0\0\xff\0\0\xff\0\0\0"s;
     const std::vector<int> colours = {76, 150, 29, 100, 255, 0};
     const std::vector<int> greys = {50, 100, 255, 255, 100, 50};
-    const std::pair<Bmp, std::vector<int>> cases[] = {
-        {{1, "\xa0\0\0\0\x40\0\0\0"s, four_greys.substr(0, 8)}, {0, 50, 0, 50, 0, 50}},
+    const std::string eight = "\3\2\1\0\1\2\3\0"s;
+    const std::pair<std::string, std::vector<int>> cases[] = {
+        {bmpFile(1, "\xa0\0\0\0\x40\0\0\0"s, four_greys.substr(0, 8)), {0, 50, 0, 50, 0, 50}},
         {four_bit, greys},
-        {{8, "\3\2\1\0\1\2\3\0"s, four_greys, 3, 2, 0, 4}, greys},
-        {{8, "\1\2\3\0\3\2\1\0"s, four_greys, 3, -2, 0, 4}, greys},
-        {{24, colours24}, colours},
-        {{32, colours32}, colours},
-        {{32, colours32, masks, 3, 2, 3}, colours}};
-    for (const auto& [image, pixels] : cases) {
-        const Picture picture = bmp(image.file());
-        EXPECT_EQ(picture.width, 3) << image.depth;
-        EXPECT_EQ(picture.height, 2) << image.depth;
-        EXPECT_EQ(picture.pixels, pixels) << image.depth;
-    }
+        {bmpFile(8, eight, four_greys, 2, 0, 4), greys},
+        {bmpFile(8, eight, four_greys, -2, 0, 4), {255, 100, 50, 50, 100, 255}},
+        {bmpFile(24, colours24), colours},
+        {bmpFile(32, colours32), colours},
+        {bmpFile(32, colours32, masks, 2, 3), colours}};
+    for (const auto& [content, pixels] : cases)
+        EXPECT_EQ(bmp(content), (Picture{3, 2, pixels}));
 }
 
 // Covers come from the network, and a download may stop anywhere.
@@ -212,20 +190,18 @@ TEST_F(Images, CutAndDamagedFilesGiveNothingOrAWholePicture) {
     const Load asPng = [this](const std::string& content) { return png(content, 64, 32); };
     const Load asBmp = [this](const std::string& content) { return bmp(content); };
     const std::string pngContent = pngFile(64, 32, PNG_FORMAT_GRAY, quarters());
-    const std::size_t pngEnd = pngContent.find("IEND") - 4;
     const std::string jpegContent = jpegFile(64, 32, quarters());
     const std::string progressive = jpegFile(64, 32, quarters(), TJFLAG_PROGRESSIVE);
     const std::tuple<Load, std::string, std::size_t> cases[] = {
         {asJpeg, jpegContent, jpegContent.size()},
         {asJpeg, progressive, progressive.size()},
-        {asPng, pngContent, pngEnd},
-        {asBmp, four_bit.file(), four_bit.file().size()}};
+        {asPng, pngContent, pngContent.find("IEND") - 4},
+        {asBmp, four_bit, four_bit.size()}};
     for (const auto& [load, whole, needed] : cases) {
         const Picture picture = load(whole);
         ASSERT_GT(picture.width, 0);
         for (std::size_t i = 0; i < whole.size(); ++i) {
-            const Picture cut = load(whole.substr(0, i));
-            EXPECT_TRUE(i < needed ? cut.width == 0 : cut == picture) << i << " of " << needed;
+            EXPECT_EQ(load(whole.substr(0, i)), i < needed ? Picture{} : picture) << i;
             std::string damaged = whole;
             damaged[i] = static_cast<char>(damaged[i] ^ 0xff);
             const Picture other = load(damaged);
@@ -235,33 +211,24 @@ TEST_F(Images, CutAndDamagedFilesGiveNothingOrAWholePicture) {
 }
 
 TEST_F(Images, HostileBitmapHeadersAreRefused) {
-    const auto changed = [](const std::function<void(Bmp&)>& change) {
-        Bmp image = four_bit;
-        change(image);
-        return image.file();
+    struct Change {
+        std::size_t place, size;
+        std::vector<std::int64_t> numbers;
     };
-    std::vector<std::string> files = {
-        changed([](Bmp& image) { image.width = 0; }),
-        changed([](Bmp& image) { image.width = -3; }),
-        changed([](Bmp& image) { image.width = 0x7fffffff; }),
-        changed([](Bmp& image) { image.height = 0; }),
-        changed([](Bmp& image) { image.height = std::numeric_limits<int>::min(); }),
-        changed([](Bmp& image) { image.height = 3; }),
-        changed([](Bmp& image) { image.depth = 16; }),
-        changed([](Bmp& image) { image.depth = 2; }),
-        changed([](Bmp& image) { image.depth = 0; }),
-        changed([](Bmp& image) { image.compression = 1; }),
-        changed([](Bmp& image) { image.compression = 3; }),
-        changed([](Bmp& image) { image.colours = 3; }),  // pixels of the fourth colour
-        changed([](Bmp& image) { image.colours = 0; }),  // sixteen, more than the palette has
-        changed([](Bmp& image) { image.colours = 0x40000000; }),
-    };
-    for (const std::size_t place : {10U, 14U}) {  // where pixels begin; size of the header
-        for (const std::int64_t number : {0LL, 0x7fffffffLL, 0xffffffffLL})
-            files.push_back(four_bit.file().replace(place, 4, little(4, number)));
+    for (const Change& change : {Change{10, 4, {0, 0x7fffffff, 0xffffffff}},  // of the pixels
+                                 Change{14, 4, {0, 0x7fffffff, 0xffffffff}},  // size of the header
+                                 Change{18, 4, {0, -3, 0x7fffffff}},          // width
+                                 Change{22, 4, {0, 0x80000000, 3}},           // height
+                                 Change{28, 2, {16, 2, 0}},                   // depth
+                                 Change{30, 4, {1, 3}},                       // compression
+                                 // Colours: too few for the pixels, sixteen, too many
+                                 Change{46, 4, {3, 0, 0x40000000}}}) {
+        for (const std::int64_t number : change.numbers) {
+            std::string content = four_bit;
+            content.replace(change.place, change.size, little(change.size, number));
+            EXPECT_EQ(bmp(content), Picture{}) << number << " at " << change.place;
+        }
     }
-    for (std::size_t i = 0; i < files.size(); ++i)
-        EXPECT_EQ(bmp(files[i]).width, 0) << i;
 }
 
 // A few kilobytes may hold a picture that takes gigabytes.
@@ -277,21 +244,20 @@ TEST_F(Images, OversizedPicturesAreRefusedThoughWhole) {
 
 TEST_F(Images, MislabelledFilesAndWrongCallsTellWhy) {
     const std::string contents[] = {jpegFile(64, 32, quarters()),
-                                    pngFile(64, 32, PNG_FORMAT_GRAY, quarters()), four_bit.file(),
-                                    "", "no image"};
+                                    pngFile(64, 32, PNG_FORMAT_GRAY, quarters()), four_bit, "",
+                                    "no image"};
     for (std::size_t i = 0; i < std::size(contents); ++i) {
-        EXPECT_EQ(jpeg(contents[i], 9, 9).width != 0, i == 0) << i;
-        EXPECT_EQ(png(contents[i], 9, 9).width != 0, i == 1) << i;
-        EXPECT_EQ(bmp(contents[i]).width != 0, i == 2) << i;
+        const bool loaded[] = {jpeg(contents[i], 9, 9).width != 0,
+                               png(contents[i], 9, 9).width != 0, bmp(contents[i]).width != 0};
+        EXPECT_THAT(loaded, ElementsAreArray({i == 0, i == 1, i == 2})) << i;
     }
     const auto reason = [](const LecternBitmap* bitmap) { return bitmap == nullptr ? errno : 0; };
     EXPECT_EQ(reason(LoadBitmap(path_.c_str())), EBADMSG);
     EXPECT_EQ(reason(LoadBitmap(nullptr)), EINVAL);
     EXPECT_EQ(reason(LoadBitmap((folder_ / "none").c_str())), ENOENT);
     EXPECT_EQ(reason(LoadBitmap((folder_ / "").c_str())), EISDIR);
-    const char* const jpegPath = file(contents[0]);
     for (const int side : {0, -1, 8193, std::numeric_limits<int>::min()}) {
-        EXPECT_EQ(reason(LoadJPEG(jpegPath, side, 9, 100, 100, 1)), EINVAL) << side;
-        EXPECT_EQ(reason(LoadPNGStretch(jpegPath, 9, side, 1, 1)), EINVAL) << side;
+        EXPECT_EQ(reason(LoadJPEG(path_.c_str(), side, 9, 100, 100, 1)), EINVAL) << side;
+        EXPECT_EQ(reason(LoadPNGStretch(path_.c_str(), 9, side, 1, 1)), EINVAL) << side;
     }
 }

@@ -9,8 +9,8 @@
 #include <future>
 #include <pugixml.hpp>
 
-#include "clean_text.h"
 #include "support/temporary_folder.h"
+#include "text/clean_text.h"
 
 namespace fs = std::filesystem;
 
@@ -54,10 +54,10 @@ public:
     explicit Device(const Service& service) : client_("127.0.0.1", service.port()) {}
 
     httplib::Result post(Operation operation, const std::string& body) {
-        return client_.Post(pathOf(operation), body, "application/xml; charset=utf-8");
+        return client_.Post(descriptionOf(operation).path, body, "application/xml; charset=utf-8");
     }
     httplib::Result form(Operation operation, const httplib::MultipartFormDataItems& parts) {
-        return client_.Post(pathOf(operation), parts);
+        return client_.Post(descriptionOf(operation).path, parts);
     }
     httplib::MultipartFormDataItems fields(const std::string& item) const {
         return {{"Token", token, "", ""}, {"SessionId", session, "", ""}, {"ItemId", item, "", ""}};
@@ -119,6 +119,14 @@ private:
     httplib::Client client_;
 };
 
+/// A service and a device that is logged in to it.
+struct Served {
+    explicit Served(const Options& options) : service(options), device(service) { device.logIn(); }
+
+    Service service;
+    Device device;
+};
+
 std::string codeOf(const httplib::Result& answer) {
     return answer ? textOf(answer->body, "Error") : no_answer;
 }
@@ -146,9 +154,8 @@ void writeArchive(const fs::path& path, const std::string& entry, const std::str
 }  // namespace
 
 TEST(Service, DeviceWalksTheWholeRoad) {
-    Service service(serving(TAVRO_TEST_SAMPLES));
-    Device device(service);
-    device.logIn();
+    Served served(serving(TAVRO_TEST_SAMPLES));
+    auto& [service, device] = served;
     EXPECT_EQ(codeOf(device.post(Operation::ForgetPassword, device.reminder("ada@reader.example"))),
               "1014");
     const auto shop = device.post(Operation::GetShopURL,
@@ -183,9 +190,8 @@ TEST(Service, DeviceWalksTheWholeRoad) {
 }
 
 TEST(Service, CatalogueTellsWhatTheBooksSay) {
-    Service service(serving(TAVRO_TEST_SAMPLES));
-    Device device(service);
-    device.logIn();
+    Served served(serving(TAVRO_TEST_SAMPLES));
+    auto& [service, device] = served;
     const std::string catalogue = device.catalogue();
     EXPECT_THAT(catalogue, HasSubstr("<Title><![CDATA[Salt & Pepper]]></Title>"));
     const Book epub = bookAt(service, "salt-and-pepper.epub");
@@ -208,26 +214,23 @@ TEST(Service, CatalogueTellsWhatTheBooksSay) {
     // Devices remember item ids for longer than a service without a state file lives.
     Options options = serving(TAVRO_TEST_SAMPLES);
     options.entityReferences = true;
-    Service next(options);
-    EXPECT_EQ(bookAt(next, "salt-and-pepper.epub").id, epub.id);
-    Device next_device(next);
-    next_device.logIn();
-    EXPECT_THAT(next_device.catalogue(), HasSubstr("<Title>Salt &amp; Pepper</Title>"));
+    Served next(options);
+    EXPECT_EQ(bookAt(next.service, "salt-and-pepper.epub").id, epub.id);
+    EXPECT_THAT(next.device.catalogue(), HasSubstr("<Title>Salt &amp; Pepper</Title>"));
 }
 
 TEST(Service, RefusesWhatAServiceWouldRefuse) {
     Options options = serving(TAVRO_TEST_SAMPLES);
     options.consumer.emplace("consumer", "secret");
     options.maximumBody = 4000;
-    Service service(options);
-    Device device(service);
-    device.logIn();
+    Served served(options);
+    auto& [service, device] = served;
     Device other(service);
     other.registerDevice();
     other.session = device.session;
     Device stranger(service);
     stranger.token = "stranger";
-    const std::string long_name(5000, 'x');
+    const std::string longName(5000, 'x');
     const auto replaced = [](std::string text, const std::string& what, const std::string& with) {
         return text.replace(text.find(what), what.size(), with);
     };
@@ -247,7 +250,7 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
         {Operation::RegisterDevice, replaced(device.registration(), "ShopID>shop</ShopID", "x/"),
          "2001"},
         {Operation::RegisterDevice, replaced(device.registration(), ">SN<", "><"), "2002"},
-        {Operation::LoginUser, device.login(long_name), "2003"},
+        {Operation::LoginUser, device.login(longName), "2003"},
         {Operation::RegisterDevice, replaced(device.registration(), "secret", "guess"), "2004"},
         {Operation::LoginUser, device.login("pass word", "SN-2"), "2005"},
         {Operation::LoginUser, stranger.login(), "2006"},
@@ -264,9 +267,11 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
     httplib::Client client(service.url());
     std::size_t sent = 0;
     const auto unannounced = [&](std::size_t, httplib::DataSink& sink) {
-        return sent++ < 3 ? sink.write(long_name.data(), 2000) : (sink.done(), true);
+        return sent++ < 3 ? sink.write(longName.data(), 2000) : (sink.done(), true);
     };
-    EXPECT_EQ(codeOf(client.Post(pathOf(Operation::LoginUser), unannounced, "text/xml")), "2003");
+    EXPECT_EQ(
+        codeOf(client.Post(descriptionOf(Operation::LoginUser).path, unannounced, "text/xml")),
+        "2003");
 
     const std::string id = idAt(service, "tides.txt");
     const auto refused = device.download("1");
@@ -274,7 +279,7 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
     EXPECT_FALSE(refused->has_header("Content-Disposition"));
     EXPECT_EQ(codeOf(other.download(id)), "2009");
     EXPECT_EQ(codeOf(device.form(Operation::UploadContent, device.fields(id))), "2002");
-    EXPECT_EQ(codeOf(device.upload(id, long_name, "tides.txt")), "2003");
+    EXPECT_EQ(codeOf(device.upload(id, longName, "tides.txt")), "2003");
     EXPECT_EQ(bookAt(service, "tides.txt").content, TAVRO_TEST_SAMPLES "/tides.txt");
     EXPECT_EQ(
         client.Post("/IOSCloudManagement.svc/SyncWithCloud", device.sync(), "text/xml")->status,
@@ -283,9 +288,8 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
 }
 
 TEST(Service, FaultsTakeThePlaceOfTheAnswer) {
-    Service service(serving(TAVRO_TEST_SAMPLES));
-    Device device(service);
-    device.logIn();
+    Served served(serving(TAVRO_TEST_SAMPLES));
+    auto& [service, device] = served;
     const std::string id = idAt(service, "tides.txt");
     const std::string book = readFile(TAVRO_TEST_SAMPLES "/tides.txt");
     const struct {
@@ -300,6 +304,7 @@ TEST(Service, FaultsTakeThePlaceOfTheAnswer) {
         {"filename=", book.c_str(), "", 200},
         {"body=", "", "attachment; filename=tides.txt", 200},
         {"cut=1000000", book.c_str(), "attachment; filename=tides.txt", 200},
+        {"code=1014", book.c_str(), "attachment; filename=tides.txt", 200},
         {"code=2010", nullptr, "", 200},
         {"cut=10", nullptr, nullptr, 0},
         {"cut=0", nullptr, nullptr, 0},
@@ -331,10 +336,28 @@ TEST(Service, FaultsDoNotChangeTheStateUnlessTheySaySuccess) {
         service.inject(operation, parsed);
         return device.post(Operation::CreateUser, device.account());
     };
-    EXPECT_EQ(codeOf(create("code=77")), "77");
-    EXPECT_EQ(codeOf(create("close")), no_answer);
-    EXPECT_EQ(codeOf(create("code=1014")), "1014");  // carried out, with a code of another request
-    EXPECT_EQ(codeOf(create("delay=1")), "2007");
+    // One after the other: only the first success opens the account.
+    const struct {
+        const char* fault;
+        const char* code;
+        const char* message;
+    } cases[] = {
+        {"code=77", "77", "A fault asked for by the developer"},
+        {"code=", "", "A fault asked for by the developer"},
+        {"close,code=1003", no_answer, nullptr},
+        {"code=1014", "1014", "Success"},  // carried out, with a code of another request
+        {"code=1003", "1003", "There is an account with this e-mail"},
+        {"delay=1", "2007", "There is an account with this e-mail"},
+    };
+    for (const auto& [fault, code, message] : cases) {
+        const auto answer = create(fault);
+        EXPECT_EQ(codeOf(answer), code) << fault;
+        EXPECT_EQ(service.requests().back().code, answer ? code : "") << fault;
+        EXPECT_EQ(service.requests().back().status, answer ? 200 : 0) << fault;
+        if (answer) {
+            EXPECT_EQ(textOf(answer->body, "Message"), message) << fault;
+        }
+    }
     EXPECT_EQ(create("body-hex=3C004100")->body, std::string("<\0A\0", 4));
     pugi::xml_document document;
     EXPECT_FALSE(document.load_string(create("malformed")->body.c_str()));
@@ -417,9 +440,8 @@ TEST(Service, ReportsAndSkipsUnreadableBooks) {
     std::vector<std::string> reports;
     Options options = serving(folder / "");
     options.report = [&](const std::string& text) { reports.push_back(text); };
-    Service service(options);
-    Device device(service);
-    device.logIn();
+    Served served(options);
+    auto& [service, device] = served;
     EXPECT_THAT(device.catalogue(), HasSubstr("<Title><![CDATA[\xEF\xBF\xBD <]]></Title>"));
     device.catalogue();
     EXPECT_EQ(service.books().size(), 1u);
@@ -454,7 +476,6 @@ TEST(Service, StopDoesNotWaitForSlowRequests) {
     Service service({});
     Device device(service);
     service.inject(Operation::LoginUser, parseFault("LoginUser:delay=60000").second);
-    httplib::Client idle("127.0.0.1", service.port());
     auto answer = std::async([&] { return codeOf(device.post(Operation::LoginUser, "x")); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     const auto start = std::chrono::steady_clock::now();

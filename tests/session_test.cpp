@@ -10,6 +10,7 @@
 
 using namespace tavro::service;
 using namespace std::string_literals;
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
@@ -153,14 +154,18 @@ TEST_F(Session, PasswordIsStoredAsGivenWhateverTheServiceSays) {
     EXPECT_FALSE(fs::exists(file(account_files::password)));
     service.inject("CreateUser:code=2099,times=1");
     EXPECT_FALSE(session.createUser("first"));
+    EXPECT_NE(stored(account_files::password), "");  // refused, and stored all the same
     EXPECT_EQ(stored(account_files::password).find("first"), std::string::npos);
     EXPECT_TRUE(session.createUser("first"));
+    EXPECT_THAT(lastRequest().body,
+                AllOf(HasSubstr("<FirstName>Ada<"), HasSubstr("<LastName>Lovelace<")));
     EXPECT_TRUE(storedPassword());   // sends the stored one, and empties the store
     EXPECT_FALSE(storedPassword());  // so that the next has none to send
     EXPECT_EQ(service.count(Operation::LoginUser), 1U);
     EXPECT_TRUE(session.login("first"));
     EXPECT_FALSE(session.sessionID().empty() || session.vendorToken().empty() ||
                  session.vendorID().empty());
+    EXPECT_EQ(session.vendorID(), session.server->vendorId);
 }
 
 TEST_F(Session, RefusalsOfAccountRequestsAreSaidWithoutANewline) {
@@ -179,6 +184,7 @@ TEST_F(Session, SavedCatalogueIsTheAnswerAndIsParsedOncePerChange) {
     logIn();
     service.answer(Operation::SysnWithCloud, first);
     EXPECT_TRUE(session.syncServer());
+    EXPECT_THAT(lastRequest().body, HasSubstr("<LastSynDateTime>0<"));
     EXPECT_EQ(stored(account_files::catalogue), first);
     writeFile(file(account_files::catalogue), "<R/>");
     EXPECT_EQ(session.getAddedBooks().size(), 1U);  // this process's own sync wins
@@ -190,11 +196,10 @@ TEST_F(Session, SavedCatalogueIsTheAnswerAndIsParsedOncePerChange) {
     Tavro reader;
     EXPECT_TRUE(reader.getAddedBooks().empty());
     ASSERT_TRUE(reader.init(configuration));
-    const std::vector<BookDescription>& books = reader.getAddedBooks();
-    ASSERT_EQ(books.size(), 1U);
-    const void* const parsed = books.data();
-    EXPECT_EQ(reader.getAddedBooks().data(), parsed);
-    for (const char* emptied : {"<AddedItems></AddedItems>", ""}) {
+    EXPECT_EQ(reader.getAddedBooks().size(), 1U);
+    const_cast<std::vector<BookDescription>&>(reader.getAddedBooks()).emplace_back();
+    EXPECT_EQ(reader.getAddedBooks().size(), 2U);  // another look would take the mark away
+    for (const char* emptied : {"", "", "<AddedItems></AddedItems>"}) {
         writeFile(file(account_files::catalogue), emptied);
         EXPECT_TRUE(reader.getAddedBooks().empty()) << emptied;
     }
@@ -294,12 +299,12 @@ TEST_F(Session, ReplayKeepsWhatWasNeverUploadedInTheOrderTaken) {
 TEST_F(Session, ReplayMovesTheMapEntryOnceUploaded) {
     logIn();
     addToMap(configuration, {{"sent", -1}, {"fresh", 2}});
-    journal("unknown", "x", true);
     journal("sent", "sent2", true);
     journal("fresh", "fresh2", false);
+    journal("unknown", "x", true);
     writeFile(sync + "/fresh2", "new");
     writeFile(sync + "/sent2", "new");
-    service.inject("UploadContent:times=1,code=1003");  // for "fresh", the newest
+    service.inject("UploadContent:times=1,code=1003");  // for "fresh", the newer one
     service.inject("UploadContent:code=9");
     EXPECT_TRUE(session.syncDownloadFolder());
     EXPECT_EQ(journalled(), Names{});

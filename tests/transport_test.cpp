@@ -222,9 +222,10 @@ TEST_F(Transport, CutDownloadHasNoName) {
     EXPECT_FALSE(std::filesystem::exists(folder / "in/book.txt"));
 
     std::filesystem::create_symlink("/dev/full", folder / "in/full.txt.downloading");
-    for (const std::string name : {"full.txt", "", "missing/book.txt"}) {
-        service.inject("DownloadContent:body=content,filename=" + name);
-        EXPECT_EQ(download(), "") << name;
+    for (const std::string fault : {"filename=full.txt,body=content", "filename=,body=content",
+                                    "filename=missing/book.txt,body="}) {
+        service.inject("DownloadContent:" + fault);
+        EXPECT_EQ(download(), "") << fault;
     }
 }
 
@@ -235,6 +236,7 @@ TEST_F(Transport, UploadSendsTheFileAsTheLastPart) {
     auto expected = fields;
     expected.emplace_back("file", "note");
     EXPECT_EQ(lastRequest().fields, expected);
+    EXPECT_EQ(lastRequest().fileContentType, "text/plain");
     std::filesystem::remove(folder / "in/note");
     EXPECT_THAT(standardErrorOf([this] { upload(); }), HasSubstr("failed"));
     EXPECT_EQ(response(), "");

@@ -114,7 +114,7 @@ TEST_F(Wizard, LeavingLogsNobodyIn) {
 }
 
 TEST_F(Wizard, SaysWhatIsMissing) {
-    const auto says = [this](const char* text, const char* arguments, int status) {
+    const auto says = [](const char* text, const char* arguments, int status) {
         Terminal wizard(direct(arguments));
         wizard.expect(text);
         EXPECT_EQ(wizard.wait(), status) << text;

@@ -87,6 +87,10 @@ TEST(XMLParser, ParsingOnWithoutInitIsHarmless) {
     const std::string rest = "text</ItemsResponse></AddedItems></R>";
     EXPECT_TRUE(parser.parse(rest.data(), static_cast<unsigned>(rest.size())));
     EXPECT_TRUE(parser.addedItems.empty());
+    // Nor may a field of the book that was cut off stay for the first book of the next document.
+    ASSERT_TRUE(parse(parser, "<AddedItems><ItemsResponse><Title>cut off</Title>"));
+    ASSERT_TRUE(parse(parser, "<AddedItems>" + item("1") + "</AddedItems>"));
+    EXPECT_EQ(field(parser.addedItems, 0, BookDescription::Title), "");
 }
 
 TEST(XMLParser, BookOutsideBothListsFillsGapsOfTheNextOne) {

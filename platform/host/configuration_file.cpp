@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <numeric>
 #include <system_error>
 
 #include "file_access.h"
@@ -65,20 +66,20 @@ std::optional<ConfigurationFile> ConfigurationFile::open(const std::string& path
 
 bool ConfigurationFile::load() {
     const posix::FileDescriptor file = openRegularFile(path_.c_str());
-    if (!file) {
-        savedAsIs_ = false;
+    if (!file)
         return errno == ENOENT && std::filesystem::is_directory(path_.parent_path());
-    }
-    std::string content;
-    if (!readBlocks(file, [&content](std::string_view block) { content += block; }))
-        return false;
-    lines_ = splitLines(content);
-    return true;
+    saved_ = readAll(file);
+    lines_ = splitLines(saved_.value_or(""));
+    return saved_.has_value();
 }
 
 bool ConfigurationFile::isKey(std::string_view key) {
-    return !key.empty() && key.front() != '#' && trimmed(key) == key &&
-           key.find_first_of("=\r\n") == std::string_view::npos;
+    return !key.empty() && key.front() != '#' && isValue(key) &&
+           key.find('=') == std::string_view::npos;
+}
+
+bool ConfigurationFile::isValue(std::string_view value) {
+    return trimmed(value) == value && value.find_first_of("\r\n") == std::string_view::npos;
 }
 
 /// Index of the line that counts for `key`, or the number of lines when there is none.
@@ -92,23 +93,16 @@ std::size_t ConfigurationFile::lineOf(std::string_view key) const {
 
 std::optional<std::string_view> ConfigurationFile::value(std::string_view key) const {
     const std::size_t index = lineOf(key);
-    if (index == lines_.size())
-        return std::nullopt;
-    return entryIn(lines_[index])->value;
+    return index < lines_.size() ? std::optional(entryIn(lines_[index])->value) : std::nullopt;
 }
 
 void ConfigurationFile::setValue(std::string_view key, std::string_view value) {
     const std::size_t index = lineOf(key);
-    if (index == lines_.size()) {
-        append(std::string(key).append("=").append(value));
-    } else {
-        std::string& line = lines_[index];
-        const std::string_view old = entryIn(line)->value;
-        if (old == value)
-            return;
-        line.replace(static_cast<std::size_t>(old.data() - line.data()), old.size(), value);
-    }
-    savedAsIs_ = false;
+    if (index == lines_.size())
+        return append(std::string(key).append("=").append(value));
+    std::string& line = lines_[index];
+    const std::string_view old = entryIn(line)->value;
+    line.replace(static_cast<std::size_t>(old.data() - line.data()), old.size(), value);
 }
 
 /// Adds `line` with the kind of line end that the file has.
@@ -120,18 +114,15 @@ void ConfigurationFile::append(std::string line) {
 }
 
 void ConfigurationFile::remove(std::string_view key) {
-    const auto rest = std::remove_if(lines_.begin(), lines_.end(),
-                                     [key](const auto& line) { return isEntryOf(line, key); });
-    savedAsIs_ = savedAsIs_ && rest == lines_.end();
-    lines_.erase(rest, lines_.end());
+    lines_.erase(std::remove_if(lines_.begin(), lines_.end(),
+                                [key](const auto& line) { return isEntryOf(line, key); }),
+                 lines_.end());
 }
 
 void ConfigurationFile::save() {
-    if (savedAsIs_)
+    const std::string content = std::accumulate(lines_.begin(), lines_.end(), std::string());
+    if (saved_ == content)
         return;
-    std::string content;
-    for (const std::string& line : lines_)
-        content += line;
     posix::replaceFile(path_, content, posix::modeOf(path_, 0600));
-    savedAsIs_ = true;
+    saved_ = content;
 }

@@ -21,11 +21,14 @@ public:
     /// break.
     static bool isKey(std::string_view key);
 
+    /// Whether `value` can be written: no outer blanks, no line break.
+    static bool isValue(std::string_view value);
+
     /// The text that stands behind `key`, without outer blanks; valid until the next change.
     std::optional<std::string_view> value(std::string_view key) const;
 
-    /// Puts `value` behind `key`, in the line that counts or in a new last line. `isKey(key)` must
-    /// hold, and `value` be free of line breaks and outer blanks.
+    /// Puts `value` behind `key`, in the line that counts or in a new last line. `isKey(key)` and
+    /// `isValue(value)` must hold.
     void setValue(std::string_view key, std::string_view value);
 
     /// Removes all lines of `key`.
@@ -44,6 +47,6 @@ private:
     void append(std::string line);
 
     std::filesystem::path path_;
-    std::vector<std::string> lines_;  // each with its line end
-    bool savedAsIs_ = true;           // the file exists and holds exactly `lines_`
+    std::optional<std::string> saved_;  // what the file holds, if it exists
+    std::vector<std::string> lines_;    // each with its line end
 };

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <utility>
 
 #include "posix/retry_after_signal.h"
 
@@ -14,21 +13,17 @@ namespace {
 
 constexpr std::size_t block_size = 65536;
 
-int openRegular(const char* path) {
-    const int descriptor =
-        posix::retryAfterSignal([path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
-    struct stat status {};
-    if (descriptor == -1 || (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)))
-        return descriptor;
-    ::close(descriptor);
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    return -1;
-}
-
 }  // namespace
 
 posix::FileDescriptor openRegularFile(const char* path) {
-    return posix::FileDescriptor(openRegular(path));
+    posix::FileDescriptor file(posix::retryAfterSignal(
+        [path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+    struct stat status {};
+    if (!file || (::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)))
+        return file;
+    file.close();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return file;
 }
 
 posix::FileDescriptor openForAppending(const char* path) {
@@ -40,16 +35,18 @@ posix::FileDescriptor openForAppending(const char* path) {
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume) {
     std::array<char, block_size> block;
-    std::size_t filled = 0;
     for (;;) {
-        const ssize_t count = posix::retryAfterSignal(
-            [&] { return ::read(file.get(), block.data() + filled, block.size() - filled); });
-        if (count == -1)
-            return false;
-        filled += static_cast<std::size_t>(count);
-        if (count == 0 || filled == block.size())
-            consume({block.data(), std::exchange(filled, 0)});
-        if (count == 0)
-            return true;
+        const ssize_t count =
+            posix::retryAfterSignal([&] { return ::read(file.get(), block.data(), block.size()); });
+        if (count <= 0)
+            return count == 0;
+        consume({block.data(), static_cast<std::size_t>(count)});
     }
+}
+
+std::optional<std::string> readAll(const posix::FileDescriptor& file) {
+    std::string content;
+    if (!readBlocks(file, [&content](std::string_view block) { content += block; }))
+        return std::nullopt;
+    return content;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "posix/file_descriptor.h"
@@ -13,8 +15,10 @@ posix::FileDescriptor openRegularFile(const char* path);
 /// when that fails.
 posix::FileDescriptor openForAppending(const char* path);
 
-/// Passes all that is left of `file` to `consume` in blocks of one size, a multiple of 8 bytes;
-/// only the last one may be shorter.
+/// Passes all that is left of `file` to `consume`, block by block.
 /// @return false, with `errno` set, when a read fails.
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume);
+
+/// All that is left of `file`; nothing, with `errno` set, when a read fails.
+std::optional<std::string> readAll(const posix::FileDescriptor& file);

@@ -1,7 +1,6 @@
 #include "grey_image.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
 namespace {
@@ -30,21 +29,6 @@ std::vector<std::uint64_t> columnSums(const GreyImage& image, std::int64_t y, st
     return sums;
 }
 
-/// The sum of what column `x` of `width` columns covers of `sums`.
-std::uint64_t rowSum(const std::vector<std::uint64_t>& sums, std::int64_t x, std::int64_t width) {
-    std::uint64_t total = 0;
-    forCovered(x, static_cast<std::int64_t>(sums.size()), width,
-               [&](std::size_t column, std::uint64_t share) { total += share * sums[column]; });
-    return total;
-}
-
-std::uint8_t adjusted(int value, int brightness, int contrast) {
-    constexpr std::int64_t middle = 128;
-    const std::int64_t contrasted = (value - middle) * contrast + middle * 100;
-    return static_cast<std::uint8_t>(
-        std::clamp<std::int64_t>((contrasted * brightness + 5000) / 10000, 0, 255));
-}
-
 }  // namespace
 
 bool isDecodable(ImageSize size) {
@@ -64,24 +48,30 @@ ImageSize fitted(ImageSize source, ImageSize frame) {
 }
 
 GreyImage scaled(const GreyImage& image, ImageSize size) {
+    const auto covered = static_cast<std::uint64_t>(image.size.width * image.size.height);
     GreyImage result{size, {}};
     result.pixels.reserve(static_cast<std::size_t>(size.width * size.height));
     for (std::int64_t y = 0; y < size.height; ++y) {
         const std::vector<std::uint64_t> sums = columnSums(image, y, size.height);
         for (std::int64_t x = 0; x < size.width; ++x) {
-            const std::uint64_t sum = rowSum(sums, x, size.width);
-            const auto covered = static_cast<std::uint64_t>(image.size.width * image.size.height);
-            result.pixels.push_back(static_cast<std::uint8_t>((sum + covered / 2) / covered));
+            std::uint64_t sum = covered / 2;  // for rounding
+            forCovered(
+                x, image.size.width, size.width,
+                [&](std::size_t column, std::uint64_t share) { sum += share * sums[column]; });
+            result.pixels.push_back(static_cast<std::uint8_t>(sum / covered));
         }
     }
     return result;
 }
 
-void adjust(GreyImage& image, int brightness, int contrast) {
-    std::array<std::uint8_t, 256> table{};
-    for (int value = 0; value < 256; ++value)
-        table[static_cast<std::size_t>(value)] =
-            adjusted(value, std::clamp(brightness, 0, 1000), std::clamp(contrast, 0, 1000));
-    for (std::uint8_t& pixel : image.pixels)
-        pixel = table[pixel];
+GreyImage adjusted(GreyImage image, int brightness, int contrast) {
+    constexpr std::int64_t middle = 128;
+    brightness = std::clamp(brightness, 0, 1000);
+    contrast = std::clamp(contrast, 0, 1000);
+    for (std::uint8_t& pixel : image.pixels) {
+        const std::int64_t contrasted = (pixel - middle) * contrast + middle * 100;
+        pixel = static_cast<std::uint8_t>(
+            std::clamp<std::int64_t>((contrasted * brightness + 5000) / 10000, 0, 255));
+    }
+    return image;
 }

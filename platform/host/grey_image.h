@@ -31,5 +31,6 @@ inline std::uint8_t greyOf(unsigned red, unsigned green, unsigned blue) {
 /// `image` in another size: each pixel is the mean of the area that it covers.
 GreyImage scaled(const GreyImage& image, ImageSize size);
 
-/// Changes the contrast around middle grey, then the brightness; both in percent, 100 is neutral.
-void adjust(GreyImage& image, int brightness, int contrast);
+/// `image` with another contrast around middle grey, and then another brightness; both in percent,
+/// 100 is neutral.
+GreyImage adjusted(GreyImage image, int brightness, int contrast);

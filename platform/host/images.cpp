@@ -27,11 +27,7 @@ std::optional<std::string> contentOf(const char* path) {
         errno = EFBIG;
         return std::nullopt;
     }
-    std::string content;
-    content.reserve(static_cast<std::size_t>(status.st_size));
-    if (!readBlocks(file, [&content](std::string_view block) { content += block; }))
-        return std::nullopt;
-    return content;
+    return readAll(file);
 }
 
 LecternBitmap* toBitmap(const GreyImage& image) {
@@ -45,27 +41,31 @@ LecternBitmap* toBitmap(const GreyImage& image) {
     return bitmap;
 }
 
-/// The bitmap that `decode` makes of the content of `path`; null, with `errno` set, when it makes
-/// none.
-template <typename Decode>
-LecternBitmap* load(const char* path, Decode decode) {
+/// The bitmap that `finish` makes of what `decode` makes of the content of `path`; null, with
+/// `errno` set, when that is no such picture.
+template <typename Finish>
+LecternBitmap* load(const char* path, std::optional<GreyImage> (*decode)(std::string_view),
+                    Finish finish) {
     return guarded<LecternBitmap*>(nullptr, [&]() -> LecternBitmap* {
         const std::optional<std::string> content = contentOf(path);
         if (!content)
             return nullptr;
         const std::optional<GreyImage> image = decode(*content);
-        errno = image ? 0 : EBADMSG;
-        return image ? toBitmap(*image) : nullptr;
+        if (image)
+            return toBitmap(finish(*image));
+        errno = EBADMSG;
+        return nullptr;
     });
 }
 
-/// Whether a call makes sense; `errno` tells why when it does not.
+/// Whether a call makes sense; sets `errno` when it does not.
 bool isCallable(const char* path, ImageSize size) {
     constexpr std::int64_t longest_side = 8192;
-    const bool callable = path != nullptr && size.width > 0 && size.width <= longest_side &&
-                          size.height > 0 && size.height <= longest_side;
-    errno = callable ? 0 : EINVAL;
-    return callable;
+    if (path != nullptr && size.width > 0 && size.width <= longest_side && size.height > 0 &&
+        size.height <= longest_side)
+        return true;
+    errno = EINVAL;
+    return false;
 }
 
 }  // namespace
@@ -75,12 +75,9 @@ LecternBitmap* LoadJPEG(const char* path, int width, int height, int brightness,
     const ImageSize frame{width, height};
     if (!isCallable(path, frame))
         return nullptr;
-    return load(path, [=](std::string_view file) {
-        std::optional<GreyImage> image = decodeJpeg(
-            file, [=](ImageSize own) { return proportional == 0 ? frame : fitted(own, frame); });
-        if (image)
-            adjust(*image, brightness, contrast);
-        return image;
+    return load(path, decodeJpeg, [=](const GreyImage& image) {
+        const ImageSize size = proportional == 0 ? frame : fitted(image.size, frame);
+        return adjusted(scaled(image, size), brightness, contrast);
     });
 }
 
@@ -89,14 +86,11 @@ LecternBitmap* LoadPNGStretch(const char* path, int width, int height, int /*pro
     const ImageSize size{width, height};
     if (!isCallable(path, size))
         return nullptr;
-    return load(path, [size](std::string_view file) {
-        const std::optional<GreyImage> image = decodePng(file);
-        return image ? std::optional(scaled(*image, size)) : std::nullopt;
-    });
+    return load(path, decodePng, [size](const GreyImage& image) { return scaled(image, size); });
 }
 
 LecternBitmap* LoadBitmap(const char* path) {
     if (!isCallable(path, {1, 1}))
         return nullptr;
-    return load(path, decodeBmp);
+    return load(path, decodeBmp, [](const GreyImage& image) { return image; });
 }

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 
 #include "core_utils.h"
@@ -19,23 +20,10 @@ namespace {
 constexpr int error_level = 1;
 
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, va_list arguments) {
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    std::string text(length < 0 ? 0 : static_cast<std::size_t>(length) + 1, '\0');
-    std::vsnprintf(text.data(), text.size(), format, again);
-    va_end(again);
-    if (text.empty())
+    char* text = nullptr;
+    if (::vasprintf(&text, format, arguments) == -1)
         return format;  // arguments that cannot be converted: the format still tells the place
-    text.pop_back();
-    return text;
-}
-
-std::string escaped(char character) {
-    if (character == '\n')
-        return "\\n";
-    char text[8];
-    std::snprintf(text, sizeof text, "\\x%02x", character);
+    const std::unique_ptr<char, decltype(&std::free)> owner(text, std::free);
     return text;
 }
 
@@ -46,22 +34,22 @@ std::string onOneLine(std::string text) {
     std::string line;
     for (const char character : text) {
         const auto code = static_cast<unsigned char>(character);
+        char escape[8] = "\\n";
+        if (character != '\n')
+            std::snprintf(escape, sizeof escape, "\\x%02x", code);
         const bool control = (code < ' ' && character != '\t') || code == 0x7f;
-        control ? line.append(escaped(character)) : line.append(1, character);
+        control ? line.append(escape) : line.append(1, character);
     }
     return line;
 }
 
-/// Opens what `target` names unless that is one of the standard streams.
-posix::FileDescriptor openLog(const std::string& target) {
-    const bool stream = target.empty() || target == "stderr" || target == "stdout";
-    return stream ? posix::FileDescriptor(-1) : openForAppending(target.c_str());
-}
-
+/// Writes `line` to the file that TAVRO_LOG names, or to a standard stream.
 void writeLine(const std::string& line) {
     const char* const name = std::getenv("TAVRO_LOG");
-    const std::string target = name == nullptr ? "" : name;
-    const posix::FileDescriptor file = openLog(target);
+    const std::string target = name == nullptr ? "stderr" : name;
+    const bool named = target != "stderr" && target != "stdout";
+    const posix::FileDescriptor file =
+        named ? openForAppending(target.c_str()) : posix::FileDescriptor(-1);
     const int stream = target == "stdout" ? STDOUT_FILENO : STDERR_FILENO;
     posix::writeAll(file ? file.get() : stream, line);
 }

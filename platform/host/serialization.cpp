@@ -1,6 +1,5 @@
 // The serialised form of a vector of strings, read and written.
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -20,16 +19,12 @@ std::optional<Length> readLength(std::istream& in) {
     return fromLittleEndian<Length>(bytes);
 }
 
-/// Reads piece by piece, so that memory follows what the stream holds and not what it announces.
+/// Reads byte by byte, so that memory follows what the stream holds and not what it announces.
 std::optional<std::string> readString(std::istream& in) {
-    constexpr std::size_t piece_size = 65536;
     const std::optional<Length> length = readLength(in);
     std::string text;
-    while (length && text.size() < *length) {
-        const std::size_t start = text.size();
-        const std::size_t piece = std::min<std::size_t>(piece_size, *length - start);
-        text.resize(start + piece);
-        if (!in.read(&text[start], static_cast<std::streamsize>(piece)))
+    for (char byte = 0; length && text.size() < *length; text += byte) {
+        if (!in.get(byte))
             return std::nullopt;
     }
     return length ? std::optional(std::move(text)) : std::nullopt;

@@ -1,5 +1,6 @@
 #include "stored_value.h"
 
+#include "configuration_file.h"
 #include "secret.h"
 
 namespace {
@@ -37,18 +38,11 @@ std::optional<std::string> withoutMark(std::string_view mark, std::string_view s
     return bytes;
 }
 
-bool fitsLine(std::string_view text) {
-    constexpr std::string_view blanks = " \t";
-    return text.find_first_of("\r\n") == std::string_view::npos &&
-           (text.empty() || (blanks.find(text.front()) == std::string_view::npos &&
-                             blanks.find(text.back()) == std::string_view::npos));
-}
-
 }  // namespace
 
 std::string storedText(std::string_view text) {
-    const bool plain =
-        fitsLine(text) && !startsWith(text, text_mark) && !startsWith(text, secret_mark);
+    const bool plain = ConfigurationFile::isValue(text) && !startsWith(text, text_mark) &&
+                       !startsWith(text, secret_mark);
     return plain ? std::string(text) : withMark(text_mark, text);
 }
 

@@ -20,10 +20,10 @@ static_assert(offsetof(tavro_book_info, isbn) == 22 * slot);
 namespace {
 
 /// Seconds that each stage of the last call took, for a look from a debugger.
-std::map<std::string, double> stage_seconds;
+std::map<std::string, double> stageSeconds;
 
 /// Whether the session of this process was initialised, successfully or not.
-bool session_initialised = false;
+bool sessionInitialised = false;
 
 /// Monotonic clock, in seconds.
 double now() {
@@ -35,11 +35,11 @@ double now() {
 /// Adds the time since the last stage, or since its construction, to the table.
 class StageTimer {
 public:
-    StageTimer() : start_(now()) { stage_seconds.clear(); }
+    StageTimer() : start_(now()) { stageSeconds.clear(); }
 
     void add(const char* stage) {
         const double end = now();
-        stage_seconds[stage] += end - start_;
+        stageSeconds[stage] += end - start_;
         start_ = end;
     }
 
@@ -50,9 +50,9 @@ private:
 /// The session of this process. Its one attempt to initialise is made at the first call.
 Tavro& processSession() {
     static Tavro session;
-    if (!session_initialised) {
+    if (!sessionInitialised) {
         session.init(device_paths::configuration_folder);
-        session_initialised = true;
+        sessionInitialised = true;
     }
     return session;
 }

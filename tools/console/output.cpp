@@ -6,10 +6,12 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <cwchar>
 #include <cwctype>
 #include <utility>
 
+#include "account/failure.h"
 #include "posix/write_all.h"
 
 namespace tavro::tools {
@@ -23,18 +25,11 @@ constexpr int first_free = 3;
 
 /// Columns that the displayable text `text` takes on a terminal.
 std::size_t width(const std::string& text) {
-    std::mbstate_t state{};
-    std::size_t columns = 0;
-    wchar_t character = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
-        if (size == 0 || size > text.size() - at) {  // only without a UTF-8 locale
-            return text.size();
-        }
-        columns += static_cast<std::size_t>(std::max(::wcwidth(character), 0));
-        at += size;
-    }
-    return columns;
+    std::wstring wide(text.size(), L'\0');
+    const std::size_t length = std::mbstowcs(wide.data(), text.c_str(), wide.size());
+    const int columns = length <= wide.size() ? ::wcswidth(wide.data(), length) : -1;
+    return columns < 0 ? text.size()  // only without a UTF-8 locale
+                       : static_cast<std::size_t>(columns);
 }
 
 /// The member name `name` as words: "Download folder" for "downloadFolder".
@@ -130,14 +125,16 @@ void Output::summary(const Json& json) const {
     result(json, table, "");
 }
 
-void Output::error(const Failure& failure) const {
+void Output::error(const std::exception& error) const {
+    const auto* known = dynamic_cast<const Failure*>(&error);
+    const Failure failure = known != nullptr ? *known : Failure(error.what());
+    const Json json{{"error", failure.what()},
+                    {"code", failure.code},
+                    {"message", failure.message},
+                    {"advice", failure.advice}};
     const std::string advice = failure.advice.empty() ? "" : "Try: " + failure.advice + "\n";
     posix::writeAll(error_.get(),
-                    json_ ? serialised({{"error", failure.what()},
-                                        {"code", failure.code},
-                                        {"message", failure.message},
-                                        {"advice", failure.advice}},
-                                       -1)
+                    json_ ? serialised(json, -1)
                           : program_ + ": " + displayable(failure.what()) + "\n" + advice);
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <exception>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "account/failure.h"
 #include "posix/file_descriptor.h"
 
 namespace tavro::tools {
@@ -24,6 +24,19 @@ struct Table {
     std::string text() const;
 };
 
+/// A result of many alike: an object of each for a script, and a row of each for a person.
+struct Listing {
+    Listing(std::initializer_list<std::string> headings) : table{headings, {}} {}
+
+    void add(Json object, std::vector<std::string> row) {
+        json.push_back(std::move(object));
+        table.rows.push_back(std::move(row));
+    }
+
+    Json json = Json::array();
+    Table table;
+};
+
 /// The program's own results and diagnostics. It writes to what standard output and standard error
 /// were when it was made, whatever happens to these descriptors later. Writes may come from any
 /// thread.
@@ -40,12 +53,17 @@ public:
     /// Prints a result: `json` or `table`, or `empty` when the table has no rows.
     void result(const Json& json, const Table& table, const std::string& empty) const;
 
+    /// Prints `listing`, or for a person `empty` when there is nothing in it.
+    void list(const Listing& listing, const std::string& empty) const {
+        result(listing.json, listing.table, empty);
+    }
+
     /// Prints a result that is a JSON object of plain values: for a person, a line for each
     /// member that is not empty.
     void summary(const Json& json) const;
 
-    /// Tells on standard error why the command failed.
-    void error(const Failure& failure) const;
+    /// Tells on standard error why the command failed; of a Failure all that it says.
+    void error(const std::exception& error) const;
 
     /// Prints `text` on standard error as it is.
     void prompt(const std::string& text) const;
@@ -53,6 +71,9 @@ public:
     /// Shows `text` on a line of the terminal that the next text replaces; empty clears it.
     /// Nothing when standard error is no terminal.
     void transient(const std::string& text) const;
+
+    /// Whether results and errors are JSON.
+    bool isJson() const { return json_; }
 
     /// Whether `transient` shows anything.
     bool hasTerminal() const;

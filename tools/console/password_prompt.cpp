@@ -11,6 +11,9 @@
 #include <iostream>
 #include <optional>
 
+#include "account/failure.h"
+#include "posix/file_descriptor.h"
+
 namespace tavro::tools {
 
 namespace {

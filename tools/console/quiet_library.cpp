@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+#include "posix/file_descriptor.h"
+
 namespace tavro::tools {
 
 namespace {

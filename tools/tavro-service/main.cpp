@@ -9,8 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "fault.h"
-#include "request_log.h"
+#include "log_line.h"
 #include "service.h"
 
 namespace {
@@ -34,6 +33,7 @@ struct ServeArguments {
     Options options;
     std::string consumer;
     std::vector<std::string> faults;
+    std::vector<NamedFault> parsedFaults;
     bool json = false;
     bool quiet = false;
 };
@@ -64,33 +64,31 @@ void announce(const Service& service, const ServeArguments& arguments) {
               " books. Stop it with Ctrl-C.");
 }
 
-int serve(ServeArguments& arguments) {
-    // 1. Signals are taken by this thread alone, where they are waited for.
+/// Keeps the signals that end the service from all threads, for one to wait for them.
+sigset_t blockStopSignals() {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         sigaddset(&signals, signal);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
 
-    // 2. The service.
+/// Serves until told to stop.
+int serve(ServeArguments& arguments) {
+    const sigset_t signals = blockStopSignals();
     Options& options = arguments.options;
-    const bool json = arguments.json;
     options.report = [](const std::string& text) { std::cerr << "tavro-service: " + text + "\n"; };
     if (!arguments.quiet)
-        options.log = [json](const Request& request) {
+        options.log = [json = arguments.json](const Request& request) {
             print(json ? jsonLine(request) : readableLine(request));
         };
     Service service(options);
-    for (const std::string& text : arguments.faults) {
-        const auto [operation, fault] = parseFault(text);
+    for (const auto& [operation, fault] : arguments.parsedFaults)
         service.inject(operation, fault);
-    }
     announce(service, arguments);
-
-    // 3. Until told to stop.
     int received = 0;
     sigwait(&signals, &received);
-    service.stop();
     return done;
 }
 
@@ -160,11 +158,11 @@ CLI::App* addFaultCommand(CLI::App& app, FaultArguments& arguments) {
     return command;
 }
 
-/// Checks what the parser of the command line cannot. Throws `CLI::ValidationError`.
-void checkArguments(ServeArguments& arguments) {
+/// Reads what the parser of the command line cannot. Throws `CLI::ValidationError`.
+void parseTexts(ServeArguments& arguments) {
     try {
         for (const std::string& text : arguments.faults)
-            parseFault(text);
+            arguments.parsedFaults.push_back(parseFault(text));
     } catch (const std::invalid_argument& error) {
         throw CLI::ValidationError("--fault", error.what());
     }
@@ -181,20 +179,20 @@ void checkArguments(ServeArguments& arguments) {
 int run(int argc, char** argv) {
     CLI::App app("Local Tavro service: the device API and the book pages on this machine",
                  "tavro-service");
-    ServeArguments serve_arguments;
-    FaultArguments fault_arguments;
-    addServeOptions(app, serve_arguments);
-    const CLI::App* const fault_command = addFaultCommand(app, fault_arguments);
+    ServeArguments serveArguments;
+    FaultArguments faultArguments;
+    addServeOptions(app, serveArguments);
+    const CLI::App* const faultCommand = addFaultCommand(app, faultArguments);
     app.set_version_flag("--version", "tavro-service " TAVRO_VERSION);
     app.require_subcommand(0, 1);
     app.footer(examples + faultHelp());
     try {
         app.parse(argc, argv);
-        checkArguments(serve_arguments);
+        parseTexts(serveArguments);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? done : wrong_usage;
     }
-    return fault_command->parsed() ? control(fault_arguments) : serve(serve_arguments);
+    return faultCommand->parsed() ? control(faultArguments) : serve(serveArguments);
 }
 
 }  // namespace

@@ -10,29 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "book.h"
-#include "fault.h"
-#include "operation.h"
+#include "api/operation.h"
+#include "faults/fault.h"
+#include "faults/fault_syntax.h"
+#include "http/request_log.h"
+#include "state/book.h"
 
 namespace tavro::service {
-
-/// One request of a device and how it was answered.
-struct Request {
-    Operation operation = Operation::RegisterDevice;
-    std::string path;
-    std::string body;  ///< of an XML request; empty for a form
-    /// Form fields in the order received; the value of the part "file" is its announced name.
-    std::vector<std::pair<std::string, std::string>> fields;
-    std::string fileContentType;  ///< of the part "file"
-    std::string soapAction;
-    std::string contentType;
-    std::string accept;
-    std::string code;       ///< result code answered; empty if the connection was closed instead
-    int status = 0;         ///< HTTP status answered; 0 if the connection was closed instead
-    bool faulty = false;    ///< whether a fault had its hand in it
-    std::size_t bytes = 0;  ///< size of the answer's body as announced
-    std::chrono::milliseconds duration{0};  ///< from the first header line to the answer's start
-};
 
 /// What a service serves and how.
 struct Options {

@@ -1,8 +1,9 @@
 #include "tavroctl/progress.h"
-#include "transport/partial_file.h"
 
 #include <chrono>
 #include <cstdint>
+
+#include "transport/partial_file.h"
 
 namespace fs = std::filesystem;
 

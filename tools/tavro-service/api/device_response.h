@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "api/content.h"
+#include "api/operation.h"
+#include "api/result.h"
+
+namespace tavro::service {
+
+/// An XML element with a text or with elements of its own.
+struct Element {
+    std::string name;
+    std::string text;
+    std::vector<Element> children = {};
+};
+
+/// What goes back to the device: XML that begins with the result, unless there is other content.
+struct DeviceResponse {
+    /// XML that says `result` and then `elements`.
+    explicit DeviceResponse(const Result& result = result::success,
+                            std::vector<Element> elements = {});
+
+    std::string code;
+    int status;
+    std::string message;
+    std::vector<Element> elements;
+    std::string contentType = "text/xml; charset=utf-8";
+    std::string fileName;            ///< announced in a header line of its own unless empty
+    std::optional<Content> content;  ///< in the XML's place
+};
+
+/// The body of `response` to a request of `operation`. Texts in XML are escaped with entity
+/// references or with CDATA.
+Content bodyOf(const DeviceResponse& response, Operation operation, bool entityReferences);
+
+}  // namespace tavro::service

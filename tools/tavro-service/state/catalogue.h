@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "books/book_reader.h"
+#include "posix/temporary_file.h"
+#include "state/book.h"
+#include "state/database.h"
+
+namespace tavro::service {
+
+/// The books of a folder, one item for each file, and what devices uploaded in their place.
+class Catalogue {
+public:
+    /// Serves the files below `folder` (none if it is empty), remembers them in `database`, and
+    /// keeps uploads in the folder `uploads`, where it removes what no item refers to. `report` is
+    /// told of books that cannot be read.
+    Catalogue(Database& database, std::filesystem::path folder, std::filesystem::path uploads,
+              std::function<void(const std::string&)> report);
+
+    /// Compares the items with the folder and reads the files that are new or changed. A file that
+    /// cannot be read is reported once and skipped; an item that it had before stays as it was.
+    void refresh();
+
+    /// All items in the order of their paths, deleted ones among them.
+    std::vector<Book> books();
+
+    /// The item `id`, unless there is none or it was deleted.
+    std::optional<Book> find(int id);
+
+    /// Makes `upload`, a file in the folder of the uploads, the content of the item `id`, announced
+    /// as `fileName`, or by the item's own name if that is empty. Throws `std::system_error`.
+    void replaceContent(int id, posix::TemporaryFile& upload, const std::string& fileName);
+
+private:
+    using Stamp = std::pair<std::int64_t, std::int64_t>;  // size and time of modification
+    struct Known {
+        int id;
+        Stamp stamp;
+        bool deleted;
+    };
+
+    void compareWith(const std::set<std::string>& files);
+    std::map<std::string, Known> knownItems();
+    void update(const std::string& path, const std::map<std::string, Known>& known);
+    void store(const std::string& path, int id, Stamp stamp, const BookDetails& details);
+    int newId(const std::string& path);
+    Book bookOf(const Statement& row) const;
+    void removeUnreferencedUploads();
+
+    Database& database_;
+    std::filesystem::path folder_;
+    std::filesystem::path uploads_;
+    std::function<void(const std::string&)> report_;
+    std::map<std::string, Stamp> unreadable_;
+};
+
+}  // namespace tavro::service

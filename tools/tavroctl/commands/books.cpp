@@ -1,0 +1,38 @@
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/session.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/joined.h"
+
+namespace tavro::tools {
+
+namespace {
+
+void listBooks(const Account& account, const Output& output) {
+    const auto session = openSession(account, Need::Device);
+    auto present = presentFiles(account);
+    Listing listing{"ITEM", "TITLE", "AUTHOR", "TYPE", "FILE"};
+    for (const auto& book : session->getAddedBooks()) {
+        const auto& files = present[itemNumber(book)];
+        listing.add({{"item", book.field(BookDescription::ItemID)},
+                     {"title", book.field(BookDescription::Title)},
+                     {"author", book.field(BookDescription::Artist)},
+                     {"type", book.field(BookDescription::FileType)},
+                     {"isbn", book.field(BookDescription::ISBN)},
+                     {"cover", book.field(BookDescription::CoverArtImage)},
+                     {"status", book.field(BookDescription::Status)},
+                     {"files", files}},
+                    {book.field(BookDescription::ItemID), book.field(BookDescription::Title),
+                     book.field(BookDescription::Artist), book.field(BookDescription::FileType),
+                     files.empty() ? "-" : joined(files, ", ")});
+    }
+    output.list(listing, "There are no books yet. Next: tavroctl sync");
+}
+
+}  // namespace
+
+void addBooks(CommandLine& commandLine) {
+    commandLine.add("books", "List the books of the catalogue", "books", listBooks);
+}
+
+}  // namespace tavro::tools

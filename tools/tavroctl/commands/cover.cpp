@@ -1,0 +1,95 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+#include <regex>
+#include <utility>
+
+#include "account/failure.h"
+#include "account/files.h"
+#include "tavroctl/book_file.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/device_folder.h"
+#include "tavroctl/joined.h"
+#include "tavroctl/picture.h"
+#include "tavroctl/shared_options.h"
+
+namespace tavro::tools {
+
+namespace {
+
+constexpr int largest_side = 8192;
+constexpr unsigned columns_without_terminal = 60;
+
+struct Options {
+    std::string file;
+    std::string size = "300x400";
+    std::string outputFile;  ///< empty for none
+    bool ascii = false;
+};
+
+/// Width and height out of "WxH". Throws UsageError.
+std::pair<int, int> sizeOf(const std::string& text) {
+    static const std::regex form("([0-9]{1,4})x([0-9]{1,4})");
+    std::smatch match;
+    if (std::regex_match(text, match, form)) {
+        const std::pair size(std::stoi(match[1]), std::stoi(match[2]));
+        const auto [smaller, larger] = std::minmax(size.first, size.second);
+        if (smaller >= 1 && larger <= largest_side)
+            return size;
+    }
+    throw UsageError("'" + text + "' is no size: it is WIDTHxHEIGHT, each from 1 to " +
+                     std::to_string(largest_side));
+}
+
+/// The cover of the book file `path`, of at most `size` pixels. Throws Failure.
+Bitmap coverOf(const Account& account, const std::string& path, std::pair<int, int> size) {
+    const BookRecord known(account, path);
+    Bitmap bitmap(
+        static_cast<LecternBitmap*>(tavro_get_book_cover(path.c_str(), size.first, size.second)));
+    if (!bitmap)
+        throw Failure("there is no readable cover for " + path,
+                      "run 'tavroctl sync --background', which fetches the covers that there are");
+    return bitmap;
+}
+
+void showCover(const Options& options, const Account& account, const Output& output) {
+    requireDevicesFolder(account);
+    if (options.outputFile.empty() && !options.ascii)
+        throw UsageError("cover needs --output FILE.png, --ascii or both");
+    const auto size = sizeOf(options.size);
+    const std::string path = fullPath(account, options.file);
+    const Bitmap bitmap = coverOf(account, path, size);
+    Json json{{"file", path},
+              {"output", options.outputFile},
+              {"width", bitmap->width},
+              {"height", bitmap->height}};
+    std::string text =
+        std::to_string(bitmap->width) + "x" + std::to_string(bitmap->height) + " pixels";
+    if (!options.outputFile.empty()) {
+        replaceFile(options.outputFile, asPng(*bitmap));
+        text += " in " + displayable(options.outputFile);
+    }
+    if (options.ascii) {
+        const auto lines = asCharacters(*bitmap, output.columns(columns_without_terminal));
+        json["ascii"] = lines;
+        text.insert(0, joined(lines, "\n") + "\n");
+    }
+    output.result(json, text);
+}
+
+}  // namespace
+
+void addCover(CommandLine& commandLine) {
+    const auto options = std::make_shared<Options>();
+    CLI::App& command =
+        commandLine.add("cover", "Show or save a book's cover",
+                        "cover novel.epub --output cover.png", withOptions(showCover, options));
+    addFile(command, options->file, true);
+    command.add_option("--size", options->size, "Pixels at most, each from 1 to 8192")
+        ->option_text("WxH [300x400]");
+    command.add_option("--output", options->outputFile, "Write it as a grey PNG")
+        ->option_text("FILE.png");
+    command.add_flag("--ascii", options->ascii, "Print it as a picture of characters");
+}
+
+}  // namespace tavro::tools

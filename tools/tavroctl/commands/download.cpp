@@ -1,0 +1,118 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "account/account_lock.h"
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/failure.h"
+#include "account/session.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/joined.h"
+#include "tavroctl/progress.h"
+
+namespace tavro::tools {
+
+namespace {
+
+using Books = std::vector<BookDescription>;
+
+struct Options {
+    std::vector<std::string> items;
+    bool all = false;
+};
+
+/// The book with the item ID `item`. Throws Failure.
+const BookDescription& find(const Books& books, const std::string& item) {
+    const auto found = std::find_if(books.begin(), books.end(), [&](const auto& book) {
+        return book.field(BookDescription::ItemID) == item;
+    });
+    if (found == books.end())
+        throw Failure("the catalogue has no item " + item,
+                      "run 'tavroctl sync', then take an item ID out of 'tavroctl books'");
+    return *found;
+}
+
+/// The books with the item IDs `items`, each once. Throws Failure.
+Books chosen(const std::vector<std::string>& items, const Books& books) {
+    Books wanted;
+    for (auto item = items.begin(); item != items.end(); ++item)
+        if (std::find(items.begin(), item, *item) == item)
+            wanted.push_back(find(books, *item));
+    return wanted;
+}
+
+/// What a download run has done: the results to print, and the number of failures.
+struct Report {
+    Listing listing{"ITEM", "TITLE", "RESULT"};
+    std::size_t failures = 0;
+
+    void add(const BookDescription& book, const std::string& result, const std::string& detail) {
+        const std::string& item = book.field(BookDescription::ItemID);
+        const std::string& title = book.field(BookDescription::Title);
+        listing.add({{"item", item}, {"title", title}, {"result", result}, {"detail", detail}},
+                    {item, title, result + ": " + detail});
+    }
+};
+
+/// The books of which no file is here; the others go into `report`.
+Books missing(const Account& account, const Books& books, Report& report) {
+    auto present = presentFiles(account);
+    Books wanted;
+    for (const auto& book : books)
+        if (const auto& files = present[itemNumber(book)]; files.empty())
+            wanted.push_back(book);
+        else
+            report.add(book, "present", joined(files, ", "));
+    return wanted;
+}
+
+/// Downloads `books` one after the other; one that fails does not stop the others.
+void downloadEach(Tavro& session, const Account& account, const Output& output, const Books& books,
+                  Report& report) {
+    const auto folder = account.downloadFolder();
+    std::filesystem::create_directories(folder);
+    std::size_t number = 0;
+    for (const auto& book : books) {
+        const std::string label = std::to_string(++number) + "/" + std::to_string(books.size()) +
+                                  " " + book.field(BookDescription::Title);
+        try {
+            const DownloadProgress progress(output, folder, label);
+            report.add(book, "downloaded", downloadBook(session, account, book));
+        } catch (const Failure& failure) {
+            ++report.failures;
+            report.add(book, "failed", failure.what());
+        }
+    }
+}
+
+void download(const Options& options, const Account& account, const Output& output) {
+    if (options.all == !options.items.empty())
+        throw UsageError("download takes either item IDs (see 'tavroctl books') or --all");
+    const auto session = openSession(account, Need::Session);
+    const AccountLock lock(account);
+    Report report;
+    const auto& catalogue = session->getAddedBooks();
+    const Books books =
+        options.all ? missing(account, catalogue, report) : chosen(options.items, catalogue);
+    downloadEach(*session, account, output, books, report);
+    output.list(report.listing, "There are no books to download. Next: tavroctl sync");
+    if (report.failures > 0)
+        throw Failure(
+            std::to_string(report.failures) + " of " + std::to_string(books.size()) +
+                " downloads failed",
+            "run the same command again; 'tavroctl sync' tells whether service and session "
+            "are alive, --trace shows the exchange");
+}
+
+}  // namespace
+
+void addDownload(CommandLine& commandLine) {
+    const auto options = std::make_shared<Options>();
+    CLI::App& command = commandLine.add("download", "Download books", "download --all",
+                                        withOptions(download, options));
+    command.add_option("ITEM", options->items, "Item IDs, also of books that are there");
+    command.add_flag("--all", options->all, "All books that are not there yet");
+}
+
+}  // namespace tavro::tools

@@ -1,0 +1,130 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "account/account_lock.h"
+#include "account/failure.h"
+#include "account/journal.h"
+#include "platform/device_paths.h"
+#include "tavro_client.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/device_folder.h"
+#include "tavroctl/plain_word.h"
+#include "tavroctl/shared_options.h"
+
+namespace fs = std::filesystem;
+
+namespace tavro::tools {
+
+namespace {
+
+/// What lies directly in `folder`, apart from what `isMeant` turns down.
+template <typename Filter>
+std::vector<std::string> namesIn(const fs::path& folder, Filter isMeant) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error))
+        if (isMeant(*entry))
+            names.push_back(entry->path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// Whether log-out removes `entry` of the download folder: a file that is not hidden.
+bool goesAtLogOut(const fs::directory_entry& entry) {
+    return entry.path().filename().string()[0] != '.' &&
+           entry.symlink_status().type() != fs::file_type::directory;
+}
+
+/// Says what `Log out?` is about.
+std::string whatGoes(const Account& account, std::size_t files) {
+    const std::size_t pending = pendingChanges(account).size();
+    const std::string lost =
+        pending == 0 ? "" : ", with " + std::to_string(pending) + " changes the service lacks";
+    return "Log-out removes\n  the account's configuration folder " + account.folder() + lost +
+           "\n  " + std::to_string(files) + " files directly in the download folder " +
+           account.downloadFolder().string() + "\n  the hidden files folder " +
+           device_paths::hidden_files_folder + "\n";
+}
+
+/// Asks at the terminal whether to log out. Throws UsageError without one, Failure for a no.
+void confirmLogOut(const Output& output, const std::string& what) {
+    if (::isatty(STDIN_FILENO) != 1)
+        throw UsageError("standard input is no terminal to ask for a confirmation: say --yes");
+    output.prompt(what + "Log out? [y/N] ");
+    std::string answer;
+    std::getline(std::cin, answer);
+    if (answer != "y" && answer != "Y" && answer != "yes")
+        throw Failure("nothing was changed");
+}
+
+/// Sees that the shell, to which the library gives `folder` as it is, reads no other path.
+void requirePlainFolder(const std::string& folder, const std::string& advice) {
+    if (!folder.empty() && (folder[0] != '/' || !isPlainWord(folder)))
+        throw Failure("log-out would have the shell read '" + folder + "' as something else",
+                      advice);
+}
+
+/// Has the library log out, under the account's lock if there is an account.
+void logOutNow(const Account& account) {
+    std::optional<AccountLock> lock;
+    std::error_code missing;
+    if (fs::is_directory(account.folder(), missing))
+        lock.emplace(account);
+    // A relative path of the book map must hit nothing, and `rm` must not ask where nobody sees it.
+    fs::current_path(account.folder(), missing);
+    const posix::FileDescriptor nowhere(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    ::dup2(nowhere.get(), STDIN_FILENO);
+    TavroClient().LogOut();
+}
+
+/// Sees that log-out has removed what it should, with the books out of `folder`. Throws Failure.
+void requireGone(const Account& account, const std::string& folder) {
+    std::error_code missing;
+    if (fs::exists(account.folder(), missing))
+        throw Failure("the configuration folder " + account.folder() + " is still there",
+                      "check its permissions and run the same command again");
+    if (const std::size_t undeleted = namesIn(folder, goesAtLogOut).size(); undeleted > 0)
+        throw Failure(std::to_string(undeleted) + " files are still in " + folder,
+                      "check its permissions and remove them");
+}
+
+void logOut(bool confirmed, const Account& account, const Output& output) {
+    requireDevicesFolder(account);
+    const std::string folder = account.downloadFolder();
+    requirePlainFolder(folder,
+                       "move the books to a folder with a plain name and name that with 'tavroctl "
+                       "setup --folder'");
+    requirePlainFolder(account.folder(), "build with a TAVRO_DEVICE_ROOT that has a plain name");
+    const std::size_t files = namesIn(folder, goesAtLogOut).size();
+    if (!confirmed)
+        confirmLogOut(output, whatGoes(account, files));
+    logOutNow(account);
+    requireGone(account, folder);
+
+    const auto left = namesIn(folder, [](const auto&) { return true; });
+    const std::string rest =
+        left.empty() ? "nothing" : std::to_string(left.size()) + " subfolders and hidden files";
+    output.result({{"loggedOut", true}, {"removed", files}, {"left", left}},
+                  "Logged out. The account is gone" +
+                      (folder.empty() ? "."
+                                      : ", and " + std::to_string(files) + " files of " + folder +
+                                            ", where " + rest + " stays."));
+}
+
+}  // namespace
+
+void addLogout(CommandLine& commandLine) {
+    const auto yes = std::make_shared<bool>(false);
+    CLI::App& command =
+        commandLine.add("logout", "Remove all local state of the account and its books", "logout",
+                        withOptions(logOut, yes));
+    addFlag(command, "--yes", *yes, "Without asking first");
+}
+
+}  // namespace tavro::tools

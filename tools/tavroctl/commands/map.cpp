@@ -1,0 +1,28 @@
+#include "account/book_map.h"
+#include "tavroctl/account_steps.h"
+#include "tavroctl/command_line.h"
+
+namespace tavro::tools {
+
+namespace {
+
+void showMap(const Account& account, const Output& output) {
+    const std::string folder = account.downloadFolder().string() + "/";
+    Listing listing{"FILE", "ITEM", "STATE"};
+    for (const auto& [name, item] : mappedFiles(account)) {
+        const bool present = std::filesystem::is_regular_file(folder + name);
+        listing.add({{"file", name}, {"item", item}, {"present", present}},
+                    {name, std::to_string(item), present ? "present" : "missing"});
+    }
+    const std::string step = missingStep(account);
+    output.list(listing, "No files are mapped yet. Next: " +
+                             (step.empty() ? "tavroctl download --all" : step));
+}
+
+}  // namespace
+
+void addMap(CommandLine& commandLine) {
+    commandLine.add("map", "Show which file belongs to which item", "map", showMap);
+}
+
+}  // namespace tavro::tools

@@ -1,0 +1,154 @@
+#include <lectern.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <regex>
+
+#include "account/failure.h"
+#include "platform/device_paths.h"
+#include "server/built_in_settings.h"
+#include "server/connection_keys.h"
+#include "session/account_keys.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/plain_word.h"
+#include "tavroctl/service_url.h"
+#include "tavroctl/shared_options.h"
+#include "tavroserver.h"
+
+namespace fs = std::filesystem;
+
+namespace tavro::tools {
+
+namespace {
+
+constexpr int highest_port = 65535;
+
+struct Options {
+    std::string service;
+    Settings settings;  ///< those not given are empty
+};
+
+/// A serial number that no second device folder is likely to get.
+std::string newSerialNumber() {
+    std::random_device random;
+    std::string digits;
+    for (int count = 0; count < 8; ++count)
+        digits += "0123456789ABCDEF"[random() % 16];
+    return "DESKTOP-" + digits;
+}
+
+/// Where the device keeps its books; beside a configuration folder elsewhere, a folder inside it.
+fs::path defaultDownloadFolder(const Account& account) {
+    const fs::path standard = device_paths::configuration_folder;
+    if (account.folder() != standard)
+        return fs::path(account.folder()) / "books";
+    return standard.parent_path().parent_path().parent_path() / "Tavro";
+}
+
+/// Full path of the download folder `folder`. Throws UsageError when log-out could not delete it.
+std::string plainFolder(const std::string& folder) {
+    std::string path = fs::absolute(folder).lexically_normal();
+    if (!isPlainWord(path))
+        throw UsageError(
+            "'" + path +
+            "' is no folder for books: log-out gives its path to the shell as it is, so "
+            "it may hold letters, digits and " +
+            device_paths::plain_punctuation + " only");
+    return path;
+}
+
+/// The values to write: those given, and a default for each required one that is missing.
+Settings completed(const Account& account, const Settings& given) {
+    Settings settings;
+    for (const auto& [key, value] : given)
+        if (!value.empty())
+            settings[key] = key == account_keys::download_folder ? plainFolder(value) : value;
+    const Settings defaults{
+        {account_keys::serial_number, newSerialNumber()},
+        {account_keys::consumer_id, "tavro-desktop"},
+        {account_keys::consumer_password, "tavro-desktop"},
+        {account_keys::device_type, "desktop"},
+        {account_keys::download_folder, defaultDownloadFolder(account).string()}};
+    for (const auto& [key, value] : defaults)
+        if (account.value(key).empty())
+            settings.emplace(key, value);
+    return settings;
+}
+
+/// The server settings that send everything to the service at `address`.
+Settings serverSettings(const std::string& address) {
+    static const std::regex form(
+        R"(http://(\[[0-9A-Fa-f:.]+\]|[A-Za-z0-9._-]+)(:([0-9]{1,5}))?/?)");
+    std::smatch match;
+    const bool matches = std::regex_match(address, match, form);
+    const std::string port = matches && match[3].matched ? match[3].str() : "80";
+    if (!matches || std::stoi(port) < 1 || std::stoi(port) > highest_port)
+        throw UsageError("'" + address +
+                         "' is no service address: it is http://HOST or http://HOST:PORT, and "
+                         "nothing else (the device speaks plain HTTP only)");
+    const std::string host = "http://" + match[1].str();
+    return {{connection_keys::base_api_url, host + service_paths::device_api},
+            {connection_keys::api_port, port},
+            {connection_keys::upload_url, host + service_paths::upload},
+            {connection_keys::upload_port, port},
+            {connection_keys::download_url, host + service_paths::download},
+            {connection_keys::download_port, port}};
+}
+
+/// Writes `settings` into the device's server-settings file and sees that the library takes them.
+void storeServerSettings(const Settings& settings) {
+    const fs::path file = device_paths::server_settings;
+    fs::create_directories(file.parent_path());
+    storeSettings(file, settings);
+    const TavroServer reader("");
+    if (TavroServer::baseApiUrl != settings.at(connection_keys::base_api_url))
+        throw Failure("the library does not read " + file.string() +
+                          " on a device with partner code " +
+                          std::to_string(GetCustomizedPartner()),
+                      "take partner code 12 or 16");
+}
+
+void setUp(const Options& options, Account& account, const Output& output) {
+    const Settings settings = completed(account, options.settings);
+    if (!options.service.empty())
+        storeServerSettings(serverSettings(options.service));
+
+    fs::create_directories(account.folder());
+    const std::string formerEmail = account.value(account_keys::email);
+    account.store(settings);
+    if (account.value(account_keys::email) != formerEmail)
+        account.forgetSession();
+    fs::create_directories(account.downloadFolder());
+
+    output.summary({{"configuration", account.folder()},
+                    {"downloadFolder", account.downloadFolder()},
+                    {"serialNumber", account.value(account_keys::serial_number)},
+                    {"email", account.value(account_keys::email)},
+                    {"service", serviceUrl()}});
+}
+
+}  // namespace
+
+void addSetup(CommandLine& commandLine) {
+    const auto options = std::make_shared<Options>();
+    CLI::App& command =
+        commandLine.add("setup", "Write the account configuration, keeping what it holds",
+                        "setup --service http://127.0.0.1:8080 --email ada@reader.example",
+                        withOptions(setUp, options));
+    command.add_option("--service", options->service, "The service, as http://HOST:PORT");
+    const auto add = [&](const char* name, const char* key, const char* description) {
+        addSendable(command, name, options->settings[key], description);
+    };
+    add("--email", account_keys::email, "E-mail address of the account");
+    add("--first-name", account_keys::first_name, "First name, sent by signup");
+    add("--last-name", account_keys::last_name, "Last name, sent by signup");
+    add("--serial", account_keys::serial_number, "Serial number (default: a random one)");
+    add("--consumer", account_keys::consumer_id, "Consumer ID sent at registration");
+    add("--type", account_keys::device_type, "Device type sent at registration");
+    command.add_option("--folder", options->settings[account_keys::download_folder],
+                       "Folder of the downloaded books");
+}
+
+}  // namespace tavro::tools

@@ -1,0 +1,71 @@
+#include <algorithm>
+#include <memory>
+
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/failure.h"
+#include "account/journal.h"
+#include "account/session.h"
+#include "session/account_keys.h"
+#include "tavroctl/account_steps.h"
+#include "tavroctl/book_file.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/service_url.h"
+#include "tavroctl/shared_options.h"
+
+namespace tavro::tools {
+
+namespace {
+
+void showFileStatus(const std::string& file, const Account& account, const Output& output) {
+    const std::string path = fullPath(account, file);
+    if (!std::filesystem::is_regular_file(path))
+        throw Failure("there is no file " + path,
+                      "name a file of the download folder, or see 'tavroctl books'");
+    constexpr const char* states[] = {"present", "not pending", "pending"};
+    output.summary({{"file", path}, {"status", states[tavro_get_book_status(path.c_str())]}});
+}
+
+void showStatus(const Account& account, const Output& output) {
+    const bool configured = account.isConfigured();
+    const bool registered = configured && account.isRegistered();
+    std::vector<BookDescription> books;
+    if (registered)
+        books = openSession(account, Need::Device)->getAddedBooks();
+    const auto present = presentFiles(account);
+    const auto downloaded = std::count_if(books.begin(), books.end(), [&](const auto& book) {
+        return present.count(itemNumber(book)) > 0;
+    });
+    const std::size_t pending = pendingChanges(account).size();
+    const std::string step = missingStep(account);
+    const bool complete = static_cast<std::size_t>(downloaded) == books.size();
+    output.summary({{"configuration", account.folder()},
+                    {"configured", configured},
+                    {"email", account.value(account_keys::email)},
+                    {"downloadFolder", account.downloadFolder()},
+                    {"service", serviceUrl()},
+                    {"registered", registered},
+                    {"loggedIn", registered && account.isLoggedIn()},
+                    {"books", books.size()},
+                    {"downloaded", downloaded},
+                    {"pending", pending},
+                    {"next", !step.empty()   ? step
+                             : pending > 0   ? "tavroctl replay"
+                             : books.empty() ? "tavroctl sync"
+                             : complete      ? ""
+                                             : "tavroctl download --all"}});
+}
+
+}  // namespace
+
+void addStatus(CommandLine& commandLine) {
+    const auto file = std::make_shared<std::string>();
+    CLI::App& command = commandLine.add(
+        "status", "Show where things stand, or whether a file is present or pending",
+        "status novel.epub", [file](const Account& account, const Output& output) {
+            file->empty() ? showStatus(account, output) : showFileStatus(*file, account, output);
+        });
+    addFile(command, *file, false);
+}
+
+}  // namespace tavro::tools

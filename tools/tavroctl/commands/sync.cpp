@@ -1,0 +1,50 @@
+#include <memory>
+
+#include "account/account_lock.h"
+#include "account/catalogue.h"
+#include "account/own_files.h"
+#include "account/session.h"
+#include "platform/device_paths.h"
+#include "tavro_client.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/device_folder.h"
+#include "tavroctl/shared_options.h"
+
+namespace tavro::tools {
+
+namespace {
+
+void syncInBackground(const Account& account, const Output& output) {
+    requireApplication(account, device_paths::sync_application);
+    TavroClient().StartSync();
+    const std::string log = account.file(own_files::sync_log);
+    output.result({{"started", true}, {"log", log}},
+                  "The synchronisation has started; what it does stands in " + log);
+}
+
+void sync(const Account& account, const Output& output) {
+    const auto session = openSession(account, Need::Session);
+    const AccountLock lock(account);
+    synchronise(*session, account);
+    const std::size_t books = session->getAddedBooks().size();
+    const std::size_t deleted = session->server->getDeletedBooks().size();
+    output.result(
+        {{"books", books}, {"deleted", deleted}, {"serverTime", session->server->serverTime}},
+        std::to_string(books) + " books in the catalogue, " + std::to_string(deleted) +
+            " deleted by the service. Next: tavroctl books, tavroctl download --all");
+}
+
+}  // namespace
+
+void addSync(CommandLine& commandLine) {
+    const auto background = std::make_shared<bool>(false);
+    CLI::App& command =
+        commandLine.add("sync", "Fetch the catalogue", "sync --background",
+                        [background](const Account& account, const Output& output) {
+                            *background ? syncInBackground(account, output) : sync(account, output);
+                        });
+    addFlag(command, "--background", *background,
+            "Start the device's synchronisation application instead: all in one round");
+}
+
+}  // namespace tavro::tools

@@ -1,0 +1,49 @@
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
+#include <optional>
+
+#include "account/failure.h"
+#include "console/quiet_library.h"
+#include "platform/device_paths.h"
+#include "tavro_client.h"
+#include "tavroctl/account_steps.h"
+#include "tavroctl/command_line.h"
+#include "tavroctl/device_folder.h"
+
+namespace tavro::tools {
+
+namespace {
+
+/// Waits until the started program has ended. Whoever takes its status, this does not.
+void waitForProgram() {
+    siginfo_t ended{};
+    while (::waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR)
+        continue;
+}
+
+void runWizard(const Account& account, const Output& output) {
+    requireApplication(account, device_paths::wizard_application);
+    std::optional<QuietLibrary> divertedFromResult;
+    if (output.isJson())
+        divertedFromResult.emplace(output, true);
+    std::signal(SIGINT, [](int) {});  // Ctrl-C is for the wizard, in which this handler is reset
+    TavroClient client;
+    if (client.StartLoginWizard() < 0)
+        throw Failure("the login wizard cannot be started",
+                      "lay the device root out with scripts/device-root again");
+    waitForProgram();
+    if (!client.IsLoggedIn())
+        throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
+    printLoggedIn(Account(account.folder()), output);  // as the wizard has left it
+}
+
+}  // namespace
+
+void addWizard(CommandLine& commandLine) {
+    commandLine.add("wizard", "Log in with the device's login wizard", "wizard", runWizard,
+                    CommandLine::Streams::AsTheyAre);  // the wizard takes them over
+}
+
+}  // namespace tavro::tools
