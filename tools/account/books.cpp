@@ -7,10 +7,6 @@ namespace fs = std::filesystem;
 
 namespace tavro::tools {
 
-bool isPresent(const Account& account, const std::string& name) {
-    return fs::is_regular_file(account.bookFile(name));
-}
-
 std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
     const std::string folder = account.downloadFolder().string() + "/";
     std::map<int, std::vector<std::string>> present;
