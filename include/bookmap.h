@@ -35,6 +35,11 @@ public:
 
     /// Opens the file, creating it if missing, and waits for its lock.
     ///
+    /// The lock is of this object's descriptor: while it is held, an operation of another `BookMap`
+    /// on the same file blocks for ever, in this process and thread as well. `Add`, `Remove`,
+    /// `GetBookMap` and `GetIdMap` of this object open the file anew and give the lock up, so
+    /// between `LockFile` and `saveMapInt` only `loadMapInt` and the maps themselves are used.
+    ///
     /// @return 0, or -1 with `fd_` -1 when the file cannot be opened (logged) or locked.
     int LockFile();
 

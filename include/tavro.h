@@ -153,7 +153,8 @@ public:
 
     /// Downloads a book into the download folder under a name that no file there has, and records
     /// it in the book map before it gets that name. Needs a session. When the transfer fails, a
-    /// file that already has the announced name is removed, and the partial file stays.
+    /// file that already has the announced name is removed, and the partial file stays. A download
+    /// brings no result code: `lastError` stays as the last request left it.
     ///
     /// @param book the book, of which the item ID counts.
     /// @return the file's name relative to the download folder, empty when nothing was downloaded.
@@ -164,7 +165,8 @@ public:
     /// a session.
     ///
     /// @param oldPath the replaced file; only the part behind the last "/" counts.
-    /// @param newPath the file that replaced it; likewise.
+    /// @param newPath the file that replaced it; likewise. Whether it exists is not looked at: a
+    ///     change without its file is tried and paused for in every replay.
     /// @param upload whether to try the upload.
     /// @return true when the change was journalled, uploaded or not; false when the book map does
     ///     not know the old name.

@@ -49,8 +49,9 @@ TAVRO_EXPORTED int tavro_get_book_info(const char* path, struct tavro_book_info*
 /**
  * Tells whether a file stands for a book that is still to be downloaded.
  *
- * Waits while the synchronisation application rewrites the download list. A result of 2 keeps the
- * list's shared lock until the process ends.
+ * Waits while the synchronisation application rewrites the download list. A result of 2 keeps a
+ * descriptor with the list's shared lock until the process ends: ask once for each pending file, and
+ * keep the answer.
  *
  * @param path full path of the file.
  * @return 0: it stands for no other file; 1: its download is not pending (or nobody knows); 2: it
@@ -59,8 +60,8 @@ TAVRO_EXPORTED int tavro_get_book_info(const char* path, struct tavro_book_info*
 TAVRO_EXPORTED int tavro_get_book_status(const char* path);
 
 /**
- * Loads the cover of a book. Makes a session of its own for each call and waits for the book map's
- * lock.
+ * Loads the cover of a book, an image that the synchronisation application has fetched: nothing is
+ * fetched here. Makes a session of its own for each call and waits for the book map's lock.
  *
  * @param path full path of the book's file.
  * @param width of the result in pixels; a BMP cover keeps its own size.

@@ -23,10 +23,6 @@ void requireEntry(const Account& account, const std::string& name, int item) {
 
 }  // namespace
 
-bool isPresent(const Account& account, const std::string& name) {
-    return isRegularFile(account.bookFile(name));
-}
-
 std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
     const std::string folder = account.downloadFolder().string() + "/";
     std::map<int, std::vector<std::string>> present;

@@ -9,9 +9,6 @@
 
 namespace tavro::tools {
 
-/// Whether the book file `name` lies in the download folder.
-bool isPresent(const Account& account, const std::string& name);
-
 /// Names of the mapped book files that lie in the download folder, by the item they belong to.
 std::map<int, std::vector<std::string>> presentFiles(const Account& account);
 
