@@ -10,7 +10,7 @@
 #include <pugixml.hpp>
 
 #include "support/temporary_folder.h"
-#include "text/clean_text.h"
+#include "text/text.h"
 
 namespace fs = std::filesystem;
 

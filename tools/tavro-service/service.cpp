@@ -1,12 +1,9 @@
 #include "service.h"
 
 #include "api/device_api.h"
-#include "faults/fault_queue.h"
-#include "http/control_pages.h"
 #include "http/device_pages.h"
 #include "http/http_server.h"
-#include "http/public_pages.h"
-#include "http/rules.h"
+#include "http/service_pages.h"
 
 namespace tavro::service {
 
@@ -18,9 +15,7 @@ public:
               [this](const std::string& text) { log.report(text); }),
           server(options.address, options.port),
           devicePages(server, api, faults, log, {options.maximumBody, options.entityReferences}) {
-        addControlPages(server.pages(), api, faults, log, options.maximumBody);
-        addPublicPages(server.pages(), api);
-        addRules(server.pages(), log, options.maximumBody);
+        addServicePages(server.pages(), api, faults, log, options.maximumBody);
         server.listen();
     }
     ~Implementation() { server.stop(); }

@@ -2,16 +2,25 @@
 
 #include <string_view>
 
-#include "books/book_error.h"
-#include "books/book_file.h"
-#include "books/format_readers.h"
-#include "text/clean_text.h"
+#include "books/book_format.h"
+#include "text/text.h"
 
 namespace fs = std::filesystem;
 
 namespace tavro::service {
 
 namespace {
+
+BookDetails readPdf(const fs::path& path) {
+    if (readStart(path, 1024).find("%PDF-") == std::string::npos)
+        throw BookError("not a PDF document");
+    return {};
+}
+
+BookDetails readPlainText(const fs::path& path) {
+    readStart(path, 1);
+    return {};
+}
 
 struct BookFormat {
     std::string_view extension;  ///< also the type that a device is told

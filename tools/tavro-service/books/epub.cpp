@@ -1,10 +1,9 @@
 #include <optional>
 
-#include "books/book_error.h"
-#include "books/format_readers.h"
+#include "books/book_format.h"
 #include "books/xml_document.h"
 #include "books/zip_archive.h"
-#include "text/hex.h"
+#include "text/text.h"
 
 namespace fs = std::filesystem;
 

@@ -1,6 +1,4 @@
-#include "books/book_error.h"
-#include "books/book_file.h"
-#include "books/format_readers.h"
+#include "books/book_format.h"
 #include "books/xml_document.h"
 #include "books/zip_archive.h"
 

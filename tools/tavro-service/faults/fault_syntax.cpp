@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "text/hex.h"
+#include "text/text.h"
 
 namespace tavro::service {
 

@@ -10,10 +10,9 @@
 #include <utility>
 
 #include "api/result.h"
-#include "faults/fault_effect.h"
+#include "faults/fault.h"
 #include "faults/fault_syntax.h"
 #include "http/body_reader.h"
-#include "http/connections.h"
 
 namespace tavro::service {
 
@@ -94,7 +93,7 @@ void DevicePages::handle(Operation operation, const httplib::Request& request,
     log_.add(std::move(entry));
 
     if (fault.closeConnection)
-        shutDownConnections(request.local_port, request.remote_port);
+        server_.shutDownConnections(request.remote_port);
     else
         send(answered, body, fault.cutAfter, response);
 }

@@ -7,7 +7,6 @@
 #include "api/device_api.h"
 #include "api/operation.h"
 #include "faults/fault.h"
-#include "faults/fault_queue.h"
 #include "http/http_server.h"
 #include "http/request_log.h"
 

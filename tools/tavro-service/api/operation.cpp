@@ -1,7 +1,8 @@
+#include "api/operation.h"
+
 #include <stdexcept>
 
 #include "api/handlers.h"
-#include "api/operation.h"
 
 namespace tavro::service {
 
