@@ -54,10 +54,10 @@ public:
     explicit Device(const Service& service) : client_("127.0.0.1", service.port()) {}
 
     httplib::Result post(Operation operation, const std::string& body) {
-        return client_.Post(descriptionOf(operation).path, body, "application/xml; charset=utf-8");
+        return client_.Post(descriptionOf(operation).path(), body, "application/xml; charset=utf-8");
     }
     httplib::Result form(Operation operation, const httplib::MultipartFormDataItems& parts) {
-        return client_.Post(descriptionOf(operation).path, parts);
+        return client_.Post(descriptionOf(operation).path(), parts);
     }
     httplib::MultipartFormDataItems fields(const std::string& item) const {
         return {{"Token", token, "", ""}, {"SessionId", session, "", ""}, {"ItemId", item, "", ""}};
@@ -270,7 +270,7 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
         return sent++ < 3 ? sink.write(longName.data(), 2000) : (sink.done(), true);
     };
     EXPECT_EQ(
-        codeOf(client.Post(descriptionOf(Operation::LoginUser).path, unannounced, "text/xml")),
+        codeOf(client.Post(descriptionOf(Operation::LoginUser).path(), unannounced, "text/xml")),
         "2003");
 
     const std::string id = idAt(service, "tides.txt");

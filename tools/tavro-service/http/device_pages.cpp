@@ -64,7 +64,7 @@ DevicePages::DevicePages(HttpServer& server, DeviceApi& api, FaultQueue& faults,
                          Settings settings)
     : server_(server), api_(api), faults_(faults), log_(log), settings_(settings) {
     for (const OperationDescription& description : allOperations()) {
-        server_.pages().Post(exactly(description.path),
+        server_.pages().Post(exactly(description.path()),
                              [this, operation = description.operation](
                                  const auto& request, auto& response, const auto& reader) {
                                  handle(operation, request, response, reader);
