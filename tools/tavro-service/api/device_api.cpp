@@ -1,8 +1,5 @@
 #include "api/device_api.h"
 
-#include <stdexcept>
-#include <utility>
-
 namespace fs = std::filesystem;
 
 namespace tavro::service {

@@ -7,7 +7,6 @@
 #include <memory>
 #include <pugixml.hpp>
 #include <sstream>
-#include <utility>
 
 #include "posix/file_descriptor.h"
 #include "posix/system_error.h"

@@ -27,7 +27,6 @@ struct BookFormat {
     BookDetails (*read)(const fs::path& path);
 };
 
-/// Every format of book.
 constexpr BookFormat book_formats[] = {
     {"epub", readEpub},
     {"fb2", readFictionBook},
@@ -45,7 +44,6 @@ const BookFormat* formatOf(const fs::path& path) {
     return nullptr;
 }
 
-/// Media type of the image `bytes`: JPEG or PNG; empty if it is neither.
 std::string imageType(std::string_view bytes) {
     if (bytes.substr(0, 3) == "\xFF\xD8\xFF")
         return "image/jpeg";

@@ -61,7 +61,6 @@ void readMetadata(pugi::xml_node metadata, BookDetails& details) {
     }
 }
 
-/// Where the container says that the package document is.
 fs::path packagePath(const ZipArchive& archive) {
     const auto container = parseXml(archive.read("META-INF/container.xml"));
     return attributeOf(findElement(container.root(), "rootfile"), "full-path");

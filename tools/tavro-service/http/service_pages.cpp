@@ -1,17 +1,11 @@
-#include "http/service_pages.h"
-
 #include <algorithm>
 #include <cstdint>
-#include <exception>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
-#include <string>
-#include <utility>
 
-#include "api/result.h"
 #include "books/book_reader.h"
 #include "faults/fault_syntax.h"
 #include "http/body_reader.h"
+#include "http/pages.h"
 
 namespace tavro::service {
 
@@ -22,13 +16,13 @@ bool isLoopback(const std::string& address) {
            address.rfind("::ffff:127.", 0) == 0;
 }
 
-std::string describe(DeviceApi& api, const FaultQueue& faults, const RequestLog& log) {
-    const auto items = api.books();
+std::string describe(const PageContext& context) {
+    const auto items = context.api.books();
     const auto present =
         std::count_if(items.begin(), items.end(), [](const Book& book) { return !book.deleted; });
-    nlohmann::ordered_json json = {{"books", present}, {"requests", log.requests().size()}};
+    nlohmann::ordered_json json = {{"books", present}, {"requests", context.log.requests().size()}};
     json["faults"] = nlohmann::json::array();
-    for (const NamedFault& fault : faults.pending())
+    for (const NamedFault& fault : context.faults.pending())
         json["faults"].push_back(nlohmann::ordered_json::parse(faultToJson(fault)));
     return json.dump() + "\n";
 }
@@ -40,21 +34,21 @@ bool mayControl(const httplib::Request& request) {
     return isLoopback(request.remote_addr) && (request.method != "POST" || json);
 }
 
-void addControlPages(httplib::Server& server, DeviceApi& api, FaultQueue& faults,
-                     const RequestLog& log, std::size_t maximumBody) {
-    const auto sendStatus = [&api, &faults, &log](const auto&, auto& response) {
-        response.set_content(describe(api, faults, log), "application/json");
+void addControlPages(const PageContext& context) {
+    httplib::Server& server = context.server.pages();
+    const auto sendStatus = [context](const auto&, auto& response) {
+        response.set_content(describe(context), "application/json");
     };
     server.Get("/control/status", sendStatus);
-    server.Delete("/control/faults", [&faults, sendStatus](const auto& request, auto& response) {
-        faults.clear();
+    server.Delete("/control/faults", [context, sendStatus](const auto& request, auto& response) {
+        context.faults.clear();
         sendStatus(request, response);
     });
-    server.Post("/control/faults", [&faults, sendStatus, maximumBody](
-                                       const auto& request, auto& response, const auto& reader) {
+    server.Post("/control/faults", [context, sendStatus](const auto& request, auto& response,
+                                                         const auto& reader) {
         try {
-            auto [operation, fault] = faultFromJson(readBody(request, reader, maximumBody));
-            faults.add(operation, std::move(fault));
+            auto [operation, fault] = faultFromJson(readBody(request, reader, context.maximumBody));
+            context.faults.add(operation, std::move(fault));
             sendStatus(request, response);
         } catch (const std::invalid_argument& error) {
             response.status = 400;
@@ -87,7 +81,6 @@ void addPublicPages(httplib::Server& server, DeviceApi& api) {
 
 using Handled = httplib::Server::HandlerResponse;
 
-/// Refuses what no page is to see.
 Handled refuse(const httplib::Request& request, httplib::Response& response) {
     if (request.path.rfind("/control/", 0) == 0 && !mayControl(request))
         response.status = 403;
@@ -98,7 +91,6 @@ Handled refuse(const httplib::Request& request, httplib::Response& response) {
     return Handled::Handled;
 }
 
-/// The HTTP status for the exception `problem` of a page.
 int statusOf(const httplib::Request& request, const std::exception_ptr& problem, RequestLog& log) {
     try {
         std::rethrow_exception(problem);
@@ -125,11 +117,10 @@ void addRules(httplib::Server& server, RequestLog& log, std::size_t maximumBody)
 
 }  // namespace
 
-void addServicePages(httplib::Server& server, DeviceApi& api, FaultQueue& faults, RequestLog& log,
-                     std::size_t maximumBody) {
-    addControlPages(server, api, faults, log, maximumBody);
-    addPublicPages(server, api);
-    addRules(server, log, maximumBody);
+void addServicePages(const PageContext& context) {
+    addControlPages(context);
+    addPublicPages(context.server.pages(), context.api);
+    addRules(context.server.pages(), context.log, context.maximumBody);
 }
 
 }  // namespace tavro::service
