@@ -27,7 +27,7 @@ Picture taken(LecternBitmap* bitmap) {
     EXPECT_EQ(bitmap->row_bytes, bitmap->width);
     Picture picture{bitmap->width, bitmap->height};
     const unsigned char* const first = LecternBitmapPixels(bitmap);
-    picture.insert(picture.end(), first, first + bitmap->width * bitmap->height);
+    picture.insert(picture.end(), first, first + long{bitmap->width} * bitmap->height);
     return picture;
 }
 
@@ -123,8 +123,8 @@ TEST_F(Images, JpegFitsTheFrameUprightInTheBrightnessAndContrastAskedFor) {
         ASSERT_EQ(picture.size(), 2U + static_cast<unsigned>(c.width * c.height));
         EXPECT_EQ(picture[0], c.width);
         std::vector<int> greys;
-        for (const int y : {c.height / 4, c.height * 3 / 4})
-            for (const int x : {c.width / 4, c.width * 3 / 4})
+        for (const long y : {c.height / 4, c.height * 3 / 4})
+            for (const long x : {c.width / 4, c.width * 3 / 4})
                 greys.push_back(picture[static_cast<std::size_t>(2 + y * c.width + x)]);
         EXPECT_THAT(greys, Pointwise(DoubleNear(3), c.greys));
     }

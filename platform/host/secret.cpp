@@ -21,8 +21,10 @@ std::uint64_t keyWord(std::uint64_t salt, std::size_t index) {
 
 /// Combines `bytes` with the key stream of `salt`; a second time restores them.
 std::string combined(std::uint64_t salt, std::string bytes) {
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] ^= static_cast<char>(keyWord(salt, i / word_size) >> (8 * (i % word_size)));
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const std::uint64_t key = keyWord(salt, i / word_size) >> (8 * (i % word_size));
+        bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(key));
+    }
     return bytes;
 }
 
