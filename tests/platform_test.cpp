@@ -33,7 +33,7 @@ protected:
                      decltype(&ReadString) read = ReadString) const {
         writeFile(path, content);
         LecternConfig* const config = OpenConfig(path.c_str(), nullptr);
-        const std::string result = read(config, key, "?");
+        std::string result = read(config, key, "?");
         CloseConfigNoSave(config);
         return result;
     }
