@@ -70,7 +70,7 @@ void WriteSecret(LecternConfig* config, const char* key, const char* value);
  * Saves (atomically, mode 0600 for a new file) and frees.
  *
  * @param config the handle.
- * @return 0, or -1 when saving failed; the handle is freed either way.
+ * @return 0, or -1 with the reason in `errno` when saving failed; the handle is freed either way.
  */
 int CloseConfig(LecternConfig* config);
 
