@@ -13,7 +13,7 @@ public:
     /// Makes an object that holds nothing. Touches no file.
     TavroClient();
 
-    /// Checks nothing.
+    /// Names the folder of the account; whether it is there is not checked.
     ///
     /// @return the configuration folder of the account, as `Tavro::init` takes it.
     std::string GetProfile();

@@ -10,7 +10,7 @@
 #include <pugixml.hpp>
 
 #include "support/temporary_folder.h"
-#include "text/clean_text.h"
+#include "text/text.h"
 
 namespace fs = std::filesystem;
 
@@ -29,14 +29,14 @@ Options serving(const fs::path& books, const fs::path& database = {}) {
     return options;
 }
 
-using Elements = std::vector<std::pair<std::string, std::string>>;
+/// An XML element whose `value` stands in it as it is.
+std::string element(const std::string& name, const std::string& value) {
+    return "\t<" + name + ">" + value + "</" + name + ">\n";
+}
 
-/// An XML request with `elements`, whose values stand in it as they are.
-std::string xml(const std::string& root, const Elements& elements) {
-    std::string text = "<" + root + " xmlns=\"http://www.tavro.example/deviceAPI\">\n";
-    for (const auto& [name, value] : elements)
-        text += "\t<" + name + ">" + value + "</" + name + ">\n";
-    return text + "</" + root + ">";
+std::string xml(const std::string& root, const std::string& elements) {
+    return "<" + root + " xmlns=\"http://www.tavro.example/deviceAPI\">\n" + elements + "</" +
+           root + ">";
 }
 
 /// The text of the first element `name` of the XML answer `body`; "?" if there is none.
@@ -54,10 +54,11 @@ public:
     explicit Device(const Service& service) : client_("127.0.0.1", service.port()) {}
 
     httplib::Result post(Operation operation, const std::string& body) {
-        return client_.Post(descriptionOf(operation).path, body, "application/xml; charset=utf-8");
+        return client_.Post(descriptionOf(operation).path(), body,
+                            "application/xml; charset=utf-8");
     }
     httplib::Result form(Operation operation, const httplib::MultipartFormDataItems& parts) {
-        return client_.Post(descriptionOf(operation).path, parts);
+        return client_.Post(descriptionOf(operation).path(), parts);
     }
     httplib::MultipartFormDataItems fields(const std::string& item) const {
         return {{"Token", token, "", ""}, {"SessionId", session, "", ""}, {"ItemId", item, "", ""}};
@@ -74,32 +75,28 @@ public:
     std::string get(const std::string& path) { return client_.Get(path)->body; }
 
     std::string registration() const {
-        return xml("DeviceRequest", {{"DeviceId", "SN"},
-                                     {"DeviceType", "reader"},
-                                     {"ServiceConsumerID", "consumer"},
-                                     {"ServiceConsumerPassword", "secret"},
-                                     {"ShopID", "shop"}});
+        return xml("DeviceRequest", element("DeviceId", "SN") + element("DeviceType", "reader") +
+                                        element("ServiceConsumerID", "consumer") +
+                                        element("ServiceConsumerPassword", "secret") +
+                                        element("ShopID", "shop"));
     }
     std::string account(const std::string& email = "ada@reader.example") const {
-        return xml("RegisterUserRequest", {{"Email", email},
-                                           {"FirstName", "Ada"},
-                                           {"LastName", ""},
-                                           {"Password", "pass word"},
-                                           {"Token", token}});
+        return xml("RegisterUserRequest",
+                   element("Email", email) + element("FirstName", "Ada") + element("LastName", "") +
+                       element("Password", "pass word") + element("Token", token));
     }
     std::string login(const std::string& password = "pass word",
                       const std::string& id = "SN") const {
-        return xml("LoginRequest", {{"EmailID", "Ada@Reader.example"},
-                                    {"Password", password},
-                                    {"DeviceID", id},
-                                    {"Token", token}});
+        return xml("LoginRequest", element("EmailID", "Ada@Reader.example") +
+                                       element("Password", password) + element("DeviceID", id) +
+                                       element("Token", token));
     }
     std::string reminder(const std::string& email) const {
-        return xml("ForgetPasswordRequest", {{"EmailID", email}, {"Token", token}});
+        return xml("ForgetPasswordRequest", element("EmailID", email) + element("Token", token));
     }
     std::string sync() const {
-        return xml("SyncRequest",
-                   {{"SessionID", session}, {"Token", token}, {"LastSynDateTime", "0"}});
+        return xml("SyncRequest", element("SessionID", session) + element("Token", token) +
+                                      element("LastSynDateTime", "0"));
     }
     std::string catalogue() { return post(Operation::SysnWithCloud, sync())->body; }
 
@@ -158,11 +155,11 @@ TEST(Service, DeviceWalksTheWholeRoad) {
     auto& [service, device] = served;
     EXPECT_EQ(codeOf(device.post(Operation::ForgetPassword, device.reminder("ada@reader.example"))),
               "1014");
-    const auto shop = device.post(Operation::GetShopURL,
-                                  xml("ShopInfoRequest", {{"DeviceId", "SN"},
-                                                          {"DeviceType", "reader"},
-                                                          {"ServiceConsumerID", "consumer"},
-                                                          {"ServiceConsumerPassword", "secret"}}));
+    const auto shop = device.post(
+        Operation::GetShopURL,
+        xml("ShopInfoRequest", element("DeviceId", "SN") + element("DeviceType", "reader") +
+                                   element("ServiceConsumerID", "consumer") +
+                                   element("ServiceConsumerPassword", "secret")));
     for (const char* name :
          {"ShopURL", "ShopName", "Shopid", "TermsOfServiceUrl", "TermsOfServiceText"})
         EXPECT_GT(textOf(shop->body, name).size(), 1u) << name;
@@ -270,7 +267,7 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
         return sent++ < 3 ? sink.write(longName.data(), 2000) : (sink.done(), true);
     };
     EXPECT_EQ(
-        codeOf(client.Post(descriptionOf(Operation::LoginUser).path, unannounced, "text/xml")),
+        codeOf(client.Post(descriptionOf(Operation::LoginUser).path(), unannounced, "text/xml")),
         "2003");
 
     const std::string id = idAt(service, "tides.txt");
@@ -396,8 +393,7 @@ TEST(Service, StateFileSurvivesRestartAndRemembersRemovedBooks) {
     device->upload(a, "first", "../a.txt");
     device->upload(a, "new", "../a.txt");
     EXPECT_THROW(Service{options}, std::runtime_error) << "two services with one state file";
-    const std::string token = device->token;
-    const std::string session = device->session;
+    const auto [token, session] = std::pair(device->token, device->session);
     service.reset();
 
     writeFile(folder / "state.uploads/lost", "left by a killed service");

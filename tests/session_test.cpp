@@ -282,10 +282,14 @@ TEST_F(Session, ChangeIsJournalledWhateverTheUploadYields) {
 }
 
 TEST_F(Session, ReplayKeepsWhatWasNeverUploadedInTheOrderTaken) {
+    Tavro withoutSession;
+    ASSERT_TRUE(withoutSession.init(configuration));
     logIn();
     addToMap(configuration, {{"a", 1}, {"b", 2}});
     journal("a", "a2", false);
     journal("b", "b2", false);
+    EXPECT_FALSE(withoutSession.syncDownloadFolder());
+    EXPECT_EQ(journalled(), (Names{"a>a2:0", "b>b2:0"}));
     service.inject("UploadContent:code=9");
     EXPECT_THAT(standardErrorOf([this] { EXPECT_TRUE(session.syncDownloadFolder()); }),
                 HasSubstr("Replay journal: old=b new=b2 flag=0\n"));
@@ -311,11 +315,4 @@ TEST_F(Session, ReplayMovesTheMapEntryOnceUploaded) {
     EXPECT_EQ(session.GetBooks(), (Books{{"fresh2", 2}, {"sent2", -1}}));
     EXPECT_EQ(service.count(Operation::UploadContent), 6U);
     EXPECT_EQ(lastRequest().fields.at(2).second, "-1");
-}
-
-TEST_F(Session, ReplayWithoutASessionLeavesTheJournal) {
-    ASSERT_TRUE(session.init(configuration));
-    journal("a", "b", false);
-    EXPECT_FALSE(session.syncDownloadFolder());
-    EXPECT_EQ(journalled(), Names{"a>b:0"});
 }

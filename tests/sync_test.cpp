@@ -1,6 +1,5 @@
 // Synchronisation rounds, by the real application and in this process, against a running service.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,15 +11,15 @@
 #include <functional>
 #include <thread>
 
-#include "tavro-sync/activity_log.h"
-#include "core_utils.h"
 #include "account/account_requests.h"
 #include "account/book_map.h"
 #include "account/journal.h"
+#include "core_utils.h"
 #include "support/device_root.h"
 #include "support/processes.h"
 #include "support/shell_guard.h"
 #include "support/test_service.h"
+#include "tavro-sync/activity_log.h"
 #include "tavro-sync/sync_round.h"
 #include "tavro_client.h"
 #include "tavro_entry_points.h"

@@ -1,6 +1,5 @@
 // The command-line tool as a process of its own, against a running service.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <csignal>
@@ -20,8 +19,10 @@ TEST_F(Tavroctl, WholeRoadPrintsNothingButJson) {
     EXPECT_EQ(false, done({"status"})["configured"]);
     setUpAccount();
     EXPECT_EQ(false, done({"register"})["changed"]);
-    EXPECT_EQ(true, done({"login", "--password-stdin"}, password + "\n")["loggedIn"]);
-    EXPECT_NE("", readFile(root_.file(account_files::login_marker)));
+    const Outcome traced = run({"--json", "--trace", "login", "--password-stdin"}, password);
+    EXPECT_EQ(true, json::parse(traced.out)["loggedIn"]);
+    EXPECT_THAT(traced.err, HasSubstr("POST /IOSCloudManagement.svc/LoginUser"));
+    EXPECT_NE("", readFile(root.file(account_files::login_marker)));
     EXPECT_NE("", done({"shop"})["url"]);
     EXPECT_EQ("ada@reader.example", done({"remind"})["reminded"]);
     EXPECT_EQ(2, done({"sync"})["books"]);
@@ -39,26 +40,18 @@ TEST_F(Tavroctl, WholeRoadPrintsNothingButJson) {
     EXPECT_EQ(2, done({"status"})["downloaded"]);
 
     // A file that is gone counts as not downloaded, whatever the book map says.
-    std::filesystem::remove(root_.syncFolder() + "/first.txt");
+    std::filesystem::remove(root.syncFolder() + "/first.txt");
     done({"download", "--all"});
     EXPECT_EQ("The first book.\n", book("first.txt"));
 }
 
-TEST_F(Tavroctl, TraceGoesToStandardErrorOnly) {
-    setUpAccount();
-    const Outcome outcome = run({"--json", "--trace", "login", "--password-stdin"}, password);
-    EXPECT_EQ(0, outcome.status);
-    EXPECT_TRUE(json::accept(outcome.out)) << outcome.out;
-    EXPECT_THAT(outcome.err, HasSubstr("POST /IOSCloudManagement.svc/LoginUser"));
-}
-
 TEST_F(Tavroctl, ReplacedBookWaitsInTheJournalUntilReplayed) {
     downloadBooks();
-    writeFile(folder_ / "second-2.txt", "The second book, corrected.\n");
-    EXPECT_EQ(false, done({"replace", "second.txt", folder_ / "second-2.txt"})["uploaded"]);
+    writeFile(folder / "second-2.txt", "The second book, corrected.\n");
+    EXPECT_EQ(false, done({"replace", "second.txt", folder / "second-2.txt"})["uploaded"]);
     EXPECT_EQ(1U, done({"journal"}).size());
     EXPECT_EQ(1U, done({"journal"}).size()) << "showing the journal must not consume it";
-    EXPECT_EQ(0U, service_.count(Operation::UploadContent));
+    EXPECT_EQ(0U, service.count(Operation::UploadContent));
 
     const json replayed = done({"replay"});
     EXPECT_EQ("second-2.txt", replayed["uploaded"][0]["new"]);
@@ -73,16 +66,16 @@ TEST_F(Tavroctl, ReplacedBookWaitsInTheJournalUntilReplayed) {
 // them.
 TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
     downloadBooks();
-    writeFile(root_.syncFolder() + "/first-2.txt", "The first book, corrected.\n");
+    writeFile(root.syncFolder() + "/first-2.txt", "The first book, corrected.\n");
     done({"replace", "first.txt", "first-2.txt"});
-    service_.inject("UploadContent:code=2009");
+    service.inject("UploadContent:code=2009");
     const auto begin = std::chrono::steady_clock::now();
     const pid_t replay = start({"replay"}, {});
-    while (service_.count(Operation::UploadContent) == 0)
+    while (service.count(Operation::UploadContent) == 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ::kill(replay, SIGINT);
     EXPECT_EQ(-SIGINT, statusOf(replay));
-    EXPECT_THAT(readFile(folder_ / "err"), HasSubstr("interrupted: 1 changes stay pending"));
+    EXPECT_THAT(readFile(folder / "err"), HasSubstr("interrupted: 1 changes stay pending"));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
     const json journal = done({"journal"});
     ASSERT_EQ(1U, journal.size());
@@ -91,23 +84,26 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
 
 TEST_F(Tavroctl, ReplaceOverwritesNoOtherBook) {
     downloadBooks();
-    writeFile(root_.syncFolder() + "/notes.txt", "My own notes.\n");
-    writeFile(folder_ / "notes.txt", "An unrelated file.\n");
-    EXPECT_THAT(failed({"replace", "first.txt", folder_ / "notes.txt"})["error"],
+    writeFile(root.syncFolder() + "/notes.txt", "My own notes.\n");
+    writeFile(folder / "notes.txt", "An unrelated file.\n");
+    EXPECT_THAT(failed({"replace", "first.txt", folder / "notes.txt"})["error"],
                 HasSubstr("is there already"));
     EXPECT_EQ("My own notes.\n", book("notes.txt"));
     EXPECT_THAT(failed({"replace", "first.txt", "second.txt"})["error"],
                 HasSubstr("second.txt is the file of another book"));
-    writeFile(folder_ / "third.txt", "Nobody asked for it.\n");
-    EXPECT_THAT(failed({"replace", "unknown.txt", folder_ / "third.txt"})["error"],
+    writeFile(folder / "third.txt", "Nobody asked for it.\n");
+    EXPECT_THAT(failed({"replace", "unknown.txt", folder / "third.txt"})["error"],
                 HasSubstr("does not know unknown.txt"));
     EXPECT_EQ("", book("third.txt"));
-    EXPECT_THAT(failed({"replace", "first.txt", folder_ / "missing.txt"})["error"],
+    EXPECT_THAT(failed({"replace", "first.txt", folder / "missing.txt"})["error"],
                 HasSubstr("there is no file"));
     EXPECT_EQ(0U, done({"journal"}).size());
 }
 
-TEST_F(Tavroctl, RefusalsNameTheServicesCode) {
+TEST_F(Tavroctl, RefusalsNameTheServiceAndItsCode) {
+    done({"setup", "--service", "http://127.0.0.1:1"});
+    EXPECT_THAT(failed({"register"})["error"],
+                HasSubstr("no answer from 127.0.0.1:1: is the service running?"));
     setUpAccount();
     const json login = failed({"login", "--password-stdin"}, "wrong & wrong\n");
     EXPECT_THAT(login["advice"], HasSubstr("without & and <"));
@@ -116,7 +112,7 @@ TEST_F(Tavroctl, RefusalsNameTheServicesCode) {
 
     done({"login", "--password-stdin"}, password + "\n");
     // The library calls this sync a success: it only looks whether an answer came.
-    service_.inject("SysnWithCloud:code=2009");
+    service.inject("SysnWithCloud:code=2009");
     const json sync = failed({"sync"});
     EXPECT_EQ("2009", sync["code"]);
     EXPECT_THAT(sync["advice"], HasSubstr("tavroctl login"));
@@ -124,8 +120,8 @@ TEST_F(Tavroctl, RefusalsNameTheServicesCode) {
 
 TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     downloadBooks();
-    std::filesystem::remove_all(root_.syncFolder());
-    service_.inject("DownloadContent:close,times=1");
+    std::filesystem::remove_all(root.syncFolder());
+    service.inject("DownloadContent:close,times=1");
     const Outcome outcome = run({"download", "--all", "--json"});
     EXPECT_EQ(1, outcome.status);
     const json report = json::parse(outcome.out);
@@ -137,20 +133,14 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
 // A title out of the network must not steer the terminal.
 TEST_F(Tavroctl, TablesShowNoControlCharacters) {
     downloadBooks();
-    service_.answer(Operation::SysnWithCloud,
-                    answerXml("1003",
-                              "<AddedItems><ItemsResponse><ItemID>7</ItemID><Title>a\xC2\x9B"
-                              "2Jb</Title></ItemsResponse></AddedItems>"));
+    service.answer(Operation::SysnWithCloud,
+                   answerXml("1003",
+                             "<AddedItems><ItemsResponse><ItemID>7</ItemID><Title>a\xC2\x9B"
+                             "2Jb</Title></ItemsResponse></AddedItems>"));
     done({"sync"});
     EXPECT_THAT(run({"books"}).out, AllOf(HasSubstr("a\xEF\xBF\xBD"
                                                     "2Jb"),
                                           Not(HasSubstr("\xC2\x9B"))));
-}
-
-TEST_F(Tavroctl, MissingServiceIsNamed) {
-    done({"setup", "--service", "http://127.0.0.1:1"});
-    EXPECT_THAT(failed({"register"})["error"],
-                HasSubstr("no answer from 127.0.0.1:1: is the service running?"));
 }
 
 TEST_F(Tavroctl, SetupKeepsWhatItIsNotTold) {
@@ -164,25 +154,41 @@ TEST_F(Tavroctl, SetupKeepsWhatItIsNotTold) {
     EXPECT_EQ(false, done({"status"})["loggedIn"]) << "the session was another account's";
 }
 
-TEST_F(Tavroctl, WrongUseEndsWithStatusTwo) {
+TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
     setUpAccount();
-    const Words cases[] = {{},
-                           {"fly"},
-                           {"sync", "--fast"},
-                           {"replace", "only-one.txt"},
-                           {"download"},
-                           {"download", "1", "--all"},
-                           {"setup", "--email", "a&b"},
-                           {"setup", "--service", "https://127.0.0.1"},
-                           {"setup", "--service", "http://127.0.0.1:65536"},
-                           {"login"},
-                           {"login", "--password-stdin"}};
-    for (const Words& words : cases) {
+    const std::string elsewhere = folder / "account";
+    const std::pair<Words, const char*> cases[] = {
+        {{}, ""},
+        {{"fly"}, "there is no command 'fly'"},
+        {{"sync", "--fast"}, "--fast"},
+        {{"replace", "only-one.txt"}, ""},
+        {{"download"}, ""},
+        {{"download", "1", "--all"}, "--all"},
+        {{"setup", "--email", "a&b"}, "&"},
+        {{"setup", "--service", "https://127.0.0.1"}, ""},
+        {{"setup", "--service", "http://127.0.0.1:65536"}, ""},
+        {{"login"}, "--password-stdin"},
+        {{"login", "--password-stdin"}, ""},
+        {{"logout"}, "--yes"},
+        {{"info"}, "FILE is required"},
+        {{"status", ""}, "FILE"},
+        {{"cover", "first.txt"}, "--output"},
+        {{"cover", "first.txt", "--ascii", "--size", "0x10"}, "'0x10' is no size"},
+        {{"cover", "first.txt", "--ascii", "--size", "8193x10"}, "'8193x10' is no size"},
+        {{"info", "first.txt", "--config", elsewhere}, "--config"},
+        {{"status", "first.txt", "--config", elsewhere}, "--config"},
+        {{"cover", "first.txt", "--ascii", "--config", elsewhere}, "--config"},
+        {{"sync", "--background", "--config", elsewhere}, "--config"},
+        {{"wizard", "--config", elsewhere}, "--config"},
+        {{"logout", "--yes", "--config", elsewhere}, "--config"}};
+    for (auto [words, error] : cases) {
+        EXPECT_THAT(run(words).err, testing::StartsWith("tavroctl: "));
+        words.push_back("--json");
         const Outcome outcome = run(words);
         EXPECT_EQ(2, outcome.status) << testing::PrintToString(words);
-        EXPECT_NE("", outcome.err);
+        EXPECT_THAT(json::parse(outcome.err)["error"], HasSubstr(error));
     }
-    EXPECT_THAT(run({"login"}).err, HasSubstr("--password-stdin"));
+    EXPECT_TRUE(done({"status"})["registered"]);
     EXPECT_EQ(0, run({"--help"}).status);
     EXPECT_EQ(0, run({"--version"}).status);
 }
@@ -207,7 +213,7 @@ TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
 TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
     EXPECT_THAT(failed({"wizard"})["advice"], HasSubstr("scripts/device-root"));
     installApplication("tavro_wizard.app", "printf 'Token? '; read token; echo \"$token\" > " +
-                                               root_.configuration() + "/.tavro_vendor_token\n");
+                                               root.configuration() + "/.tavro_vendor_token\n");
     Terminal terminal(tavroctl({"wizard"}));
     terminal.expect("Token? ");
     terminal.type("abc\n");
@@ -217,7 +223,7 @@ TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
     EXPECT_EQ(true, json::parse(scripted.out)["loggedIn"]) << "the wizard's text is no result";
     EXPECT_EQ("Token? ", scripted.err);
 
-    std::filesystem::remove(root_.file(account_files::login_marker));
+    std::filesystem::remove(root.file(account_files::login_marker));
     installApplication("tavro_wizard.app", "printf 'Waiting'; read token\n");
     Terminal interrupted(tavroctl({"wizard"}));
     interrupted.expect("Waiting");
@@ -229,12 +235,12 @@ TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
 TEST_F(Tavroctl, LogOutAsksAndSparesSubfoldersAndHiddenFiles) {
     downloadBooks();
     for (const char* name : {"with blank.txt", ".hidden", "sub/kept.txt"})
-        writeFile(root_.syncFolder() + "/" + name, "Mine.\n");
+        writeFile(root.syncFolder() + "/" + name, "Mine.\n");
     const std::string hidden = deviceFile("mnt/ext1/.adobe-hidden-files");
     writeFile(hidden + "/key", "");
 
     Terminal refused(tavroctl({"logout"}));
-    refused.expect("3 files directly in the download folder " + root_.syncFolder());
+    refused.expect("3 files directly in the download folder " + root.syncFolder());
     refused.expect("Log out? [y/N] ");
     refused.type("\n");
     refused.expect("nothing was changed");
@@ -246,7 +252,7 @@ TEST_F(Tavroctl, LogOutAsksAndSparesSubfoldersAndHiddenFiles) {
     EXPECT_EQ(3, report["removed"]);
     EXPECT_EQ(json({".hidden", "sub"}), report["left"]);
     EXPECT_EQ("Mine.\n", book("sub/kept.txt"));
-    EXPECT_FALSE(std::filesystem::exists(root_.configuration()));
+    EXPECT_FALSE(std::filesystem::exists(root.configuration()));
     EXPECT_FALSE(std::filesystem::exists(hidden));
     EXPECT_EQ(false, done({"status"})["configured"]);
 }

@@ -7,16 +7,15 @@
 using tavro::service::Operation;
 using testing::HasSubstr;
 using testing::Not;
-namespace fs = std::filesystem;
 
 namespace {
 
 class Wizard : public Tavroctl {
 protected:
     Wizard() {
-        const fs::path folder = TAVRO_TEST_DEVICE_ROOT "/ebrmain/bin";
-        fs::create_directories(folder);
-        fs::create_symlink(TAVRO_TEST_WIZARD, folder / "tavro_wizard.app");
+        std::filesystem::create_directories(deviceFile("ebrmain/bin"));
+        std::filesystem::create_symlink(TAVRO_TEST_WIZARD,
+                                        deviceFile("ebrmain/bin/tavro_wizard.app"));
     }
 
     /// Starts the wizard on a device that is set up.
@@ -42,7 +41,7 @@ protected:
     }
 
     bool isLoggedIn() const {
-        return !readFile(root_.file(account_files::login_marker)).empty() &&
+        return !readFile(root.file(account_files::login_marker)).empty() &&
                done({"status"})["loggedIn"] == true;
     }
 };
@@ -50,7 +49,7 @@ protected:
 }  // namespace
 
 TEST_F(Wizard, OpensANewAccountOnAFreshDevice) {
-    done({"setup", "--service", service_.url()});
+    done({"setup", "--service", service.url()});
     const auto wizard = start();
     EXPECT_THAT(wizard->shown, AllOf(HasSubstr("/shop"), HasSubstr("It promises nothing")));
     wizard->type("2\n");
@@ -153,7 +152,7 @@ TEST_F(Wizard, OwnExitStatusTellsWhatTheDialogueDid) {
 
 TEST_F(Wizard, ShowsTheLinesOfLongTermsAsSuch) {
     setUpAccount();
-    service_.answer(
+    service.answer(
         Operation::GetShopURL,
         answerXml("1003",
                   "<ShopURL>http://shop.example</ShopURL><ShopName>S</ShopName><Shopid>1</Shopid>"

@@ -4,23 +4,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <thread>
 
 #include "guarded.h"
 #include "lectern.h"
 #include "posix/retry_after_signal.h"
-
-namespace {
-
-/// Takes the status of `process` when it ends, so that it does not stay behind as a zombie.
-void reapLater(pid_t process) {
-    std::thread([process] {
-        posix::retryAfterSignal([process] { return ::waitpid(process, nullptr, 0); });
-    }).detach();
-}
-
-}  // namespace
 
 int OpenBook(const char* path, const char* parameters, int /*flags*/) {
     if (path == nullptr) {
@@ -34,7 +22,10 @@ int OpenBook(const char* path, const char* parameters, int /*flags*/) {
     if (errno != 0)
         return -1;
     return guarded(0, [process] {
-        reapLater(process);
+        // Takes the status when the process ends, so that it does not stay behind as a zombie.
+        std::thread([process] {
+            posix::retryAfterSignal([process] { return ::waitpid(process, nullptr, 0); });
+        }).detach();
         return 0;
     });
 }

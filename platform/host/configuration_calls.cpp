@@ -12,7 +12,7 @@
 struct LecternConfig {
     ConfigurationFile file;
     std::set<std::string> handedOut;  // what callers hold pointers into, until the handle is closed
-    bool writeLost = false;           // a write without a result of its own failed
+    int lostWrite = 0;                // why a write without a result of its own failed
 };
 
 namespace {
@@ -37,8 +37,10 @@ const char* read(LecternConfig* config, const char* key, const char* fallback, D
 bool write(LecternConfig* config, const char* key, const char* value, Encoder encode) {
     return guarded(false, [=] {
         if (config == nullptr || key == nullptr || value == nullptr ||
-            !ConfigurationFile::isKey(key))
+            !ConfigurationFile::isKey(key)) {
+            errno = EINVAL;
             return false;
+        }
         config->file.setValue(key, encode(value));
         return true;
     });
@@ -72,7 +74,7 @@ const char* ReadSecret(LecternConfig* config, const char* key, const char* fallb
 
 void WriteSecret(LecternConfig* config, const char* key, const char* value) {
     if (!write(config, key, value, storedSecret) && config != nullptr)
-        config->writeLost = true;
+        config->lostWrite = errno;
 }
 
 int WriteString(LecternConfig* config, const char* key, const char* value) {
@@ -89,15 +91,16 @@ int RemoveKey(LecternConfig* config, const char* key) {
 }
 
 int CloseConfig(LecternConfig* config) {
-    const std::unique_ptr<LecternConfig> owner(config);
     return guarded(-1, [config] {
-        if (config == nullptr || config->writeLost)
-            return -1;
+        const std::unique_ptr<LecternConfig> owner(config);
+        const int cause = config == nullptr ? EINVAL : config->lostWrite;
+        if (cause != 0)
+            throw std::system_error(cause, std::generic_category());
         config->file.save();
         return 0;
     });
 }
 
 void CloseConfigNoSave(LecternConfig* config) {
-    const std::unique_ptr<LecternConfig> owner(config);
+    delete config;
 }

@@ -74,8 +74,7 @@ bool ConfigurationFile::load() {
 }
 
 bool ConfigurationFile::isKey(std::string_view key) {
-    return !key.empty() && key.front() != '#' && isValue(key) &&
-           key.find('=') == std::string_view::npos;
+    return isValue(key) && isEntryOf(std::string(key) + "=", key);
 }
 
 bool ConfigurationFile::isValue(std::string_view value) {
@@ -98,19 +97,17 @@ std::optional<std::string_view> ConfigurationFile::value(std::string_view key) c
 
 void ConfigurationFile::setValue(std::string_view key, std::string_view value) {
     const std::size_t index = lineOf(key);
-    if (index == lines_.size())
-        return append(std::string(key).append("=").append(value));
-    std::string& line = lines_[index];
-    const std::string_view old = entryIn(line)->value;
-    line.replace(static_cast<std::size_t>(old.data() - line.data()), old.size(), value);
-}
-
-/// Adds `line` with the kind of line end that the file has.
-void ConfigurationFile::append(std::string line) {
+    if (index < lines_.size()) {
+        std::string& line = lines_[index];
+        const std::string_view old = entryIn(line)->value;
+        line.replace(static_cast<std::size_t>(old.data() - line.data()), old.size(), value);
+        return;
+    }
+    // A new line ends as the first one does.
     const char* const lineEnd = !lines_.empty() && endsWith(lines_.front(), "\r\n") ? "\r\n" : "\n";
     if (!lines_.empty() && !endsWith(lines_.back(), "\n"))
         lines_.back() += lineEnd;
-    lines_.push_back(std::move(line += lineEnd));
+    lines_.push_back(std::string(key).append("=").append(value) + lineEnd);
 }
 
 void ConfigurationFile::remove(std::string_view key) {

@@ -17,8 +17,7 @@ public:
     /// reads as an empty one.
     static std::optional<ConfigurationFile> open(const std::string& path);
 
-    /// Whether `key` can be written: not empty, no '#' first, no outer blanks, no '=', no line
-    /// break.
+    /// Whether `key` can be written: no line break, and as the key of a line it reads back.
     static bool isKey(std::string_view key);
 
     /// Whether `value` can be written: no outer blanks, no line break.
@@ -44,7 +43,6 @@ private:
 
     bool load();
     std::size_t lineOf(std::string_view key) const;
-    void append(std::string line);
 
     std::filesystem::path path_;
     std::optional<std::string> saved_;  // what the file holds, if it exists

@@ -9,12 +9,6 @@
 
 #include "posix/retry_after_signal.h"
 
-namespace {
-
-constexpr std::size_t block_size = 65536;
-
-}  // namespace
-
 posix::FileDescriptor openRegularFile(const char* path) {
     posix::FileDescriptor file(posix::retryAfterSignal(
         [path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
@@ -34,7 +28,7 @@ posix::FileDescriptor openForAppending(const char* path) {
 
 bool readBlocks(const posix::FileDescriptor& file,
                 const std::function<void(std::string_view)>& consume) {
-    std::array<char, block_size> block;
+    std::array<char, 65536> block;
     for (;;) {
         const ssize_t count =
             posix::retryAfterSignal([&] { return ::read(file.get(), block.data(), block.size()); });

@@ -4,16 +4,8 @@
 
 #include "image_decoders.h"
 
-namespace {
-
-struct DestroyDecoder {
-    void operator()(void* decoder) const { tjDestroy(decoder); }
-};
-
-}  // namespace
-
 std::optional<GreyImage> decodeJpeg(std::string_view file) {
-    const std::unique_ptr<void, DestroyDecoder> decoder(tjInitDecompress());
+    const std::unique_ptr<void, decltype(&tjDestroy)> decoder(tjInitDecompress(), tjDestroy);
     const auto* const bytes = reinterpret_cast<const unsigned char*>(file.data());
     int width = 0;
     int height = 0;

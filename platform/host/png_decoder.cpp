@@ -6,14 +6,6 @@
 
 namespace {
 
-/// The reading state of one picture, and what libpng keeps with it.
-struct PngReader : png_image {
-    PngReader() : png_image{} { version = PNG_IMAGE_VERSION; }
-    ~PngReader() { png_image_free(this); }
-    PngReader(const PngReader&) = delete;
-    PngReader& operator=(const PngReader&) = delete;
-};
-
 std::uint8_t overWhite(unsigned grey, unsigned opacity) {
     return static_cast<std::uint8_t>((grey * opacity + 255 * (255 - opacity) + 127) / 255);
 }
@@ -22,7 +14,9 @@ std::uint8_t overWhite(unsigned grey, unsigned opacity) {
 
 std::optional<GreyImage> decodePng(std::string_view file) {
     constexpr std::size_t channels = 4;
-    PngReader reader;
+    png_image reader{};
+    const std::unique_ptr<png_image, decltype(&png_image_free)> owner(&reader, png_image_free);
+    reader.version = PNG_IMAGE_VERSION;
     if (png_image_begin_read_from_memory(&reader, file.data(), file.size()) == 0)
         return std::nullopt;
     GreyImage image{{reader.width, reader.height}, {}};

@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::size_t word_size = sizeof(std::uint64_t);
 
-std::uint64_t randomWord() {
-    std::random_device device;
-    return (std::uint64_t{device()} << 32) | device();
-}
-
 /// Word number `index` of the key stream of `salt`, which is SplitMix64.
 std::uint64_t keyWord(std::uint64_t salt, std::size_t index) {
     std::uint64_t word = salt + (index + 1) * 0x9e3779b97f4a7c15;
@@ -26,8 +21,10 @@ std::uint64_t keyWord(std::uint64_t salt, std::size_t index) {
 
 /// Combines `bytes` with the key stream of `salt`; a second time restores them.
 std::string combined(std::uint64_t salt, std::string bytes) {
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] ^= static_cast<char>(keyWord(salt, i / word_size) >> (8 * (i % word_size)));
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const std::uint64_t key = keyWord(salt, i / word_size) >> (8 * (i % word_size));
+        bytes[i] = static_cast<char>(bytes[i] ^ static_cast<char>(key));
+    }
     return bytes;
 }
 
@@ -43,7 +40,8 @@ std::string checkSum(std::uint64_t salt, std::string_view secret) {
 }  // namespace
 
 std::string conceal(std::string_view secret) {
-    const std::uint64_t salt = randomWord();
+    std::random_device random;
+    const std::uint64_t salt = (std::uint64_t{random()} << 32) | random();
     return toLittleEndian(salt) + combined(salt, checkSum(salt, secret).append(secret));
 }
 

@@ -42,7 +42,7 @@ const char* ReadString(LecternConfig* config, const char* key, const char* fallb
  *
  * @param config the handle.
  * @param key what to read.
- * @param fallback returned when the key is absent or the handle null.
+ * @param fallback returned likewise, and when the value is no number.
  * @return the value, or `fallback`.
  */
 int ReadInt(LecternConfig* config, const char* key, int fallback);
@@ -52,7 +52,7 @@ int ReadInt(LecternConfig* config, const char* key, int fallback);
  *
  * @param config the handle.
  * @param key what to read.
- * @param fallback returned when the key is absent or the handle null.
+ * @param fallback returned likewise, and when the value is no secret or damaged.
  * @return the text, owned by the handle, or `fallback` itself.
  */
 const char* ReadSecret(LecternConfig* config, const char* key, const char* fallback);
@@ -70,7 +70,7 @@ void WriteSecret(LecternConfig* config, const char* key, const char* value);
  * Saves (atomically, mode 0600 for a new file) and frees.
  *
  * @param config the handle.
- * @return 0, or -1 when saving failed; the handle is freed either way.
+ * @return 0, or -1 with the reason in `errno` when saving failed; the handle is freed either way.
  */
 int CloseConfig(LecternConfig* config);
 

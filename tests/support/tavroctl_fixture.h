@@ -22,7 +22,7 @@ struct Outcome {
 /// The command-line tool as a process of its own, with a running service and a fresh device root.
 class Tavroctl : public testing::Test {
 protected:
-    Tavroctl() { guardStartedPrograms(folder_); }
+    Tavroctl() { guardStartedPrograms(folder); }
 
     /// The tool's program and `words` behind it.
     static Words tavroctl(Words words) {
@@ -32,14 +32,14 @@ protected:
 
     /// Starts the tool with `input` as its standard input, writing to files of the test.
     pid_t start(const Words& words, const std::string& input) const {
-        writeFile(folder_ / "in", input);
+        writeFile(folder / "in", input);
         return ::start(tavroctl(words),
-                       {{0, folder_ / "in"}, {1, folder_ / "out"}, {2, folder_ / "err"}});
+                       {{0, folder / "in"}, {1, folder / "out"}, {2, folder / "err"}});
     }
 
     Outcome run(const Words& words, const std::string& input = {}) const {
         const int status = statusOf(start(words, input));
-        return {status, readFile(folder_ / "out"), readFile(folder_ / "err")};
+        return {status, readFile(folder / "out"), readFile(folder / "err")};
     }
 
     /// Runs a command that must succeed with nothing but one JSON document on its output.
@@ -60,7 +60,7 @@ protected:
     }
 
     void setUpAccount() const {
-        done({"setup", "--service", service_.url(), "--email", "ada@reader.example", "--first-name",
+        done({"setup", "--service", service.url(), "--email", "ada@reader.example", "--first-name",
               "Ada", "--last-name", "Lovelace"});
         done({"register"});
         done({"signup", "--password-stdin"}, password + "\n");
@@ -84,10 +84,10 @@ protected:
     }
 
     std::string book(const std::string& name) const {
-        return readFile(std::filesystem::path(root_.syncFolder()) / name);
+        return readFile(std::filesystem::path(root.syncFolder()) / name);
     }
 
-    DeviceRoot root_;
-    TemporaryFolder folder_;
-    TestService service_{folder_};
+    DeviceRoot root;
+    TemporaryFolder folder;
+    TestService service{folder};
 };

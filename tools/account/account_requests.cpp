@@ -2,6 +2,7 @@
 
 #include "account/failure.h"
 #include "account/session.h"
+#include "platform/account_files.h"
 #include "session/account_keys.h"
 
 namespace tavro::tools {
@@ -31,7 +32,7 @@ bool registerDevice(Account& account, bool renew) {
     if (!done)
         throw serviceFailure(
             *session.server, "the registration failed", apiAddress(),
-            "check ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
+            "check ConsumerID and ConsumerPassword in " + account.file(account_files::configuration));
     account.storeToken(session.deviceToken());
     return true;
 }
@@ -82,7 +83,7 @@ Shop askForShop(const Account& account) {
     if (!accepted || session->getShopUrl().empty())
         throw serviceFailure(
             *session->server, "the shop's details did not come", apiAddress(),
-            "check ConsumerID and ConsumerPassword in " + account.file(Tavro::config_file));
+            "check ConsumerID and ConsumerPassword in " + account.file(account_files::configuration));
     return {session->getShopName(), session->getShopUrl(), session->getShopLicenseUrl()};
 }
 

@@ -7,6 +7,7 @@
 
 #include "account/failure.h"
 #include "account/files.h"
+#include "platform/account_files.h"
 #include "server/result_codes.h"
 #include "session/item_number.h"
 
@@ -31,7 +32,7 @@ bool isSaved(const Tavro& session, const std::string& path) {
 }  // namespace
 
 void synchronise(Tavro& session, const Account& account) {
-    const std::string file = account.file(Tavro::tavro_books);
+    const std::string file = account.file(account_files::catalogue);
     const auto former = contentOf(file);
     const bool answered = session.syncServer();
     // The library calls every readable answer a success, and leaves judging the code to us; nor

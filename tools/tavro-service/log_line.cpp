@@ -5,7 +5,7 @@
 #include <ctime>
 #include <nlohmann/json.hpp>
 
-#include "text/clean_text.h"
+#include "text/text.h"
 
 namespace tavro::service {
 

@@ -74,7 +74,6 @@ sigset_t blockStopSignals() {
     return signals;
 }
 
-/// Serves until told to stop.
 int serve(ServeArguments& arguments) {
     const sigset_t signals = blockStopSignals();
     Options& options = arguments.options;
@@ -101,7 +100,6 @@ httplib::Result ask(httplib::Client& client, const FaultArguments& arguments) {
     return client.Post("/control/faults", faultToJson(fault), "application/json");
 }
 
-/// Speaks to the service that runs at `arguments.service`.
 int control(const FaultArguments& arguments) {
     const std::size_t end = arguments.service.find_last_not_of('/');
     httplib::Client client(arguments.service.substr(0, end + 1));

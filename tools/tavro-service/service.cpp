@@ -1,12 +1,6 @@
 #include "service.h"
 
-#include "api/device_api.h"
-#include "faults/fault_queue.h"
-#include "http/control_pages.h"
-#include "http/device_pages.h"
-#include "http/http_server.h"
-#include "http/public_pages.h"
-#include "http/rules.h"
+#include "http/pages.h"
 
 namespace tavro::service {
 
@@ -16,11 +10,11 @@ public:
         : log(options.log, options.report),
           api(options.database, options.books, options.consumer,
               [this](const std::string& text) { log.report(text); }),
-          server(options.address, options.port),
-          devicePages(server, api, faults, log, {options.maximumBody, options.entityReferences}) {
-        addControlPages(server.pages(), api, faults, log, options.maximumBody);
-        addPublicPages(server.pages(), api);
-        addRules(server.pages(), log, options.maximumBody);
+          server(options.address, options.port) {
+        const PageContext context{
+            server, api, faults, log, options.maximumBody, options.entityReferences};
+        addDevicePages(context);
+        addServicePages(context);
         server.listen();
     }
     ~Implementation() { server.stop(); }
@@ -31,7 +25,6 @@ public:
     RequestLog log;
     DeviceApi api;
     HttpServer server;
-    DevicePages devicePages;
 };
 
 Service::Service(Options options) : implementation_(std::make_unique<Implementation>(options)) {}

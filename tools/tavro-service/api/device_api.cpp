@@ -1,8 +1,5 @@
 #include "api/device_api.h"
 
-#include <stdexcept>
-#include <utility>
-
 namespace fs = std::filesystem;
 
 namespace tavro::service {
@@ -21,7 +18,7 @@ const fs::path& checkedFolder(const fs::path& books) {
 DeviceApi::DeviceApi(const fs::path& database, const fs::path& books,
                      std::optional<Consumer> consumer,
                      std::function<void(const std::string&)> report)
-    : database_(database),
+    : database_(openDatabase(database)),
       uploads_(database),
       accounts_(database_),
       catalogue_(database_, checkedFolder(books), uploads_.path(), std::move(report)),

@@ -9,7 +9,6 @@
 
 #include "api/handlers.h"
 #include "state/database.h"
-#include "state/upload_folder.h"
 
 namespace tavro::service {
 
@@ -38,7 +37,7 @@ public:
 
 private:
     std::mutex mutex_;  // of everything below
-    Database database_;
+    SQLite::Database database_;
     const UploadFolder uploads_;
     Accounts accounts_;
     Catalogue catalogue_;

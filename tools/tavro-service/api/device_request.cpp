@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <pugixml.hpp>
-#include <string_view>
 #include <type_traits>
 
 #include "api/result.h"
@@ -38,7 +37,6 @@ std::string textOnly(pugi::xml_node element) {
     return text;
 }
 
-/// Reads `body` into `document` and returns its root, which must be called `name`.
 pugi::xml_node parseRoot(const std::string& body, const char* name, pugi::xml_document& document) {
     constexpr unsigned options = pugi::parse_default | pugi::parse_ws_pcdata_single;
     if (!isWellFormed(body) || !document.load_buffer(body.data(), body.size(), options))

@@ -22,21 +22,28 @@ enum class Operation {
 
 /// An element of an XML request, or a field of a form.
 struct RequestField {
+    RequestField(const char* called, bool wanted = true) : name(called), required(wanted) {}
+
     const char* name;
-    bool required = true;  ///< whether it must have a value
+    bool required;  ///< whether it must have a value
 };
 
 /// All there is to say about an operation.
 struct OperationDescription {
     Operation operation;
     const char* name;                  ///< as its address spells it
-    const char* path;                  ///< of its address
     const char* root;                  ///< root element of its XML; null if it is a multipart form
     std::vector<RequestField> fields;  ///< exactly these in this order; a form may have more
     DeviceResponse (*handler)(Call& call);
 
     /// Whether a request is a multipart form, not XML.
     bool isForm() const { return root == nullptr; }
+
+    /// Path of its address.
+    std::string path() const {
+        return isForm() ? std::string("/") + name + ".aspx"
+                        : std::string("/IOSCloudManagement.svc/") + name;
+    }
 };
 
 /// Every operation.

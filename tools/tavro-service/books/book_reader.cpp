@@ -2,10 +2,8 @@
 
 #include <string_view>
 
-#include "books/book_error.h"
-#include "books/book_file.h"
-#include "books/format_readers.h"
-#include "text/clean_text.h"
+#include "books/book_format.h"
+#include "text/text.h"
 
 namespace fs = std::filesystem;
 
@@ -13,12 +11,22 @@ namespace tavro::service {
 
 namespace {
 
+BookDetails readPdf(const fs::path& path) {
+    if (readStart(path, 1024).find("%PDF-") == std::string::npos)
+        throw BookError("not a PDF document");
+    return {};
+}
+
+BookDetails readPlainText(const fs::path& path) {
+    readStart(path, 1);
+    return {};
+}
+
 struct BookFormat {
     std::string_view extension;  ///< also the type that a device is told
     BookDetails (*read)(const fs::path& path);
 };
 
-/// Every format of book.
 constexpr BookFormat book_formats[] = {
     {"epub", readEpub},
     {"fb2", readFictionBook},
@@ -36,7 +44,6 @@ const BookFormat* formatOf(const fs::path& path) {
     return nullptr;
 }
 
-/// Media type of the image `bytes`: JPEG or PNG; empty if it is neither.
 std::string imageType(std::string_view bytes) {
     if (bytes.substr(0, 3) == "\xFF\xD8\xFF")
         return "image/jpeg";

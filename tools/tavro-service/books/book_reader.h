@@ -1,11 +1,26 @@
 #pragma once
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
-#include "books/book_details.h"
-
 namespace tavro::service {
+
+/// What a book file says of itself; empty where the book is silent.
+struct BookDetails {
+    std::string title;
+    std::string artist;
+    std::string isbn;
+    std::string isbn13;
+    std::string cover;      ///< bytes of an image
+    std::string coverType;  ///< its media type
+};
+
+/// Thrown when a book cannot be read; `what` says why.
+class BookError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 /// The type of the book file called `path`, which is its extension without the dot and in lower
 /// case ("epub", "fb2.zip"); empty if it is no book.

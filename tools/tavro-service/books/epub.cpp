@@ -1,10 +1,9 @@
 #include <optional>
 
-#include "books/book_error.h"
-#include "books/format_readers.h"
+#include "books/book_format.h"
 #include "books/xml_document.h"
 #include "books/zip_archive.h"
-#include "text/hex.h"
+#include "text/text.h"
 
 namespace fs = std::filesystem;
 
@@ -62,7 +61,6 @@ void readMetadata(pugi::xml_node metadata, BookDetails& details) {
     }
 }
 
-/// Where the container says that the package document is.
 fs::path packagePath(const ZipArchive& archive) {
     const auto container = parseXml(archive.read("META-INF/container.xml"));
     return attributeOf(findElement(container.root(), "rootfile"), "full-path");

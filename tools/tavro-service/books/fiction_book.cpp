@@ -1,6 +1,4 @@
-#include "books/book_error.h"
-#include "books/book_file.h"
-#include "books/format_readers.h"
+#include "books/book_format.h"
 #include "books/xml_document.h"
 #include "books/zip_archive.h"
 
@@ -47,7 +45,6 @@ std::string coverImage(const pugi::xml_document& document, pugi::xml_node titleI
     return fromBase64(textOf(binary));
 }
 
-/// Details of the FictionBook whose XML is `bytes`.
 BookDetails detailsOf(std::string bytes) {
     const auto document = parseXml(std::move(bytes));
     const pugi::xml_node information = findElement(document.root(), "title-info");

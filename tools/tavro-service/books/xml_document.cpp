@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <memory>
 
-#include "books/book_error.h"
+#include "books/book_reader.h"
 
 namespace tavro::service {
 

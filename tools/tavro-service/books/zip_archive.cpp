@@ -2,8 +2,7 @@
 
 #include <array>
 
-#include "books/book_error.h"
-#include "books/book_file.h"
+#include "books/book_format.h"
 
 namespace tavro::service {
 

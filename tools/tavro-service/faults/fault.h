@@ -2,9 +2,13 @@
 
 #include <chrono>
 #include <cstddef>
+#include <deque>
+#include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "api/operation.h"
 
@@ -29,5 +33,33 @@ struct Fault {
 
 /// A fault and the operation that it is for.
 using NamedFault = std::pair<Operation, Fault>;
+
+/// Whether a request is carried out in spite of `fault`.
+bool isCarriedOut(const Fault& fault);
+
+/// Changes `response` to what `fault` makes of it. The delay, the cut and the closed connection are
+/// up to whoever sends it.
+void apply(const Fault& fault, DeviceResponse& response);
+
+/// The faults that wait for their requests. Every function may be called from any thread.
+class FaultQueue {
+public:
+    /// Puts `fault` behind those that wait for `operation`. One that lasts until cleared gives way.
+    void add(Operation operation, Fault fault);
+
+    /// The fault for the next request of `operation`, counted as used; without effect if there is
+    /// none.
+    Fault take(Operation operation);
+
+    /// Drops all faults.
+    void clear();
+
+    /// The faults still to come.
+    std::vector<NamedFault> pending() const;
+
+private:
+    mutable std::mutex mutex_;
+    std::map<Operation, std::deque<Fault>> faults_;
+};
 
 }  // namespace tavro::service

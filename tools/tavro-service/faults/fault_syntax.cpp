@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "text/hex.h"
+#include "text/text.h"
 
 namespace tavro::service {
 
@@ -27,7 +27,6 @@ Json orNull(bool flag) {
     return flag ? Json(true) : Json();
 }
 
-/// One setting of a fault as it was given.
 struct Setting {
     std::string key;
     std::string value;
@@ -79,7 +78,6 @@ struct FaultKey {
     bool onlyFromCommandLine = false;
 };
 
-/// Every key of a fault.
 const std::vector<FaultKey>& faultKeys() {
     using F = Fault;
     using S = Setting;

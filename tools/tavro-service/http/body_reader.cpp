@@ -11,7 +11,6 @@ namespace {
 /// Largest body, or form without its file, that is kept in memory, in bytes.
 constexpr std::size_t largest_text = 1u << 20;
 
-/// Counts bytes against a limit.
 class Allowance {
 public:
     explicit Allowance(std::size_t limit) : left_(limit) {}

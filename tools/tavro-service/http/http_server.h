@@ -30,6 +30,10 @@ public:
     /// Stops listening, cuts the connections that are open and returns when all threads have ended.
     void stop();
 
+    /// Shuts down the connections that are open: all, or only the one to the peer's port
+    /// `remotePort`. Whoever reads or writes there sees the end of the connection.
+    void shutDownConnections(int remotePort = 0);
+
     /// Waits, but no longer than until the server is stopped.
     void pause(std::chrono::milliseconds delay);
 

@@ -43,15 +43,31 @@ public:
         : listener_(std::move(listener)), reporter_(std::move(reporter)) {}
 
     /// Tells of `request` and remembers it.
-    void add(Request request);
+    void add(Request request) {
+        const std::lock_guard lock(mutex_);
+        if (listener_)
+            listener_(request);
+        requests_.push_back(std::move(request));
+        if (requests_.size() > remembered_requests)
+            requests_.pop_front();
+    }
 
     /// Tells of what is wrong.
-    void report(const std::string& text);
+    void report(const std::string& text) {
+        const std::lock_guard lock(mutex_);
+        if (reporter_)
+            reporter_(text);
+    }
 
-    /// The last requests (up to 1000), the oldest first.
-    std::vector<Request> requests() const;
+    /// The last requests, the oldest first.
+    std::vector<Request> requests() const {
+        const std::lock_guard lock(mutex_);
+        return {requests_.begin(), requests_.end()};
+    }
 
 private:
+    static constexpr std::size_t remembered_requests = 1000;
+
     const Listener listener_;
     const Reporter reporter_;
     mutable std::mutex mutex_;

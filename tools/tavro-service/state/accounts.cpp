@@ -6,49 +6,49 @@ namespace tavro::service {
 
 std::string Accounts::registerDevice(const std::string& deviceId, const std::string& deviceType) {
     std::string token = randomToken();
-    database_.run("INSERT INTO devices VALUES (?, ?, ?)", token, deviceId, deviceType);
+    query(database_, "INSERT INTO devices VALUES (?, ?, ?)", token, deviceId, deviceType).exec();
     return token;
 }
 
 std::optional<std::string> Accounts::deviceOf(const std::string& token) {
-    Statement statement = database_.query("SELECT device_id FROM devices WHERE token = ?", token);
-    if (!statement.nextRow())
+    auto row = query(database_, "SELECT device_id FROM devices WHERE token = ?", token);
+    if (!row.executeStep())
         return std::nullopt;
-    return statement.text(0);
+    return row.getColumn(0).getString();
 }
 
 bool Accounts::create(const std::string& email, const std::string& firstName,
                       const std::string& lastName, const std::string& password) {
     if (exists(email))
         return false;
-    database_.run(
-        "INSERT INTO accounts (email, first_name, last_name, password) VALUES (?, ?, ?, ?)", email,
-        firstName, lastName, hashPassword(password));
+    query(database_,
+          "INSERT INTO accounts (email, first_name, last_name, password) VALUES (?, ?, ?, ?)",
+          email, firstName, lastName, hashPassword(password))
+        .exec();
     return true;
 }
 
 bool Accounts::exists(const std::string& email) {
-    return database_.query("SELECT 1 FROM accounts WHERE email = ?", email).nextRow();
+    return query(database_, "SELECT 1 FROM accounts WHERE email = ?", email).executeStep();
 }
 
 std::optional<std::int64_t> Accounts::authenticate(const std::string& email,
                                                    const std::string& password) {
-    Statement statement =
-        database_.query("SELECT id, password FROM accounts WHERE email = ?", email);
-    if (!statement.nextRow() || !isPassword(password, statement.text(1)))
+    auto row = query(database_, "SELECT id, password FROM accounts WHERE email = ?", email);
+    if (!row.executeStep() || !isPassword(password, row.getColumn(1)))
         return std::nullopt;
-    return statement.number(0);
+    return row.getColumn(0).getInt64();
 }
 
 std::string Accounts::startSession(const std::string& token, std::int64_t account) {
     std::string session = randomToken();
-    database_.run("INSERT INTO sessions VALUES (?, ?, ?)", session, token, account);
+    query(database_, "INSERT INTO sessions VALUES (?, ?, ?)", session, token, account).exec();
     return session;
 }
 
 bool Accounts::hasSession(const std::string& session, const std::string& token) {
-    return database_.query("SELECT 1 FROM sessions WHERE id = ? AND token = ?", session, token)
-        .nextRow();
+    return query(database_, "SELECT 1 FROM sessions WHERE id = ? AND token = ?", session, token)
+        .executeStep();
 }
 
 }  // namespace tavro::service

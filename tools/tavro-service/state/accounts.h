@@ -13,7 +13,7 @@ namespace tavro::service {
 class Accounts {
 public:
     /// Keeps everything in `database`, which must outlive the object.
-    explicit Accounts(Database& database) : database_(database) {}
+    explicit Accounts(SQLite::Database& database) : database_(database) {}
 
     /// Registers a device and returns its new token; earlier tokens stay valid.
     std::string registerDevice(const std::string& deviceId, const std::string& deviceType);
@@ -38,7 +38,7 @@ public:
     bool hasSession(const std::string& session, const std::string& token);
 
 private:
-    Database& database_;
+    SQLite::Database& database_;
 };
 
 }  // namespace tavro::service

@@ -1,11 +1,14 @@
 #include "state/catalogue.h"
 
+#include <SQLiteCpp/Transaction.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 #include <system_error>
 
-#include "books/book_error.h"
 #include "state/secrets.h"
 
 namespace fs = std::filesystem;
@@ -54,7 +57,25 @@ std::string printable(std::string name) {
 
 }  // namespace
 
-Catalogue::Catalogue(Database& database, fs::path folder, fs::path uploads,
+UploadFolder::UploadFolder(const fs::path& database) : temporary_(database.empty()) {
+    if (!temporary_) {
+        path_ = database.string() + ".uploads";
+        fs::create_directory(path_);
+        return;
+    }
+    std::string name = fs::temp_directory_path() / "tavro-service-XXXXXX";
+    if (::mkdtemp(name.data()) == nullptr)
+        throw std::system_error(errno, std::generic_category(), name);
+    path_ = name;
+}
+
+UploadFolder::~UploadFolder() {
+    std::error_code ignored;
+    if (temporary_)
+        fs::remove_all(path_, ignored);
+}
+
+Catalogue::Catalogue(SQLite::Database& database, fs::path folder, fs::path uploads,
                      std::function<void(const std::string&)> report)
     : database_(database),
       folder_(std::move(folder)),
@@ -77,23 +98,24 @@ void Catalogue::refresh() {
 
 void Catalogue::compareWith(const std::set<std::string>& files) {
     const auto known = knownItems();
-    Transaction transaction(database_);
+    SQLite::Transaction transaction(database_);
     for (const std::string& path : files)
         update(path, known);
     for (const auto& [path, item] : known) {
-        const std::int64_t deleted = files.count(path) == 0;
+        const int deleted = files.count(path) == 0;
         if (deleted != item.deleted)
-            database_.run("UPDATE items SET deleted = ? WHERE id = ?", deleted, item.id);
+            query(database_, "UPDATE items SET deleted = ? WHERE id = ?", deleted, item.id).exec();
     }
     transaction.commit();
 }
 
 std::map<std::string, Catalogue::Known> Catalogue::knownItems() {
     std::map<std::string, Known> known;
-    Statement row = database_.query("SELECT path, id, size, modified, deleted FROM items");
-    while (row.nextRow())
-        known[row.text(0)] = {
-            static_cast<int>(row.number(1)), {row.number(2), row.number(3)}, row.number(4) != 0};
+    auto row = query(database_, "SELECT path, id, size, modified, deleted FROM items");
+    while (row.executeStep())
+        known[row.getColumn(0)] = {row.getColumn(1),
+                                   {row.getColumn(2).getInt64(), row.getColumn(3).getInt64()},
+                                   row.getColumn(4).getInt() != 0};
     return known;
 }
 
@@ -118,68 +140,70 @@ void Catalogue::update(const std::string& path, const std::map<std::string, Know
 }
 
 void Catalogue::store(const std::string& path, int id, Stamp stamp, const BookDetails& details) {
-    const std::int64_t hasCover = !details.cover.empty();
-    database_.run(
-        "INSERT INTO items (id, path, size, modified, title, artist, isbn, isbn13, file_type,"
-        " has_cover) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO UPDATE SET"
-        " size = excluded.size, modified = excluded.modified, title = excluded.title,"
-        " artist = excluded.artist, isbn = excluded.isbn, isbn13 = excluded.isbn13,"
-        " has_cover = excluded.has_cover",
-        id, path, stamp.first, stamp.second, details.title, details.artist, details.isbn,
-        details.isbn13, bookFileType(path), hasCover);
+    const int hasCover = !details.cover.empty();
+    query(database_,
+          "INSERT INTO items (id, path, size, modified, title, artist, isbn, isbn13, file_type,"
+          " has_cover) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ON CONFLICT (id) DO UPDATE SET"
+          " size = excluded.size, modified = excluded.modified, title = excluded.title,"
+          " artist = excluded.artist, isbn = excluded.isbn, isbn13 = excluded.isbn13,"
+          " has_cover = excluded.has_cover",
+          id, path, stamp.first, stamp.second, details.title, details.artist, details.isbn,
+          details.isbn13, bookFileType(path), hasCover)
+        .exec();
 }
 
 int Catalogue::newId(const std::string& path) {
     std::uint32_t id = hashOf(path);
     for (;; ++id) {
         id &= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
-        const auto number = static_cast<std::int64_t>(id);
-        if (id != 0 && !database_.query("SELECT 1 FROM items WHERE id = ?", number).nextRow())
+        if (id != 0 && !query(database_, "SELECT 1 FROM items WHERE id = ?", id).executeStep())
             return static_cast<int>(id);
     }
 }
 
 std::vector<Book> Catalogue::books() {
     std::vector<Book> books;
-    Statement row = database_.query(select_books + "ORDER BY path");
-    while (!folder_.empty() && row.nextRow())
+    auto row = query(database_, select_books + "ORDER BY path");
+    while (!folder_.empty() && row.executeStep())
         books.push_back(bookOf(row));
     return books;
 }
 
 std::optional<Book> Catalogue::find(int id) {
-    Statement row = database_.query(select_books + "WHERE id = ? AND deleted = 0", id);
-    if (folder_.empty() || !row.nextRow())
+    auto row = query(database_, select_books + "WHERE id = ? AND deleted = 0", id);
+    if (folder_.empty() || !row.executeStep())
         return std::nullopt;
     return bookOf(row);
 }
 
-Book Catalogue::bookOf(const Statement& row) const {
+Book Catalogue::bookOf(const SQLite::Statement& row) const {
     Book book;
-    book.id = static_cast<int>(row.number(0));
-    book.path = row.text(1);
-    book.title = row.text(2);
-    book.artist = row.text(3);
-    book.isbn = row.text(4);
-    book.isbn13 = row.text(5);
-    book.fileType = row.text(6);
-    book.hasCover = row.number(7) != 0;
-    book.deleted = row.number(8) != 0;
-    const std::string upload = row.text(9);
+    book.id = row.getColumn(0);
+    book.path = row.getColumn(1).getString();
+    book.title = row.getColumn(2).getString();
+    book.artist = row.getColumn(3).getString();
+    book.isbn = row.getColumn(4).getString();
+    book.isbn13 = row.getColumn(5).getString();
+    book.fileType = row.getColumn(6).getString();
+    book.hasCover = row.getColumn(7).getInt() != 0;
+    book.deleted = row.getColumn(8).getInt() != 0;
+    const std::string upload = row.getColumn(9).getString();
     book.original = folder_ / book.path;
     book.content = upload.empty() ? book.original : uploads_ / upload;
-    book.fileName = row.text(10);
+    book.fileName = row.getColumn(10).getString();
     if (book.fileName.empty())
         book.fileName = printable(book.original.filename());
     return book;
 }
 
 void Catalogue::replaceContent(int id, posix::TemporaryFile& upload, const std::string& fileName) {
-    Statement row = database_.query("SELECT upload FROM items WHERE id = ?", id);
-    const std::string replaced = row.nextRow() ? row.text(0) : "";
+    auto row = query(database_, "SELECT upload FROM items WHERE id = ?", id);
+    const std::string replaced = row.executeStep() ? row.getColumn(0).getString() : "";
     const std::string name = randomToken();
     upload.renameTo(uploads_ / name);
-    database_.run("UPDATE items SET upload = ?, upload_name = ? WHERE id = ?", name, fileName, id);
+    query(database_, "UPDATE items SET upload = ?, upload_name = ? WHERE id = ?", name, fileName,
+          id)
+        .exec();
     std::error_code ignored;
     if (!replaced.empty())
         fs::remove(uploads_ / replaced, ignored);
@@ -187,9 +211,9 @@ void Catalogue::replaceContent(int id, posix::TemporaryFile& upload, const std::
 
 void Catalogue::removeUnreferencedUploads() {
     std::set<std::string> used;
-    Statement row = database_.query("SELECT upload FROM items WHERE upload <> ''");
-    while (row.nextRow())
-        used.insert(row.text(0));
+    auto row = query(database_, "SELECT upload FROM items WHERE upload <> ''");
+    while (row.executeStep())
+        used.insert(row.getColumn(0));
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(uploads_)) {
         if (used.count(entry.path().filename()) == 0)

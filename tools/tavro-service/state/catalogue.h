@@ -17,14 +17,33 @@
 
 namespace tavro::service {
 
+/// The folder for the uploads of one service.
+class UploadFolder {
+public:
+    /// Makes the folder: beside the state file `database`, or, if that is empty, a temporary one
+    /// that goes with the object. Throws `std::system_error`.
+    explicit UploadFolder(const std::filesystem::path& database);
+
+    ~UploadFolder();
+    UploadFolder(const UploadFolder&) = delete;
+    UploadFolder& operator=(const UploadFolder&) = delete;
+
+    /// Path of the folder.
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    bool temporary_;
+    std::filesystem::path path_;
+};
+
 /// The books of a folder, one item for each file, and what devices uploaded in their place.
 class Catalogue {
 public:
     /// Serves the files below `folder` (none if it is empty), remembers them in `database`, and
     /// keeps uploads in the folder `uploads`, where it removes what no item refers to. `report` is
     /// told of books that cannot be read.
-    Catalogue(Database& database, std::filesystem::path folder, std::filesystem::path uploads,
-              std::function<void(const std::string&)> report);
+    Catalogue(SQLite::Database& database, std::filesystem::path folder,
+              std::filesystem::path uploads, std::function<void(const std::string&)> report);
 
     /// Compares the items with the folder and reads the files that are new or changed. A file that
     /// cannot be read is reported once and skipped; an item that it had before stays as it was.
@@ -53,10 +72,10 @@ private:
     void update(const std::string& path, const std::map<std::string, Known>& known);
     void store(const std::string& path, int id, Stamp stamp, const BookDetails& details);
     int newId(const std::string& path);
-    Book bookOf(const Statement& row) const;
+    Book bookOf(const SQLite::Statement& row) const;
     void removeUnreferencedUploads();
 
-    Database& database_;
+    SQLite::Database& database_;
     std::filesystem::path folder_;
     std::filesystem::path uploads_;
     std::function<void(const std::string&)> report_;

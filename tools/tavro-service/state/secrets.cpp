@@ -8,7 +8,7 @@
 #include <memory>
 #include <system_error>
 
-#include "text/hex.h"
+#include "text/text.h"
 
 namespace tavro::service {
 

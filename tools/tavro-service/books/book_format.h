@@ -5,7 +5,18 @@
 #include <string>
 #include <string_view>
 
+#include "books/book_reader.h"
+
 namespace tavro::service {
+
+// One reader for each format of book. Each takes the path of the file and throws `BookError` if it
+// is damaged.
+
+BookDetails readEpub(const std::filesystem::path& path);
+BookDetails readFictionBook(const std::filesystem::path& path);
+BookDetails readZippedFictionBook(const std::filesystem::path& path);
+
+// What they are made of.
 
 /// Largest file or archive entry that is read for the sake of a title or a cover, in bytes.
 inline constexpr std::size_t largest_part = 64u << 20;
@@ -19,5 +30,8 @@ std::string readStart(const std::filesystem::path& path, std::size_t limit);
 
 /// All bytes of the file `path`. Throws `BookError`, also if there are more than `largest_part`.
 std::string readWhole(const std::filesystem::path& path);
+
+/// Sets the ISBN field that fits the number of digits in `text`; neither if it is no ISBN.
+void setIsbn(BookDetails& details, const std::string& text);
 
 }  // namespace tavro::service

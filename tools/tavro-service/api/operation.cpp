@@ -1,66 +1,56 @@
+#include "api/operation.h"
+
 #include <stdexcept>
 
 #include "api/handlers.h"
-#include "api/operation.h"
 
 namespace tavro::service {
 
 // The spellings differ from operation to operation, as devices have always sent them.
 const std::vector<OperationDescription>& allOperations() {
     constexpr const char* form = nullptr;
-    constexpr bool optional = false;
+    const auto optional = [](const char* name) { return RequestField(name, false); };
     static const std::vector<OperationDescription> operations = {
         {Operation::RegisterDevice,
          "RegisterDevice",
-         "/IOSCloudManagement.svc/RegisterDevice",
          "DeviceRequest",
-         {{"DeviceId"},
-          {"DeviceType"},
-          {"ServiceConsumerID"},
-          {"ServiceConsumerPassword"},
-          {"ShopID", optional}},
+         {"DeviceId", "DeviceType", "ServiceConsumerID", "ServiceConsumerPassword",
+          optional("ShopID")},
          registerDevice},
         {Operation::CreateUser,
          "CreateUser",
-         "/IOSCloudManagement.svc/CreateUser",
          "RegisterUserRequest",
-         {{"Email"}, {"FirstName", optional}, {"LastName", optional}, {"Password"}, {"Token"}},
+         {"Email", optional("FirstName"), optional("LastName"), "Password", "Token"},
          createUser},
         {Operation::LoginUser,
          "LoginUser",
-         "/IOSCloudManagement.svc/LoginUser",
          "LoginRequest",
-         {{"EmailID"}, {"Password"}, {"DeviceID"}, {"Token"}},
+         {"EmailID", "Password", "DeviceID", "Token"},
          loginUser},
         {Operation::ForgetPassword,
          "ForgetPassword",
-         "/IOSCloudManagement.svc/ForgetPassword",
          "ForgetPasswordRequest",
-         {{"EmailID"}, {"Token"}},
+         {"EmailID", "Token"},
          forgetPassword},
         {Operation::GetShopURL,
          "GetShopURL",
-         "/IOSCloudManagement.svc/GetShopURL",
          "ShopInfoRequest",
-         {{"DeviceId"}, {"DeviceType"}, {"ServiceConsumerID"}, {"ServiceConsumerPassword"}},
+         {"DeviceId", "DeviceType", "ServiceConsumerID", "ServiceConsumerPassword"},
          getShopUrl},
         {Operation::SysnWithCloud,
          "SysnWithCloud",
-         "/IOSCloudManagement.svc/SysnWithCloud",
          "SyncRequest",
-         {{"SessionID"}, {"Token"}, {"LastSynDateTime", optional}},
+         {"SessionID", "Token", optional("LastSynDateTime")},
          synchronise},
         {Operation::UploadContent,
          "UploadContent",
-         "/UploadContent.aspx",
          form,
-         {{"Token"}, {"SessionId"}, {"ItemId"}, {"file", optional}},
+         {"Token", "SessionId", "ItemId", optional("file")},
          uploadContent},
         {Operation::DownloadContent,
          "DownloadContent",
-         "/DownloadContent.aspx",
          form,
-         {{"Token"}, {"SessionId"}, {"ItemId"}},
+         {"Token", "SessionId", "ItemId"},
          downloadContent},
     };
     return operations;

@@ -1,11 +1,11 @@
-#include "books/book_file.h"
+#include "books/book_format.h"
 
 #include <strings.h>
 
+#include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <system_error>
-
-#include "books/book_error.h"
 
 namespace tavro::service {
 
@@ -32,6 +32,17 @@ std::string readWhole(const std::filesystem::path& path) {
     if (unknown || size > largest_part)
         throw BookError("is too large or cannot be read");
     return readStart(path, static_cast<std::size_t>(size));
+}
+
+void setIsbn(BookDetails& details, const std::string& text) {
+    std::string digits;
+    std::copy_if(text.begin(), text.end(), std::back_inserter(digits),
+                 [](char character) { return character != '-' && character != ' '; });
+    const std::size_t number = std::min(digits.find_first_not_of("0123456789"), digits.size());
+    if (digits.size() == 13 && number == 13)
+        details.isbn13 = digits;
+    else if (digits.size() == 10 && (number == 10 || (number == 9 && digits.back() == 'X')))
+        details.isbn = digits;
 }
 
 }  // namespace tavro::service

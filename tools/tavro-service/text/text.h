@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -8,5 +9,11 @@ namespace tavro::service {
 /// `text` as one line of valid UTF-8 that XML can carry: blanks are collapsed to single ones and
 /// trimmed, characters that XML does not allow are dropped, broken UTF-8 becomes U+FFFD.
 std::string cleanText(std::string_view text);
+
+/// `bytes` as lower-case hexadecimal digits.
+std::string hexEncode(std::string_view bytes);
+
+/// The bytes of which `digits` are the hexadecimal digits; none if they are not pairs of digits.
+std::optional<std::string> hexDecode(std::string_view digits);
 
 }  // namespace tavro::service
