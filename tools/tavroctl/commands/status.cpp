@@ -3,7 +3,9 @@
 
 #include "account/books.h"
 #include "account/catalogue.h"
+#include "account/changes.h"
 #include "account/failure.h"
+#include "account/files.h"
 #include "account/journal.h"
 #include "account/session.h"
 #include "session/account_keys.h"
@@ -19,7 +21,7 @@ namespace {
 
 void showFileStatus(const std::string& file, const Account& account, const Output& output) {
     const std::string path = fullPath(account, file);
-    if (!std::filesystem::is_regular_file(path))
+    if (!isRegularFile(path))
         throw Failure("there is no file " + path,
                       "name a file of the download folder, or see 'tavroctl books'");
     constexpr const char* states[] = {"present", "not pending", "pending"};
@@ -36,9 +38,13 @@ void showStatus(const Account& account, const Output& output) {
     const auto downloaded = std::count_if(books.begin(), books.end(), [&](const auto& book) {
         return present.count(itemNumber(book)) > 0;
     });
-    const std::size_t pending = pendingChanges(account).size();
+    const auto changes = pendingChanges(account);
+    const auto waiting = std::count_if(changes.begin(), changes.end(), [&](const auto& change) {
+        return isWaitingForFile(account, change);
+    });
     const std::string step = missingStep(account);
     const bool complete = static_cast<std::size_t>(downloaded) == books.size();
+    const bool replayable = static_cast<std::size_t>(waiting) < changes.size();
     output.summary({{"configuration", account.folder()},
                     {"configured", configured},
                     {"email", account.value(account_keys::email)},
@@ -48,12 +54,13 @@ void showStatus(const Account& account, const Output& output) {
                     {"loggedIn", registered && account.isLoggedIn()},
                     {"books", books.size()},
                     {"downloaded", downloaded},
-                    {"pending", pending},
+                    {"pending", changes.size()},
                     {"next", !step.empty()   ? step
-                             : pending > 0   ? "tavroctl replay"
+                             : replayable    ? "tavroctl replay"
                              : books.empty() ? "tavroctl sync"
-                             : complete      ? ""
-                                             : "tavroctl download --all"}});
+                             : !complete     ? "tavroctl download --all"
+                             : waiting > 0   ? "tavroctl journal"
+                                             : ""}});
 }
 
 }  // namespace
