@@ -9,6 +9,7 @@
 
 #include "support/tavroctl_fixture.h"
 #include "support/terminal.h"
+#include "tavro.h"
 
 using nlohmann::json;
 using tavro::service::Operation;
