@@ -174,6 +174,7 @@ TEST_F(Tavroctl, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
 // Root's files after sudo, a failing card: nothing is called empty, or written, that is not.
 TEST_F(Tavroctl, UnreadableStoresFailWithTheirReason) {
     downloadBooks();
+    done({"replace", "first.txt", "first.txt"});
     const std::vector<std::pair<const char*, std::vector<Words>>> cases{
         {account_files::journal, {{"journal"}, {"replay"}, {"status"}, {"drop", "first.txt"}}},
         {account_files::book_map,
