@@ -28,6 +28,21 @@ void showFileStatus(const std::string& file, const Account& account, const Outpu
     output.summary({{"file", path}, {"status", states[tavro_get_book_status(path.c_str())]}});
 }
 
+/// How many changes still have to reach the service, and how many of them cannot.
+struct Changes {
+    std::size_t pending = 0;
+    std::size_t waiting = 0;  ///< for new files that are missing
+};
+
+Changes changesOf(const Account& account) {
+    Changes changes;
+    for (const Change& change : pendingChanges(account)) {
+        ++changes.pending;
+        changes.waiting += isWaitingForFile(account, change) ? 1 : 0;
+    }
+    return changes;
+}
+
 void showStatus(const Account& account, const Output& output) {
     const bool configured = account.isConfigured();
     const bool registered = configured && account.isRegistered();
@@ -38,13 +53,9 @@ void showStatus(const Account& account, const Output& output) {
     const auto downloaded = std::count_if(books.begin(), books.end(), [&](const auto& book) {
         return present.count(itemNumber(book)) > 0;
     });
-    const auto changes = pendingChanges(account);
-    const auto waiting = std::count_if(changes.begin(), changes.end(), [&](const auto& change) {
-        return isWaitingForFile(account, change);
-    });
+    const Changes changes = changesOf(account);
     const std::string step = missingStep(account);
     const bool complete = static_cast<std::size_t>(downloaded) == books.size();
-    const bool replayable = static_cast<std::size_t>(waiting) < changes.size();
     output.summary({{"configuration", account.folder()},
                     {"configured", configured},
                     {"email", account.value(account_keys::email)},
@@ -54,13 +65,13 @@ void showStatus(const Account& account, const Output& output) {
                     {"loggedIn", registered && account.isLoggedIn()},
                     {"books", books.size()},
                     {"downloaded", downloaded},
-                    {"pending", changes.size()},
-                    {"next", !step.empty()   ? step
-                             : replayable    ? "tavroctl replay"
-                             : books.empty() ? "tavroctl sync"
-                             : !complete     ? "tavroctl download --all"
-                             : waiting > 0   ? "tavroctl journal"
-                                             : ""}});
+                    {"pending", changes.pending},
+                    {"next", !step.empty()                       ? step
+                             : changes.waiting < changes.pending ? "tavroctl replay"
+                             : books.empty()                     ? "tavroctl sync"
+                             : !complete                         ? "tavroctl download --all"
+                             : changes.waiting > 0               ? "tavroctl journal"
+                                                                 : ""}});
 }
 
 }  // namespace
