@@ -3,7 +3,7 @@
 _tavroctl() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local commands="setup register signup login remind shop wizard logout sync books download map
-        status info cover replace replay journal"
+        status info cover replace replay journal drop"
     local command="" config=() word index files words
     COMPREPLY=()
 
@@ -27,7 +27,7 @@ _tavroctl() {
     # 3. Options, the command, its arguments.
     words="--help --version --config --json --trace"
     case $command in
-        setup) words+=" --service --email --first-name --last-name --serial --consumer --type --folder" ;;
+        setup) words+=" --service --email --first-name --last-name --serial --consumer --type --folder --force" ;;
         register) words+=" --renew" ;;
         signup | login) words+=" --password-stdin" ;;
         logout) words+=" --yes" ;;
@@ -43,6 +43,12 @@ _tavroctl() {
     elif [[ $command == download ]]; then
         words=$("${COMP_WORDS[0]}" books --json "${config[@]}" 2>/dev/null | grep -oE '^ *"item": "-?[0-9]+' | grep -oE -- '-?[0-9]+$')
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+    elif [[ $command == drop ]]; then
+        mapfile -t files < <("${COMP_WORDS[0]}" journal --json "${config[@]}" 2>/dev/null | sed -nE 's/^ *"old": "(.*)",$/\1/p' | sort -u)
+        compopt -o filenames
+        for word in "${files[@]}"; do
+            [[ $word != "$current"* ]] || COMPREPLY+=("$word")
+        done
     elif [[ $command =~ ^(status|info|cover|replace)$ ]]; then
         compopt -o filenames
         mapfile -t files < <("${COMP_WORDS[0]}" map "${config[@]}" 2>/dev/null | sed -nE 's/^(.*[^ ]) +-?[0-9]+ +[a-z]+$/\1/p')

@@ -24,7 +24,7 @@ constexpr std::size_t block_size = 65536;
 /// An empty file in the folder of `path` with the permissions `mode`.
 TemporaryFile replacementOf(const std::string& path, mode_t mode) {
     const std::string folder = path.substr(0, path.rfind('/') + 1);
-    TemporaryFile replacement(folder + std::string(replacement_prefix));
+    TemporaryFile replacement(folder + std::string(replacement_prefix), path);
     if (::fchmod(replacement.descriptor(), mode) != 0)
         throwSystemError("cannot write", path);
     return replacement;

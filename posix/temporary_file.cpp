@@ -28,10 +28,11 @@ void flushFolderOf(const std::string& path) {
 
 }  // namespace
 
-TemporaryFile::TemporaryFile(const std::string& beginning) : path_(beginning + "XXXXXX") {
+TemporaryFile::TemporaryFile(const std::string& beginning, const std::string& purpose)
+    : path_(beginning + "XXXXXX"), purpose_(purpose.empty() ? path_ : purpose) {
     file_ = FileDescriptor(::mkostemp(path_.data(), O_CLOEXEC));
     if (!file_)
-        throwSystemError("cannot create", path_);
+        throwSystemError("cannot write", purpose_);
     ::flock(file_.get(), LOCK_EX);  // nobody else has the name: it never waits
 }
 
@@ -43,12 +44,13 @@ TemporaryFile::~TemporaryFile() {
 TemporaryFile& TemporaryFile::operator=(TemporaryFile&& other) noexcept {
     std::swap(file_, other.file_);
     std::swap(path_, other.path_);
+    std::swap(purpose_, other.purpose_);
     return *this;
 }
 
 void TemporaryFile::write(std::string_view bytes) {
     if (!writeAll(file_.get(), bytes))
-        throwSystemError("cannot write", path_);
+        throwSystemError("cannot write", purpose_);
 }
 
 void TemporaryFile::renameTo(const std::string& path) {

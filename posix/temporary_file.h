@@ -17,9 +17,10 @@ public:
     /// No file.
     TemporaryFile() = default;
 
-    /// Makes an empty file (mode 0600) called `beginning` and six more characters. Throws
-    /// `std::system_error`.
-    explicit TemporaryFile(const std::string& beginning);
+    /// Makes an empty file (mode 0600) called `beginning` and six more characters. Errors, of this
+    /// and the other functions, name `purpose` if that is not empty: the file that it is to
+    /// become. Throws `std::system_error`.
+    explicit TemporaryFile(const std::string& beginning, const std::string& purpose = {});
 
     ~TemporaryFile();
     TemporaryFile(TemporaryFile&& other) noexcept = default;
@@ -47,6 +48,7 @@ public:
 private:
     FileDescriptor file_{-1};
     std::string path_;
+    std::string purpose_;
 };
 
 }  // namespace posix

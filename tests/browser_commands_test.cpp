@@ -3,12 +3,18 @@
 #include <core_utils_host.h>
 #include <gmock/gmock.h>
 #include <png.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <thread>
 
 #include "support/tavroctl_fixture.h"
+#include "support/terminal.h"
 
 using nlohmann::json;
 using testing::HasSubstr;
@@ -108,6 +114,39 @@ TEST_F(BrowserCommands, CoverIsWrittenUprightAtTheSizeAskedFor) {
     EXPECT_THAT(failed(words)["error"], HasSubstr("there is no readable cover"));
 }
 
+// What is no regular file, /dev/null say, must not become one.
+TEST_F(BrowserCommands, CoverGoesIntoWhatTheOutputIs) {
+    downloadBooks();
+    writeCover(coverOf("first.txt", ".png"));
+    const auto writeTo = [this](const std::string& path) {
+        return run({"cover", "first.txt", "--output", path});
+    };
+    const std::string plain = folder / std::string(250, 'c');
+    EXPECT_EQ(0, writeTo(plain).status) << "the longest names fit, too";
+    const std::string picture = readFile(plain);
+    ASSERT_NE("", picture);
+
+    const std::string link = folder / "link";
+    fs::create_symlink("target", link);
+    for (int time = 0; time < 2; ++time)
+        EXPECT_EQ(0, writeTo(link).status);
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(picture, readFile(folder / "target"));
+    EXPECT_THAT(writeTo("/dev/stdout").out,
+                AllOf(testing::StartsWith(picture), HasSubstr("pixels in /dev/stdout")));
+
+    const std::string fifo = folder / "fifo";
+    ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600));
+    const pid_t reader = ::start({"/bin/cat", fifo}, {{1, folder / "read"}});
+    EXPECT_EQ(0, writeTo(fifo).status);
+    EXPECT_TRUE(fs::is_fifo(fifo));
+    if (!fs::is_fifo(fifo))
+        ::kill(reader, SIGTERM);
+    statusOf(reader);
+    EXPECT_EQ(picture, readFile(folder / "read"));
+    EXPECT_THAT(writeTo("/dev/full").err, HasSubstr("/dev/full: No space left on device"));
+}
+
 TEST_F(BrowserCommands, BackgroundSyncReturnsWhileTheApplicationRuns) {
     EXPECT_THAT(failed({"sync", "--background"})["advice"], HasSubstr("scripts/device-root"));
     installApplication("tavro_sync.app", "while [ ! -e '" + folder / "go" +
@@ -141,4 +180,40 @@ TEST_F(BrowserCommands, LogOutRefusesAFolderThatTheShellWouldReadOtherwise) {
     expectRefusal("books");
     EXPECT_EQ("Mine.\n", readFile(folder / "My/precious.txt"));
     EXPECT_EQ(0, run({"setup", "--folder", folder / "books_1-a"}).status);
+}
+
+// Log-out removes all files directly in the download folder.
+TEST_F(BrowserCommands, SetupTakesNoFolderWhoseFilesAreNotBooks) {
+    done({"setup"});
+    const std::string home = folder / "home";
+    writeFile(home + "/.hidden", "");
+    writeFile(home + "/sub/7.txt", "");
+    ::setenv("HOME", home.c_str(), 1);
+    fs::create_symlink(home, folder / "link");
+    fs::create_symlink(root.configuration(), folder / "account");
+    for (const std::string& harmful :
+         {std::string("/"), home, folder / "link", std::string(::getpwuid(::getuid())->pw_dir),
+          root.configuration(), folder / "account", deviceFile("mnt/ext1/system"),
+          deviceFile("mnt/ext1/")}) {
+        const Outcome refused = run({"setup", "--force", "--folder", harmful});
+        EXPECT_EQ(2, refused.status) << harmful;
+        EXPECT_THAT(refused.err, HasSubstr("is no folder for books")) << harmful;
+    }
+    writeFile(root.file(account_files::configuration), accountConfiguration(home));
+    EXPECT_THAT(failed({"logout", "--yes"})["error"], HasSubstr("a home folder"));
+    ::setenv("HOME", "/nowhere", 1);
+    EXPECT_EQ(0, run({"setup", "--folder", folder / "new"}).status);
+    writeFile(home + "/7.file", "7\n");
+    EXPECT_EQ(0, run({"setup", "--folder", home}).status) << "nothing that log-out would remove";
+
+    const std::string other = folder / "other";
+    writeFile(other + "/letter.txt", "Mine.\n");
+    EXPECT_EQ(2, run({"setup", "--folder", other}).status);
+    Terminal refused(tavroctl({"setup", "--folder", other}));
+    refused.expect("(1, one is letter.txt)");
+    refused.type("n\n");
+    EXPECT_EQ(1, refused.wait());
+    EXPECT_EQ(home, done({"status"})["downloadFolder"]) << "nothing was changed";
+    EXPECT_EQ(0, run({"setup", "--folder", other, "--force"}).status);
+    EXPECT_EQ(0, run({"setup", "--folder", other}).status) << "it is the folder already";
 }

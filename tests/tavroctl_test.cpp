@@ -8,6 +8,7 @@
 
 #include "support/tavroctl_fixture.h"
 #include "support/terminal.h"
+#include "tavro.h"
 
 using nlohmann::json;
 using tavro::service::Operation;
@@ -120,7 +121,8 @@ TEST_F(Tavroctl, RefusalsNameTheServiceAndItsCode) {
 
 TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     downloadBooks();
-    std::filesystem::remove_all(root.syncFolder());
+    for (const char* name : {"first.txt", "second.txt"})
+        std::filesystem::remove(root.syncFolder() + "/" + name);
     service.inject("DownloadContent:close,times=1");
     const Outcome outcome = run({"download", "--all", "--json"});
     EXPECT_EQ(1, outcome.status);
@@ -128,6 +130,98 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     EXPECT_EQ("failed", report[0]["result"]);
     EXPECT_EQ("downloaded", report[1]["result"]);
     EXPECT_THAT(failed({"download", "999"})["advice"], HasSubstr("tavroctl books"));
+}
+
+// The card is not in: a folder in its place would have all books downloaded again.
+TEST_F(Tavroctl, MissingDownloadFolderIsNotMadeForBooksThatWereInIt) {
+    downloadBooks();
+    std::filesystem::remove_all(root.syncFolder());
+    writeFile(folder / "new.txt", "The first book, corrected.\n");
+    for (const Words& words :
+         {Words{"download", "--all"}, {"replace", "first.txt", folder / "new.txt"}})
+        EXPECT_EQ("the download folder " + root.syncFolder() + " is missing",
+                  failed(words)["error"]);
+    EXPECT_FALSE(std::filesystem::exists(root.syncFolder()));
+}
+
+TEST_F(Tavroctl, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
+    downloadBooks();
+    writeFile(root.syncFolder() + "/new.txt", "The first book, corrected.\n");
+    done({"replace", "first.txt", "new.txt"});
+    EXPECT_EQ(false, done({"journal"})[0]["missing"]);
+    std::filesystem::remove(root.syncFolder() + "/new.txt");
+    EXPECT_EQ(true, done({"journal"})[0]["missing"]);
+    EXPECT_THAT(run({"journal"}).out, HasSubstr("set aside: the new file is not there"));
+    EXPECT_EQ(1, done({"status"})["pending"]);
+    EXPECT_EQ("tavroctl journal", done({"status"})["next"]);
+
+    const Outcome replay = run({"replay", "--json"});
+    EXPECT_EQ(1, replay.status);
+    EXPECT_EQ("first.txt", json::parse(replay.out)["waiting"][0]["old"]);
+    EXPECT_THAT(replay.err, HasSubstr("'tavroctl drop OLD'"));
+    EXPECT_THAT(failed({"drop", "second.txt"})["advice"], HasSubstr("tavroctl journal"));
+    const json dropped = done({"drop", "first.txt"});
+    EXPECT_EQ("new.txt", dropped[0]["new"]);
+    EXPECT_EQ(true, dropped[0]["missing"]);
+    EXPECT_EQ(0U, done({"journal"}).size());
+    EXPECT_EQ(0U, service.count(Operation::UploadContent));
+}
+
+// Root's files after sudo, a failing card: nothing is called empty, or written, that is not.
+TEST_F(Tavroctl, UnreadableStoresFailWithTheirReason) {
+    downloadBooks();
+    done({"replace", "first.txt", "first.txt"});
+    const std::vector<std::pair<const char*, std::vector<Words>>> cases{
+        {account_files::journal, {{"journal"}, {"replay"}, {"status"}, {"drop", "first.txt"}}},
+        {account_files::book_map,
+         {{"map"}, {"books"}, {"status"}, {"replay"}, {"logout", "--yes"}}},
+        {account_files::configuration, {{"status"}, {"setup"}, {"logout", "--yes"}}}};
+    for (const auto& [name, commands] : cases) {
+        const std::string file = root.file(name);
+        std::filesystem::rename(file, folder / "aside");
+        std::filesystem::create_symlink(file, file);
+        for (const Words& words : commands)
+            EXPECT_EQ("cannot read " + file + ": Too many levels of symbolic links",
+                      failed(words)["error"])
+                << words[0];
+        std::filesystem::rename(folder / "aside", file);
+    }
+    std::filesystem::remove(root.file(Tavro::tavro_books));
+    std::filesystem::create_symlink("loop", root.file("loop"));
+    std::filesystem::create_symlink("loop", root.file(Tavro::tavro_books));
+    EXPECT_THAT(failed({"sync"})["error"], HasSubstr("does not hold what was written"));
+}
+
+TEST_F(Tavroctl, OddFilesStopNoCommand) {
+    downloadBooks();
+    const std::string longest(305, 'n');
+    addToMap(root.configuration(), {{"loop", 7}, {longest, 8}});
+    std::filesystem::create_symlink("loop", root.syncFolder() + "/loop");
+    for (const Words& words : {Words{"map"}, {"status"}, {"books"}, {"download", "--all"}})
+        done(words);
+    for (const std::string& name : {std::string("loop"), longest}) {
+        EXPECT_THAT(failed({"status", name})["error"], HasSubstr("there is no file"));
+        EXPECT_THAT(failed({"info", name})["error"], HasSubstr("the catalogue has no item"));
+        EXPECT_THAT(failed({"replace", "first.txt", name})["error"], HasSubstr("another book"));
+        EXPECT_THAT(failed({"replace", "first.txt", folder / name})["error"],
+                    HasSubstr("another book"));
+    }
+    EXPECT_THAT(failed({"replace", "loop", folder / longest + "x"})["error"],
+                HasSubstr("there is no file"));
+    EXPECT_EQ(3, done({"logout", "--yes"})["removed"]);
+}
+
+// The next file opened would become the standard stream, and the trace its content.
+TEST_F(Tavroctl, ClosedStreamsLeaveTheAccountsFilesClean) {
+    downloadBooks();
+    const auto statusWith = [](const std::string& redirections) {
+        return statusOf(
+            ::start({"/bin/sh", "-c", TAVRO_TEST_TAVROCTL " --trace sync " + redirections}));
+    };
+    EXPECT_EQ(0, statusWith(">/dev/null 2>&-"));
+    EXPECT_EQ(0, statusWith("<&- >/dev/null 2>&-"));
+    EXPECT_EQ(1, statusWith("<&- >&- 2>&-")) << "nobody can have the result";
+    EXPECT_EQ("", readFile(root.file(".tavro_sync_lock")));
 }
 
 // A title out of the network must not steer the terminal.
@@ -167,6 +261,11 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"setup", "--email", "a&b"}, "&"},
         {{"setup", "--service", "https://127.0.0.1"}, ""},
         {{"setup", "--service", "http://127.0.0.1:65536"}, ""},
+        {{"setup", "--service", "http://127.0.0.1:"}, ""},
+        {{"setup", "--service", "http://127.0.0.1:80/shop"}, ""},
+        {{"setup", "--service", "http://[::1"}, ""},
+        {{"setup", "--service", "http://:80"}, ""},
+        {{"setup", "--service", "http://" + std::string(120'000, 'a')}, ""},
         {{"login"}, "--password-stdin"},
         {{"login", "--password-stdin"}, ""},
         {{"logout"}, "--yes"},
@@ -175,6 +274,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"cover", "first.txt"}, "--output"},
         {{"cover", "first.txt", "--ascii", "--size", "0x10"}, "'0x10' is no size"},
         {{"cover", "first.txt", "--ascii", "--size", "8193x10"}, "'8193x10' is no size"},
+        {{"cover", "first.txt", "--ascii", "--size", std::string(120'000, '1')}, "is no size"},
         {{"info", "first.txt", "--config", elsewhere}, "--config"},
         {{"status", "first.txt", "--config", elsewhere}, "--config"},
         {{"cover", "first.txt", "--ascii", "--config", elsewhere}, "--config"},
@@ -189,6 +289,8 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         EXPECT_THAT(json::parse(outcome.err)["error"], HasSubstr(error));
     }
     EXPECT_TRUE(done({"status"})["registered"]);
+    for (const std::string address : {"http://[::1]:8080", "http://reader.example:80"})
+        EXPECT_EQ(address, done({"setup", "--service", address + "/"})["service"]);
     EXPECT_EQ(0, run({"--help"}).status);
     EXPECT_EQ(0, run({"--version"}).status);
 }

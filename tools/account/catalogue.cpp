@@ -43,7 +43,7 @@ void synchronise(Tavro& session, const Account& account) {
     if (answered && former)
         replaceFile(file, *former);
     if (accepted)
-        throwCannotWrite(file);
+        throwNotWritten(file);
     throw serviceFailure(
         *session.server, "the catalogue was not fetched", apiAddress(),
         "run 'tavroctl login' again, or 'tavroctl register --renew' if the service does not "

@@ -5,8 +5,6 @@
 
 #include <cstdio>
 
-#include "posix/file_descriptor.h"
-
 namespace tavro::tools {
 
 namespace {
@@ -30,6 +28,16 @@ QuietLibrary::QuietLibrary(const Output& output, bool trace) : output_(output) {
 
 QuietLibrary::~QuietLibrary() {
     redirect(output_.standardOutput(), output_.standardError());
+}
+
+LoudAgain::LoudAgain(const Output& output)
+    : output_(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)),
+      error_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
+    redirect(output.standardOutput(), output.standardError());
+}
+
+LoudAgain::~LoudAgain() {
+    redirect(output_.get(), error_.get());
 }
 
 }  // namespace tavro::tools

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "console/output.h"
+#include "posix/file_descriptor.h"
 
 namespace tavro::tools {
 
@@ -16,6 +17,20 @@ public:
 
 private:
     const Output& output_;
+};
+
+/// While it lives, the standard streams are again what `output` has them as, amid a QuietLibrary:
+/// for paths such as /dev/stdout.
+class LoudAgain {
+public:
+    explicit LoudAgain(const Output& output);
+    ~LoudAgain();
+    LoudAgain(const LoudAgain&) = delete;
+    LoudAgain& operator=(const LoudAgain&) = delete;
+
+private:
+    posix::FileDescriptor output_;
+    posix::FileDescriptor error_;
 };
 
 }  // namespace tavro::tools

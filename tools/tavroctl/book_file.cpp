@@ -4,8 +4,10 @@
 
 #include "account/book_map.h"
 #include "account/failure.h"
+#include "account/files.h"
 #include "account/session.h"
 #include "client/placeholder.h"
+#include "tavroctl/absolute_path.h"
 #include "tavroctl/device_folder.h"
 
 namespace fs = std::filesystem;
@@ -21,8 +23,7 @@ Failure unknownBook(const Account& account, const std::string& path) {
         return Failure(path + " lies outside the download folder",
                        "name a file of the folder " + folder);
     const fs::path name = fs::path(path).filename();
-    const bool placeholder =
-        name.extension() == placeholder::extension && fs::is_regular_file(path);
+    const bool placeholder = name.extension() == placeholder::extension && isRegularFile(path);
     if (!placeholder && mappedFiles(account).count(name) == 0)
         return Failure("the book map does not know " + name.string() + ", and it is no placeholder",
                        "name one of the files of 'tavroctl map' or a placeholder");
@@ -37,7 +38,7 @@ std::string fullPath(const Account& account, const std::string& file) {
     if (account.downloadFolder().empty())
         throw Failure("no download folder is configured", "run 'tavroctl setup' first");
     if (file.find('/') != std::string::npos)
-        return fs::absolute(file).lexically_normal();
+        return absolutePath(file);
     return account.downloadFolder() / file;
 }
 

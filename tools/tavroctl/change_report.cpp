@@ -1,5 +1,7 @@
 #include "tavroctl/change_report.h"
 
+#include "account/changes.h"
+
 namespace tavro::tools {
 
 Json asJson(const Change& change) {
@@ -10,6 +12,12 @@ Json asJson(const std::vector<Change>& changes) {
     Json json = Json::array();
     for (const auto& change : changes)
         json.push_back(asJson(change));
+    return json;
+}
+
+Json asJournalEntry(const Account& account, const Change& change) {
+    Json json = asJson(change);
+    json["missing"] = isWaitingForFile(account, change);
     return json;
 }
 

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <filesystem>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
 #include "program/run_program.h"
+#include "tavroctl/absolute_path.h"
 
 namespace tavro::tools {
 
@@ -81,7 +81,7 @@ void CommandLine::parse(int count, char** values) {
     json_ = std::find(values, values + count, std::string("--json")) != values + count;
     app_->parse(count, values);
     if (folder_ != device_paths::configuration_folder)
-        folder_ = std::filesystem::absolute(folder_).lexically_normal();
+        folder_ = absolutePath(folder_);
 }
 
 void CommandLine::tell(const std::exception& error, int status) const {

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "account/failure.h"
+#include "account/files.h"
 #include "platform/device_paths.h"
 
 namespace fs = std::filesystem;
@@ -18,8 +19,7 @@ void requireDevicesFolder(const Account& account) {
 
 void requireApplication(const Account& account, const char* path) {
     requireDevicesFolder(account);
-    std::error_code missing;
-    if (!fs::is_regular_file(path, missing) || ::access(path, X_OK) != 0)
+    if (!isRegularFile(path) || ::access(path, X_OK) != 0)
         throw Failure(std::string("there is no application ") + path,
                       "lay the device root out with scripts/device-root");
 }

@@ -1,15 +1,14 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
-#include <regex>
 #include <utility>
 
 #include "account/failure.h"
-#include "account/files.h"
 #include "tavroctl/book_file.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_folder.h"
 #include "tavroctl/joined.h"
+#include "tavroctl/output_file.h"
 #include "tavroctl/picture.h"
 #include "tavroctl/shared_options.h"
 
@@ -27,16 +26,21 @@ struct Options {
     bool ascii = false;
 };
 
+/// The number of pixels that `text` is; 0 when it is none from 1 to `largest_side`.
+int sideOf(const std::string& text) {
+    const bool isNumber = !text.empty() && text.size() <= std::to_string(largest_side).size() &&
+                          text.find_first_not_of("0123456789") == std::string::npos;
+    const int side = isNumber ? std::stoi(text) : 0;
+    return side <= largest_side ? side : 0;
+}
+
 /// Width and height out of "WxH". Throws UsageError.
 std::pair<int, int> sizeOf(const std::string& text) {
-    static const std::regex form("([0-9]{1,4})x([0-9]{1,4})");
-    std::smatch match;
-    if (std::regex_match(text, match, form)) {
-        const std::pair size(std::stoi(match[1]), std::stoi(match[2]));
-        const auto [smaller, larger] = std::minmax(size.first, size.second);
-        if (smaller >= 1 && larger <= largest_side)
-            return size;
-    }
+    const std::size_t middle = std::min(text.find('x'), text.size());
+    const std::pair size(sideOf(text.substr(0, middle)),
+                         sideOf(middle < text.size() ? text.substr(middle + 1) : ""));
+    if (size.first > 0 && size.second > 0)
+        return size;
     throw UsageError("'" + text + "' is no size: it is WIDTHxHEIGHT, each from 1 to " +
                      std::to_string(largest_side));
 }
@@ -66,7 +70,7 @@ void showCover(const Options& options, const Account& account, const Output& out
     std::string text =
         std::to_string(bitmap->width) + "x" + std::to_string(bitmap->height) + " pixels";
     if (!options.outputFile.empty()) {
-        replaceFile(options.outputFile, asPng(*bitmap));
+        writeOutputFile(output, options.outputFile, asPng(*bitmap));
         text += " in " + displayable(options.outputFile);
     }
     if (options.ascii) {

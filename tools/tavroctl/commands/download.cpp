@@ -71,7 +71,6 @@ Books missing(const Account& account, const Books& books, Report& report) {
 void downloadEach(Tavro& session, const Account& account, const Output& output, const Books& books,
                   Report& report) {
     const auto folder = account.downloadFolder();
-    std::filesystem::create_directories(folder);
     std::size_t number = 0;
     for (const auto& book : books) {
         const std::string label = std::to_string(++number) + "/" + std::to_string(books.size()) +
@@ -91,6 +90,7 @@ void download(const Options& options, const Account& account, const Output& outp
         throw UsageError("download takes either item IDs (see 'tavroctl books') or --all");
     const auto session = openSession(account, Need::Session);
     const AccountLock lock(account);
+    requireDownloadFolder(account);
     Report report;
     const auto& catalogue = session->getAddedBooks();
     const Books books =

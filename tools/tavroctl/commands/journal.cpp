@@ -1,3 +1,4 @@
+#include "account/changes.h"
 #include "tavroctl/change_report.h"
 #include "tavroctl/command_line.h"
 
@@ -6,10 +7,11 @@ namespace tavro::tools {
 namespace {
 
 void showJournal(const Account& account, const Output& output) {
-    Listing listing{"OLD", "NEW", "UPLOADED"};
+    Listing listing{"OLD", "NEW", "UPLOADED", "STATE"};
     for (const auto& change : pendingChanges(account))
-        listing.add(asJson(change),
-                    {change.oldName, change.newName, change.flag ? "yes" : "not yet"});
+        listing.add(asJournalEntry(account, change),
+                    {change.oldName, change.newName, change.flag ? "yes" : "not yet",
+                     isWaitingForFile(account, change) ? set_aside : "pending"});
     output.list(listing, "No changes are pending.");
 }
 

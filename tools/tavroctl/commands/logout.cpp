@@ -1,17 +1,18 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <optional>
 
 #include "account/account_lock.h"
 #include "account/failure.h"
+#include "account/files.h"
 #include "account/journal.h"
+#include "console/confirmation.h"
 #include "platform/device_paths.h"
 #include "tavro_client.h"
+#include "tavroctl/book_folder.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_folder.h"
 #include "tavroctl/plain_word.h"
@@ -22,24 +23,6 @@ namespace fs = std::filesystem;
 namespace tavro::tools {
 
 namespace {
-
-/// What lies directly in `folder`, apart from what `isMeant` turns down.
-template <typename Filter>
-std::vector<std::string> namesIn(const fs::path& folder, Filter isMeant) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error))
-        if (isMeant(*entry))
-            names.push_back(entry->path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-/// Whether log-out removes `entry` of the download folder: a file that is not hidden.
-bool goesAtLogOut(const fs::directory_entry& entry) {
-    return entry.path().filename().string()[0] != '.' &&
-           entry.symlink_status().type() != fs::file_type::directory;
-}
 
 /// Says what `Log out?` is about.
 std::string whatGoes(const Account& account, std::size_t files) {
@@ -52,22 +35,20 @@ std::string whatGoes(const Account& account, std::size_t files) {
            device_paths::hidden_files_folder + "\n";
 }
 
-/// Asks at the terminal whether to log out. Throws UsageError without one, Failure for a no.
-void confirmLogOut(const Output& output, const std::string& what) {
-    if (::isatty(STDIN_FILENO) != 1)
-        throw UsageError("standard input is no terminal to ask for a confirmation: say --yes");
-    output.prompt(what + "Log out? [y/N] ");
-    std::string answer;
-    std::getline(std::cin, answer);
-    if (answer != "y" && answer != "Y" && answer != "yes")
-        throw Failure("nothing was changed");
-}
-
 /// Sees that the shell, to which the library gives `folder` as it is, reads no other path.
 void requirePlainFolder(const std::string& folder, const std::string& advice) {
     if (!folder.empty() && (folder[0] != '/' || !isPlainWord(folder)))
         throw Failure("log-out would have the shell read '" + folder + "' as something else",
                       advice);
+}
+
+/// Sees that the files of `folder` are for log-out to remove, however it came to be configured.
+void requireHarmlessFolder(const Account& account, const std::string& folder) {
+    const std::string reason = folder.empty() ? "" : whyHarmful(account, folder);
+    if (!reason.empty())
+        throw Failure("log-out would remove the files of " + folder + ": " + reason,
+                      "move the books to a folder of their own and name that with 'tavroctl setup "
+                      "--folder'");
 }
 
 /// Has the library log out, under the account's lock if there is an account.
@@ -85,11 +66,10 @@ void logOutNow(const Account& account) {
 
 /// Sees that log-out has removed what it should, with the books out of `folder`. Throws Failure.
 void requireGone(const Account& account, const std::string& folder) {
-    std::error_code missing;
-    if (fs::exists(account.folder(), missing))
+    if (exists(account.folder()))
         throw Failure("the configuration folder " + account.folder() + " is still there",
                       "check its permissions and run the same command again");
-    if (const std::size_t undeleted = namesIn(folder, goesAtLogOut).size(); undeleted > 0)
+    if (const std::size_t undeleted = removedAtLogOut(folder).size(); undeleted > 0)
         throw Failure(std::to_string(undeleted) + " files are still in " + folder,
                       "check its permissions and remove them");
 }
@@ -100,14 +80,16 @@ void logOut(bool confirmed, const Account& account, const Output& output) {
     requirePlainFolder(folder,
                        "move the books to a folder with a plain name and name that with 'tavroctl "
                        "setup --folder'");
+    requireHarmlessFolder(account, folder);
     requirePlainFolder(account.folder(), "build with a TAVRO_DEVICE_ROOT that has a plain name");
-    const std::size_t files = namesIn(folder, goesAtLogOut).size();
+    const std::size_t files = removedAtLogOut(folder).size();
     if (!confirmed)
-        confirmLogOut(output, whatGoes(account, files));
+        confirm(output, whatGoes(account, files) + "Log out?",
+                "standard input is no terminal to ask for a confirmation: say --yes");
     logOutNow(account);
     requireGone(account, folder);
 
-    const auto left = namesIn(folder, [](const auto&) { return true; });
+    const auto left = namesIn(folder);
     const std::string rest =
         left.empty() ? "nothing" : std::to_string(left.size()) + " subfolders and hidden files";
     output.result({{"loggedOut", true}, {"removed", files}, {"left", left}},

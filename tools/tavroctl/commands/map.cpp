@@ -1,4 +1,5 @@
 #include "account/book_map.h"
+#include "account/books.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
 
@@ -7,10 +8,9 @@ namespace tavro::tools {
 namespace {
 
 void showMap(const Account& account, const Output& output) {
-    const std::string folder = account.downloadFolder().string() + "/";
     Listing listing{"FILE", "ITEM", "STATE"};
     for (const auto& [name, item] : mappedFiles(account)) {
-        const bool present = std::filesystem::is_regular_file(folder + name);
+        const bool present = isPresent(account, name);
         listing.add({{"file", name}, {"item", item}, {"present", present}},
                     {name, std::to_string(item), present ? "present" : "missing"});
     }

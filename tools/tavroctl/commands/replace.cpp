@@ -4,6 +4,7 @@
 
 #include "account/account_lock.h"
 #include "account/book_map.h"
+#include "account/books.h"
 #include "account/changes.h"
 #include "account/files.h"
 #include "account/session.h"
@@ -43,11 +44,11 @@ void requireUnmapped(const MappedFiles& map, const std::string& name, const std:
 /// Makes the file `path` the file `target` of the download folder, copying it there if it lies
 /// elsewhere, but over no other file than `oldName`. Throws Failure.
 void bringIntoFolder(const fs::path& path, const fs::path& target, const std::string& oldName) {
-    const fs::path source = fs::is_regular_file(path) || path != target.filename() ? path : target;
-    if (!fs::is_regular_file(source))
+    const fs::path source = isRegularFile(path) || path != target.filename() ? path : target;
+    if (!isRegularFile(source))
         throw Failure("there is no file " + path.string(), "give the path of the new book file");
-    if (fs::exists(target)) {
-        if (fs::equivalent(source, target))
+    if (exists(target)) {
+        if (std::error_code unlike; fs::equivalent(source, target, unlike))
             return;
         if (target.filename() != oldName)
             throw Failure(
@@ -64,6 +65,7 @@ void replace(const Options& options, const Account& account, const Output& outpu
     const std::string oldName = mappedName(map, options.oldName);
     const std::string newName = fs::path(options.newPath).filename();
     requireUnmapped(map, newName, oldName);
+    requireDownloadFolder(account);
     bringIntoFolder(options.newPath, account.bookFile(newName), oldName);
     const Change change = [&] {
         const RetryPauses pauses(output);

@@ -1,4 +1,5 @@
 #include "account/account_lock.h"
+#include "account/books.h"
 #include "account/changes.h"
 #include "account/session.h"
 #include "tavroctl/change_report.h"
@@ -25,6 +26,14 @@ void addRows(Table& table, const std::vector<Change>& changes, const char* resul
         table.rows.push_back({change.oldName, change.newName, result});
 }
 
+/// Throws the Failure that only changes without their new files are left, `count` of them.
+[[noreturn]] void throwWaiting(const Account& account, std::size_t count) {
+    requireDownloadFolder(account);  // else no file is there, and nothing is to be given up
+    throw Failure(std::to_string(count) + " changes are set aside: their new files are not there",
+                  "bring the new files back into " + account.downloadFolder().string() +
+                      ", or give a change up with 'tavroctl drop OLD'; see 'tavroctl journal'");
+}
+
 void replay(const Account& account, const Output& output) {
     const auto session = openSession(account, Need::Session);
     const AccountLock lock(account);
@@ -33,12 +42,16 @@ void replay(const Account& account, const Output& output) {
     addRows(table, result.uploaded, "uploaded");
     addRows(table, result.dropped, "dropped: the book map does not know the old name");
     addRows(table, result.kept, "still pending");
+    addRows(table, result.waiting, set_aside);
     output.result({{"uploaded", asJson(result.uploaded)},
                    {"dropped", asJson(result.dropped)},
-                   {"pending", asJson(result.kept)}},
+                   {"pending", asJson(result.kept)},
+                   {"waiting", asJson(result.waiting)}},
                   table, "No changes were pending.");
     if (!result.kept.empty())
         throw uploadFailure(*session, std::to_string(result.kept.size()) + " changes stay pending");
+    if (!result.waiting.empty())
+        throwWaiting(account, result.waiting.size());
 }
 
 }  // namespace

@@ -4,15 +4,18 @@
 #include <filesystem>
 #include <memory>
 #include <random>
-#include <regex>
 
 #include "account/failure.h"
+#include "console/confirmation.h"
 #include "platform/device_paths.h"
 #include "server/built_in_settings.h"
 #include "server/connection_keys.h"
 #include "session/account_keys.h"
+#include "tavroctl/absolute_path.h"
+#include "tavroctl/book_folder.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/plain_word.h"
+#include "tavroctl/service_address.h"
 #include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
 #include "tavroserver.h"
@@ -23,11 +26,10 @@ namespace tavro::tools {
 
 namespace {
 
-constexpr int highest_port = 65535;
-
 struct Options {
     std::string service;
     Settings settings;  ///< those not given are empty
+    bool force = false;
 };
 
 /// A serial number that no second device folder is likely to get.
@@ -49,7 +51,7 @@ fs::path defaultDownloadFolder(const Account& account) {
 
 /// Full path of the download folder `folder`. Throws UsageError when log-out could not delete it.
 std::string plainFolder(const std::string& folder) {
-    std::string path = fs::absolute(folder).lexically_normal();
+    std::string path = absolutePath(folder);
     if (!isPlainWord(path))
         throw UsageError(
             "'" + path +
@@ -57,6 +59,26 @@ std::string plainFolder(const std::string& folder) {
             "it may hold letters, digits and " +
             device_paths::plain_punctuation + " only");
     return path;
+}
+
+/// Sees that log-out may remove the files of `folder`, as it will. Asks when it holds others than
+/// the account's books. Throws UsageError, Failure.
+void requireBookFolder(const Account& account, const std::string& folder, bool force,
+                       const Output& output) {
+    const std::string removal = "log-out removes all files directly in the folder of the books";
+    const std::string reason = whyHarmful(account, folder);
+    if (!reason.empty())
+        throw UsageError("'" + folder + "' is no folder for books: " + reason + ", and " + removal);
+    const std::string configured = account.downloadFolder();
+    if (force || (!configured.empty() && isSameFolder(folder, configured)))
+        return;
+    const auto foreign = foreignFiles(account, folder);
+    if (foreign.empty())
+        return;
+    const std::string held = folder + " holds files that are no books of the account (" +
+                             std::to_string(foreign.size()) + ", one is " + foreign.front() +
+                             "), and " + removal;
+    confirm(output, displayable(held) + ".\nTake it?", held + ": say --force to take it");
 }
 
 /// The values to write: those given, and a default for each required one that is missing.
@@ -79,22 +101,14 @@ Settings completed(const Account& account, const Settings& given) {
 
 /// The server settings that send everything to the service at `address`.
 Settings serverSettings(const std::string& address) {
-    static const std::regex form(
-        R"(http://(\[[0-9A-Fa-f:.]+\]|[A-Za-z0-9._-]+)(:([0-9]{1,5}))?/?)");
-    std::smatch match;
-    const bool matches = std::regex_match(address, match, form);
-    const std::string port = matches && match[3].matched ? match[3].str() : "80";
-    if (!matches || std::stoi(port) < 1 || std::stoi(port) > highest_port)
-        throw UsageError("'" + address +
-                         "' is no service address: it is http://HOST or http://HOST:PORT, and "
-                         "nothing else (the device speaks plain HTTP only)");
-    const std::string host = "http://" + match[1].str();
+    const ServiceAddress service = parseServiceAddress(address);
+    const std::string host = "http://" + service.host;
     return {{connection_keys::base_api_url, host + service_paths::device_api},
-            {connection_keys::api_port, port},
+            {connection_keys::api_port, service.port},
             {connection_keys::upload_url, host + service_paths::upload},
-            {connection_keys::upload_port, port},
+            {connection_keys::upload_port, service.port},
             {connection_keys::download_url, host + service_paths::download},
-            {connection_keys::download_port, port}};
+            {connection_keys::download_port, service.port}};
 }
 
 /// Writes `settings` into the device's server-settings file and sees that the library takes them.
@@ -112,6 +126,9 @@ void storeServerSettings(const Settings& settings) {
 
 void setUp(const Options& options, Account& account, const Output& output) {
     const Settings settings = completed(account, options.settings);
+    if (!options.settings.at(account_keys::download_folder).empty())
+        requireBookFolder(account, settings.at(account_keys::download_folder), options.force,
+                          output);
     if (!options.service.empty())
         storeServerSettings(serverSettings(options.service));
 
@@ -149,6 +166,8 @@ void addSetup(CommandLine& commandLine) {
     add("--type", account_keys::device_type, "Device type sent at registration");
     command.add_option("--folder", options->settings[account_keys::download_folder],
                        "Folder of the downloaded books");
+    addFlag(command, "--force", options->force,
+            "Take a folder with other files, too, which log-out will remove");
 }
 
 }  // namespace tavro::tools

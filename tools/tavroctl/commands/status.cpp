@@ -3,7 +3,9 @@
 
 #include "account/books.h"
 #include "account/catalogue.h"
+#include "account/changes.h"
 #include "account/failure.h"
+#include "account/files.h"
 #include "account/journal.h"
 #include "account/session.h"
 #include "session/account_keys.h"
@@ -19,11 +21,26 @@ namespace {
 
 void showFileStatus(const std::string& file, const Account& account, const Output& output) {
     const std::string path = fullPath(account, file);
-    if (!std::filesystem::is_regular_file(path))
+    if (!isRegularFile(path))
         throw Failure("there is no file " + path,
                       "name a file of the download folder, or see 'tavroctl books'");
     constexpr const char* states[] = {"present", "not pending", "pending"};
     output.summary({{"file", path}, {"status", states[tavro_get_book_status(path.c_str())]}});
+}
+
+/// How many changes still have to reach the service, and how many of them cannot.
+struct Changes {
+    std::size_t pending = 0;
+    std::size_t waiting = 0;  ///< for new files that are missing
+};
+
+Changes changesOf(const Account& account) {
+    Changes changes;
+    for (const Change& change : pendingChanges(account)) {
+        ++changes.pending;
+        changes.waiting += isWaitingForFile(account, change) ? 1 : 0;
+    }
+    return changes;
 }
 
 void showStatus(const Account& account, const Output& output) {
@@ -36,7 +53,7 @@ void showStatus(const Account& account, const Output& output) {
     const auto downloaded = std::count_if(books.begin(), books.end(), [&](const auto& book) {
         return present.count(itemNumber(book)) > 0;
     });
-    const std::size_t pending = pendingChanges(account).size();
+    const Changes changes = changesOf(account);
     const std::string step = missingStep(account);
     const bool complete = static_cast<std::size_t>(downloaded) == books.size();
     output.summary({{"configuration", account.folder()},
@@ -48,12 +65,13 @@ void showStatus(const Account& account, const Output& output) {
                     {"loggedIn", registered && account.isLoggedIn()},
                     {"books", books.size()},
                     {"downloaded", downloaded},
-                    {"pending", pending},
-                    {"next", !step.empty()   ? step
-                             : pending > 0   ? "tavroctl replay"
-                             : books.empty() ? "tavroctl sync"
-                             : complete      ? ""
-                                             : "tavroctl download --all"}});
+                    {"pending", changes.pending},
+                    {"next", !step.empty()                       ? step
+                             : changes.waiting < changes.pending ? "tavroctl replay"
+                             : books.empty()                     ? "tavroctl sync"
+                             : !complete                         ? "tavroctl download --all"
+                             : changes.waiting > 0               ? "tavroctl journal"
+                                                                 : ""}});
 }
 
 }  // namespace

@@ -1,0 +1,116 @@
+#include "tavroctl/book_folder.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+
+#include "account/book_map.h"
+#include "account/files.h"
+#include "client/placeholder.h"
+#include "platform/device_paths.h"
+
+namespace fs = std::filesystem;
+
+namespace tavro::tools {
+
+namespace {
+
+/// `path` without symbolic links, as far as it exists, and without a trailing "/".
+fs::path resolved(const fs::path& path) {
+    std::error_code unknown;
+    fs::path whole = fs::weakly_canonical(path, unknown);
+    if (unknown)
+        whole = path.lexically_normal();
+    return whole.has_filename() ? whole : whole.parent_path();
+}
+
+/// Whether `folder` is `inner` or one of the folders on the way to it.
+bool leadsTo(const std::string& folder, fs::path inner) {
+    while (!isSameFolder(folder, inner)) {
+        if (!inner.has_relative_path())
+            return false;
+        inner = inner.parent_path();
+    }
+    return true;
+}
+
+/// The home folders of whoever runs the program: that of the environment, that of the system.
+std::vector<std::string> homeFolders() {
+    std::vector<std::string> folders;
+    if (const char* const home = std::getenv("HOME"); home != nullptr && home[0] == '/')
+        folders.emplace_back(home);
+    if (const passwd* const entry = ::getpwuid(::getuid()); entry != nullptr)
+        folders.emplace_back(entry->pw_dir);
+    return folders;
+}
+
+bool isPlaceholderName(const fs::path& name) {
+    const std::string item = name.stem();
+    return name.extension() == placeholder::extension &&
+           item.find_first_not_of("-0123456789") == std::string::npos;
+}
+
+/// Names of what lies directly in `folder`, in order, apart from what `isMeant` turns down.
+template <typename Filter>
+std::vector<std::string> namesIn(const std::string& folder, Filter isMeant) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error))
+        if (isMeant(*entry))
+            names.push_back(entry->path().filename());
+    if (error && error != std::errc::no_such_file_or_directory) {
+        errno = error.value();
+        throwCannotRead(folder);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool goesAtLogOut(const fs::directory_entry& entry) {
+    std::error_code unknown;
+    return entry.path().filename().string()[0] != '.' &&
+           entry.symlink_status(unknown).type() != fs::file_type::directory;
+}
+
+}  // namespace
+
+std::string whyHarmful(const Account& account, const std::string& folder) {
+    for (const std::string& home : homeFolders())
+        if (isSameFolder(folder, home))
+            return "it is a home folder";
+    for (const std::string& configuration :
+         {account.folder(), std::string(device_paths::configuration_folder)})
+        if (leadsTo(folder, configuration) || leadsTo(folder, resolved(configuration)))
+            return "it is or holds the configuration folder " + configuration;
+    return {};
+}
+
+std::vector<std::string> removedAtLogOut(const std::string& folder) {
+    return namesIn(folder, goesAtLogOut);
+}
+
+std::vector<std::string> namesIn(const std::string& folder) {
+    return namesIn(folder, [](const auto&) { return true; });
+}
+
+std::vector<std::string> foreignFiles(const Account& account, const std::string& folder) {
+    const MappedFiles map = mappedFiles(account);
+    std::vector<std::string> names = removedAtLogOut(folder);
+    const auto isBook = [&](const std::string& name) {
+        return map.count(name) > 0 || isPlaceholderName(name);
+    };
+    names.erase(std::remove_if(names.begin(), names.end(), isBook), names.end());
+    return names;
+}
+
+bool isSameFolder(const std::string& left, const std::string& right) {
+    std::error_code missing;
+    return resolved(left) == resolved(right) || fs::equivalent(left, right, missing);
+}
+
+}  // namespace tavro::tools
