@@ -22,12 +22,16 @@ bool registerDevice(Account& account, bool renew) {
     const bool registered = account.isRegistered();
     if (registered && !renew)
         return false;
+    loadServerSettings();
     Tavro session;
-    const bool done = session.init(account.folder()) &&
-                      (!registered || session.server->RegisterDevice(
-                                          account.value(account_keys::consumer_id),
-                                          account.value(account_keys::consumer_password),
-                                          account.value(account_keys::device_type)) == 0);
+    const bool opened = session.init(account.folder());
+    if (!session.server)  // made once the configuration is read
+        throw Failure("cannot read " + account.file(Tavro::config_file),
+                      "run the same command again");
+    const bool done = opened && (!registered || session.server->RegisterDevice(
+                                                    account.value(account_keys::consumer_id),
+                                                    account.value(account_keys::consumer_password),
+                                                    account.value(account_keys::device_type)) == 0);
     if (!done)
         throw serviceFailure(
             *session.server, "the registration failed", apiAddress(),
