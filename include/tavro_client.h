@@ -27,9 +27,9 @@ public:
 
     /// Starts the synchronisation application and returns at once. Nobody waits for the child.
     ///
-    /// The child is a copy of this process until it becomes the application. When the application is
-    /// missing it ends by `exit`, which writes buffered output of this process a second time: flush
-    /// the standard streams before the call.
+    /// The child is a copy of this process until it becomes the application. When the application
+    /// is missing it ends by `exit`, which writes buffered output of this process a second time:
+    /// flush the standard streams before the call.
     ///
     /// @return always 0; an application that cannot be started is logged by the child, which ends
     ///     with status 127.

@@ -50,8 +50,8 @@ TAVRO_EXPORTED int tavro_get_book_info(const char* path, struct tavro_book_info*
  * Tells whether a file stands for a book that is still to be downloaded.
  *
  * Waits while the synchronisation application rewrites the download list. A result of 2 keeps a
- * descriptor with the list's shared lock until the process ends: ask once for each pending file, and
- * keep the answer.
+ * descriptor with the list's shared lock until the process ends: ask once for each pending file,
+ * and keep the answer.
  *
  * @param path full path of the file.
  * @return 0: it stands for no other file; 1: its download is not pending (or nobody knows); 2: it

@@ -8,25 +8,12 @@
 #include <cstdlib>
 #include <utility>
 
+#include "posix/flush.h"
 #include "posix/retry_after_signal.h"
 #include "posix/system_error.h"
 #include "posix/write_all.h"
 
 namespace posix {
-
-namespace {
-
-/// Waits until the entries of the folder of `path` are on the disk. What was renamed is in place
-/// whatever becomes of this, so a failure is none of the caller's.
-void flushFolderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory)
-        retryAfterSignal([&] { return ::fsync(directory.get()); });
-}
-
-}  // namespace
 
 TemporaryFile::TemporaryFile(const std::string& beginning, const std::string& purpose)
     : path_(beginning + "XXXXXX"), purpose_(purpose.empty() ? path_ : purpose) {

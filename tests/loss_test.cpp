@@ -190,7 +190,8 @@ TEST_F(Loss, FailedRenewalLeavesNoSessionBesideAnotherToken) {
     const std::string token = account.file(account_files::token);
     fs::remove(token);
     fs::create_directory(token);
-    EXPECT_THAT(failureOf([&] { account.storeToken("another"); }), HasSubstr("cannot write " + token));
+    EXPECT_THAT(failureOf([&] { account.storeToken("another"); }),
+                HasSubstr("cannot write " + token));
     EXPECT_FALSE(Account(account.folder()).isLoggedIn());
     EXPECT_FALSE(fs::exists(account.file(account_files::login_marker)));
 }

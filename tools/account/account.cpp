@@ -12,6 +12,7 @@
 #include "account/files.h"
 #include "platform/account_files.h"
 #include "platform/configuration.h"
+#include "posix/atomic_file.h"
 #include "posix/file_descriptor.h"
 #include "posix/retry_after_signal.h"
 #include "session/account_keys.h"
@@ -22,6 +23,20 @@ namespace tavro::tools {
 
 namespace {
 
+/// Opens the key/value file `path`, which need not exist, to change it. Throws Failure.
+platform::Configuration openToChange(const std::string& path) {
+    errno = 0;
+    auto config = platform::openConfiguration(path);
+    if (!config)
+        throwCannotRead(path);
+    return config;
+}
+
+void write(LecternConfig* config, const Settings& settings) {
+    for (const auto& [key, value] : settings)
+        WriteString(config, key.c_str(), value.c_str());
+}
+
 void saveOrThrow(platform::Configuration config, const std::string& path) {
     errno = 0;
     if (platform::save(std::move(config)) != 0)
@@ -29,7 +44,8 @@ void saveOrThrow(platform::Configuration config, const std::string& path) {
 }
 
 /// The right to change the settings files of a folder, from opening one to saving it: of two
-/// writers at once the later one would undo what the earlier one has changed. Waits for it.
+/// writers at once the later one would undo what the earlier one has changed. Waits for it, and
+/// removes what killed ones have left behind.
 class FolderLock {
 public:
     explicit FolderLock(const std::string& folder)
@@ -37,6 +53,7 @@ public:
         if (!folder_ ||
             posix::retryAfterSignal([this] { return ::flock(folder_.get(), LOCK_EX); }) != 0)
             throwCannotWrite(folder);
+        posix::removeAbandonedReplacements(folder);
     }
 
 private:
@@ -93,9 +110,22 @@ bool Account::isLoggedIn() const {
 }
 
 void Account::store(const Settings& settings) {
-    storeSettings(file(account_files::configuration), settings);
-    for (const auto& [key, value] : settings)
-        settings_[key] = value;
+    const std::string path = file(account_files::configuration);
+    const auto email = settings.find(account_keys::email);
+    const FolderLock lock(folder_);
+    auto config = openToChange(path);
+    write(config.get(), settings);
+    // In one with the address: an interruption must not leave one account's session to another.
+    const bool other = email != settings.end() && email->second != value(account_keys::email);
+    if (other)
+        RemoveKey(config.get(), account_keys::session);
+    saveOrThrow(std::move(config), path);
+    for (const auto& [key, text] : settings)
+        settings_[key] = text;
+    if (other)
+        settings_.erase(account_keys::session);
+    if (email != settings.end() && !isLoggedIn())  // also where an interrupted call has left it
+        removeFile(file(account_files::login_marker));
 }
 
 void Account::storeToken(const std::string& token) {
@@ -111,18 +141,17 @@ void Account::storeSession(const std::string& sessionId, const std::string& vend
 void Account::forgetSession() {
     const std::string path = file(account_files::configuration);
     const FolderLock lock(folder_);
-    auto config = platform::openConfiguration(path);
+    auto config = openToChange(path);
     RemoveKey(config.get(), account_keys::session);
     saveOrThrow(std::move(config), path);
     settings_.erase(account_keys::session);
-    fs::remove(file(account_files::login_marker));
+    removeFile(file(account_files::login_marker));
 }
 
 void storeSettings(const std::string& path, const Settings& settings) {
     const FolderLock lock(fs::path(path).parent_path());
-    auto config = platform::openConfiguration(path);
-    for (const auto& [key, value] : settings)
-        WriteString(config.get(), key.c_str(), value.c_str());
+    auto config = openToChange(path);
+    write(config.get(), settings);
     saveOrThrow(std::move(config), path);
 }
 

@@ -44,7 +44,8 @@ public:
     /// Whether a session is stored. The service may have ended it meanwhile.
     bool isLoggedIn() const;
 
-    /// Stores `settings`, keeping what else the file holds. Throws Failure.
+    /// Stores `settings`, keeping what else the file holds. Another e-mail address ends the session
+    /// that belongs to the former one. Throws Failure.
     void store(const Settings& settings);
 
     /// Stores the device token, which a session survives no change of: the session is forgotten.

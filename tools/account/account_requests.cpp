@@ -23,16 +23,20 @@ bool registerDevice(Account& account, bool renew) {
     const bool registered = account.isRegistered();
     if (registered && !renew)
         return false;
+    loadServerSettings();
     Tavro session;
-    const bool done = session.init(account.folder()) &&
-                      (!registered || session.server->RegisterDevice(
-                                          account.value(account_keys::consumer_id),
-                                          account.value(account_keys::consumer_password),
-                                          account.value(account_keys::device_type)) == 0);
+    const bool opened = session.init(account.folder());
+    if (!session.server)  // made once the configuration is read
+        throw Failure("cannot read " + account.file(Tavro::config_file),
+                      "run the same command again");
+    const bool done = opened && (!registered || session.server->RegisterDevice(
+                                                    account.value(account_keys::consumer_id),
+                                                    account.value(account_keys::consumer_password),
+                                                    account.value(account_keys::device_type)) == 0);
     if (!done)
-        throw serviceFailure(
-            *session.server, "the registration failed", apiAddress(),
-            "check ConsumerID and ConsumerPassword in " + account.file(account_files::configuration));
+        throw serviceFailure(*session.server, "the registration failed", apiAddress(),
+                             "check ConsumerID and ConsumerPassword in " +
+                                 account.file(account_files::configuration));
     account.storeToken(session.deviceToken());
     return true;
 }
@@ -81,9 +85,9 @@ Shop askForShop(const Account& account) {
                                                account.value(account_keys::device_type));
     // The library calls an answer without the shop's details a success, an empty one as well.
     if (!accepted || session->getShopUrl().empty())
-        throw serviceFailure(
-            *session->server, "the shop's details did not come", apiAddress(),
-            "check ConsumerID and ConsumerPassword in " + account.file(account_files::configuration));
+        throw serviceFailure(*session->server, "the shop's details did not come", apiAddress(),
+                             "check ConsumerID and ConsumerPassword in " +
+                                 account.file(account_files::configuration));
     return {session->getShopName(), session->getShopUrl(), session->getShopLicenseUrl()};
 }
 

@@ -1,6 +1,7 @@
 #include "account/book_map.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <set>
 
@@ -22,6 +23,7 @@ std::string mapFile(const Account& account) {
 /// Loads the open, locked `map`; an empty file, which the library does not load, has no entries.
 void load(BookMap& map) {
     struct stat status = {};
+    map.bookMap.clear();
     if (map.loadMapInt() != 0 && (::fstat(map.fd_, &status) != 0 || status.st_size > 0))
         throwCannotRead(map.path);
 }
@@ -72,28 +74,16 @@ MappedFiles lostEntries(const Account& account, const MappedFiles& saved,
     return lost;
 }
 
-void putBack(const Account& account, const MappedFiles& entries) {
-    BookMap map;
-    map.path = mapFile(account);
-    const store::LockedBookMap locked(map);
-    if (!locked)
-        throwCannotWrite(map.path);
-    load(map);
-    map.bookMap.insert(entries.begin(), entries.end());
-    map.saveMapInt();
-}
-
 /// Puts entries of `saved` that the map has lost back into it. @return the map then.
 MappedFiles repaired(const Account& account, const MappedFiles& saved) {
-    const MappedFiles present = mappedFiles(account);
+    MappedFiles present = mappedFiles(account);
     const MappedFiles lost = lostEntries(account, saved, present);
     if (lost.empty())
         return present;
-    putBack(account, lost);
-    MappedFiles repairedMap = mappedFiles(account);
-    if (!lostEntries(account, saved, repairedMap).empty())
-        throwNotWritten(mapFile(account));
-    return repairedMap;
+    MappedFiles whole = present;
+    whole.insert(lost.begin(), lost.end());
+    requireBookMap(account, present, whole);
+    return whole;
 }
 
 /// Copies the map while nobody writes it.
@@ -110,6 +100,28 @@ void copyMap(const Account& account, const std::string& copy) {
 
 MappedFiles mappedFiles(const Account& account) {
     return entriesIn(mapFile(account));
+}
+
+void requireBookMap(const Account& account, const MappedFiles& before, MappedFiles expected) {
+    BookMap map;
+    map.path = mapFile(account);
+    const store::LockedBookMap locked(map);
+    if (!locked)
+        throwCannotRead(map.path);
+    load(map);
+    for (const auto& entry : map.bookMap)
+        if (before.count(entry.first) == 0 && isRegularFile(account.bookFile(entry.first)))
+            expected.insert(entry);
+    for (int attempt = 0; attempt < 2 && map.bookMap != expected; ++attempt) {
+        map.bookMap = expected;
+        map.saveMapInt();
+        load(map);
+    }
+    if (map.bookMap == expected)
+        return;
+    // No map is better than a wrong one: the copy gives an empty one its entries back.
+    [[maybe_unused]] const int truncated = ::ftruncate(map.fd_, 0);
+    throwNotWritten(map.path);
 }
 
 void repairAndCopyBookMap(const Account& account) {

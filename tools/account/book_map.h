@@ -13,6 +13,13 @@ using MappedFiles = std::map<std::string, int>;
 /// The book map of `account`; empty when there is none yet.
 MappedFiles mappedFiles(const Account& account);
 
+/// Sees that the book map, which was `before`, holds `expected` now, and writes it so where it does
+/// not: the library writes it in place and without a look at the outcome, and where one of its
+/// writes fails but not the next, the file reads as other names and items. Entries that another
+/// program has added meanwhile stay if their files are there. Throws Failure when the map cannot be
+/// read or written.
+void requireBookMap(const Account& account, const MappedFiles& before, MappedFiles expected);
+
 /// Gives books of the download folder the entries of the book map back that were lost since the
 /// last call, and then copies the map for the next one. The map is rewritten in place and without a
 /// look at the outcome, so whoever is killed meanwhile, or finds the disk full, leaves a part of

@@ -4,8 +4,8 @@
 #include "account/catalogue.h"
 #include "account/failure.h"
 #include "account/files.h"
+#include "account/journal.h"
 #include "account/present_files.h"
-#include "platform/account_files.h"
 
 namespace fs = std::filesystem;
 
@@ -13,12 +13,21 @@ namespace tavro::tools {
 
 namespace {
 
-/// Sees that the book map, which the library writes without a look at the outcome, has the file
-/// `name` with `item`. Throws Failure.
-void requireEntry(const Account& account, const std::string& name, int item) {
-    const auto map = mappedFiles(account);
-    if (const auto entry = map.find(name); entry == map.end() || entry->second != item)
-        throwNotWritten(account.file(account_files::book_map));
+/// Sees that the new file `name` is on the disk, and that the book map, which was `before`, has it
+/// as the book `item`. A file of which that is not certain goes again: the book would be downloaded
+/// a second time beside it.
+void recordOrRemove(const Account& account, const MappedFiles& before, const std::string& name,
+                    int item) {
+    auto expected = before;
+    expected[name] = item;
+    try {
+        flush(account.bookFile(name));  // the library leaves that to the system
+        requireBookMap(account, before, expected);
+    } catch (...) {
+        std::error_code ignored;
+        fs::remove(account.bookFile(name), ignored);
+        throw;
+    }
 }
 
 }  // namespace
@@ -26,9 +35,15 @@ void requireEntry(const Account& account, const std::string& name, int item) {
 std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
     const std::string folder = account.downloadFolder().string() + "/";
     std::map<int, std::vector<std::string>> present;
-    for (const auto& [name, item] : mappedFiles(account))
+    const auto map = mappedFiles(account);
+    for (const auto& [name, item] : map)
         if (isRegularFile(folder + name))
             present[item].push_back(name);
+    for (const Change& change : pendingChanges(account))
+        if (const auto book = map.find(change.oldName); book != map.end() &&
+                                                        map.count(change.newName) == 0 &&
+                                                        isRegularFile(folder + change.newName))
+            present[book->second].push_back(change.newName);
     return present;
 }
 
@@ -44,7 +59,8 @@ void requireDownloadFolder(const Account& account) {
 }
 
 std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book) {
-    const std::string name = [&] {
+    const auto before = mappedFiles(account);
+    std::string name = [&] {
         const PresentFilesStay presentFilesStay;
         return session.downloadBook(book);
     }();
@@ -57,13 +73,7 @@ std::string downloadBook(Tavro& session, const Account& account, const BookDescr
     if (!isRegularFile(file))
         throw Failure("the download could not be given its name " + name,
                       "check the permissions of " + account.downloadFolder().string());
-    try {
-        requireEntry(account, name, itemNumber(book));
-    } catch (const Failure&) {
-        std::error_code ignored;
-        fs::remove(file, ignored);
-        throw;
-    }
+    recordOrRemove(account, before, name, itemNumber(book));
     repairAndCopyBookMap(account);
     return name;
 }

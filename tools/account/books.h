@@ -9,7 +9,9 @@
 
 namespace tavro::tools {
 
-/// Names of the mapped book files that lie in the download folder, by the item they belong to.
+/// Names of the book files that lie in the download folder, by the item they belong to: of the
+/// mapped ones, and of those that replace one and still have to be sent. The old file may be gone
+/// then, and yet the book is not missing.
 std::map<int, std::vector<std::string>> presentFiles(const Account& account);
 
 /// Sees that the download folder is there, and makes it for an account without books. Throws

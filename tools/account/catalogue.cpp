@@ -1,7 +1,5 @@
 #include "account/catalogue.h"
 
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -15,18 +13,12 @@ namespace tavro::tools {
 
 namespace {
 
-/// Content of the file `path`; nothing when there is no such file.
-std::optional<std::string> contentOf(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream)
-        return std::nullopt;
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
-/// Whether the last answer of `session` is the content of the file `path`.
-bool isSaved(const Tavro& session, const std::string& path) {
-    const std::vector<char>& answer = session.server->getLastXMLAnswer();
-    return contentOf(path) == std::string(answer.begin(), answer.end());
+/// Puts the catalogue `former` back into the file `path`, or none where there was none.
+void putBack(const std::string& path, const std::optional<std::string>& former) {
+    if (former)
+        replaceFile(path, *former);
+    else
+        removeFile(path);
 }
 
 }  // namespace
@@ -37,17 +29,25 @@ void synchronise(Tavro& session, const Account& account) {
     const bool answered = session.syncServer();
     // The library calls every readable answer a success, and leaves judging the code to us; nor
     // does it look whether the file was written.
-    const bool accepted = answered && session.lastError() == result_codes::success;
-    if (accepted && isSaved(session, file))
+    if (answered && session.lastError() == result_codes::success) {
+        const std::vector<char>& answer = session.server->getLastXMLAnswer();
+        if (const std::string catalogue(answer.begin(), answer.end()); contentOf(file) != catalogue)
+            replaceFile(file, catalogue);
         return;
-    if (answered && former)
-        replaceFile(file, *former);
-    if (accepted)
-        throwNotWritten(file);
+    }
+    if (answered)
+        putBack(file, former);
     throw serviceFailure(
         *session.server, "the catalogue was not fetched", apiAddress(),
         "run 'tavroctl login' again, or 'tavroctl register --renew' if the service does not "
         "know the device");
+}
+
+const std::vector<BookDescription>& catalogueOf(const Tavro& session, const Account& account) {
+    if (const auto& books = session.getAddedBooks(); !books.empty())
+        return books;
+    contentOf(account.file(Tavro::tavro_books));  // throws when it cannot be read
+    return session.getAddedBooks();               // it may have failed once only
 }
 
 int itemNumber(const BookDescription& book) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "account/account.h"
 #include "tavro.h"
 
@@ -7,6 +9,10 @@ namespace tavro::tools {
 
 /// Fetches and saves the catalogue. The saved one stays when the service refuses.
 void synchronise(Tavro& session, const Account& account);
+
+/// The books of the last catalogue: `Tavro::getAddedBooks`, which also answers with none when it
+/// cannot read the saved one. Throws Failure then.
+const std::vector<BookDescription>& catalogueOf(const Tavro& session, const Account& account);
 
 /// The item ID of `book` as the book map has it; 0 where the text is no number.
 int itemNumber(const BookDescription& book);

@@ -10,27 +10,25 @@ namespace tavro::tools {
 
 namespace {
 
-/// Sees that the book map, which is written without a look at the outcome, has `change` now, with
-/// its book `item`. Throws Failure.
-void requireMoved(const Account& account, const Change& change, int item) {
-    const auto map = mappedFiles(account);
-    const auto moved = map.find(change.newName);
-    const bool left = change.oldName == change.newName || map.count(change.oldName) == 0;
-    if (!left || moved == map.end() || moved->second != item)
-        throwNotWritten(account.file(account_files::book_map));
+/// The book map `map` once `change` has reached the service.
+MappedFiles moved(MappedFiles map, const Change& change) {
+    const int item = map.at(change.oldName);
+    map.erase(change.oldName);
+    map[change.newName] = item;
+    return map;
 }
 
-/// Has the library replay `change`, whose book is `item`, alone. @return whether the service has
-/// it.
+/// Has the library replay `change`, whose old name the book map `map` knows, alone. @return whether
+/// the service has it.
 bool replayAlone(Tavro& session, const Account& account, ReplayJournal& journal,
-                 const Change& change, int item) {
+                 const Change& change, const MappedFiles& map) {
     journal.isolate(change);
     session.server->lastError.clear();  // else an earlier answer would pass for this one's
     session.syncDownloadFolder();
     if (!change.flag && session.lastError() != result_codes::success)
         return false;
     journal.settle();
-    requireMoved(account, change, item);
+    requireBookMap(account, map, moved(map, change));
     return true;
 }
 
@@ -38,12 +36,11 @@ bool replayAlone(Tavro& session, const Account& account, ReplayJournal& journal,
 void replay(Tavro& session, const Account& account, ReplayJournal& journal, const Change& change,
             ReplayResult& result) {
     const auto map = mappedFiles(account);
-    const auto book = map.find(change.oldName);
-    if (book == map.end())
+    if (map.count(change.oldName) == 0)
         result.dropped.push_back(change);
     else if (isWaitingForFile(account, change))
         result.waiting.push_back(change);
-    else if (replayAlone(session, account, journal, change, book->second))
+    else if (replayAlone(session, account, journal, change, map))
         result.uploaded.push_back(change);
     else
         result.kept.push_back(change);
@@ -53,15 +50,22 @@ void replay(Tavro& session, const Account& account, ReplayJournal& journal, cons
 
 Change replaceBook(Tavro& session, const Account& account, const std::string& oldName,
                    const std::string& newName, bool upload) {
-    if (!session.updateACSM(oldName, newName, upload))
+    const std::size_t before = pendingChanges(account).size();
+    if (!session.updateACSM(oldName, newName, upload)) {
+        if (mappedFiles(account).count(oldName) > 0)  // so the library could not read the map
+            throw Failure("cannot read " + account.file(account_files::book_map),
+                          "run the same command again");
         throw Failure("the book map does not know " + oldName,
                       "name one of the files of 'tavroctl map'");
+    }
     const auto changes = pendingChanges(account);
-    if (changes.empty() || changes.back().oldName != oldName || changes.back().newName != newName)
-        throw Failure(
-            "the change did not reach the journal " + account.file(account_files::journal),
-            "free space or check the permissions, then run the same command again");
-    return changes.back();
+    for (std::size_t index = before; index < changes.size(); ++index)
+        if (changes[index].oldName == oldName && changes[index].newName == newName) {
+            flush(account.file(account_files::journal));
+            return changes[index];
+        }
+    removeCutRecord(account);  // else the next change would be lost with it
+    throwNotWritten(account.file(account_files::journal));
 }
 
 bool isWaitingForFile(const Account& account, const Change& change) {

@@ -1,5 +1,9 @@
 #include "account/files.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -7,6 +11,9 @@
 
 #include "account/failure.h"
 #include "posix/atomic_file.h"
+#include "posix/file_descriptor.h"
+#include "posix/flush.h"
+#include "posix/retry_after_signal.h"
 
 namespace fs = std::filesystem;
 
@@ -35,6 +42,34 @@ void replaceFile(const std::string& path, std::string_view content) {
 
 void replaceByCopy(const std::string& path, const std::string& source) {
     failing([&] { posix::replaceByCopy(path, source); });
+}
+
+std::optional<std::string> contentOf(const std::string& path) {
+    const posix::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file && errno == ENOENT)
+        return std::nullopt;
+    if (!file)
+        throwCannotRead(path);
+    std::string content;
+    std::array<char, 65536> block;
+    for (;;) {
+        const ssize_t count =
+            posix::retryAfterSignal([&] { return ::read(file.get(), block.data(), block.size()); });
+        if (count == -1)
+            throwCannotRead(path);
+        if (count == 0)
+            return content;
+        content.append(block.data(), static_cast<std::size_t>(count));
+    }
+}
+
+void flush(const std::string& path) {
+    failing([&] { posix::flushFile(path); });
+}
+
+void removeFile(const std::string& path) {
+    if (::unlink(path.c_str()) != 0 && errno != ENOENT)
+        throw Failure("cannot remove " + path + ": " + std::strerror(errno), advice_to_write);
 }
 
 bool exists(const std::string& path) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,16 @@ void replaceFile(const std::string& path, std::string_view content);
 
 /// Makes the file `path` a copy of the file `source`.
 void replaceByCopy(const std::string& path, const std::string& source);
+
+/// The content of the file `path`; nothing when there is no such file. Throws Failure when it
+/// cannot be read, so that what cannot be read never counts as missing.
+std::optional<std::string> contentOf(const std::string& path);
+
+/// Waits until what another has written into the file `path` is on the disk. Throws Failure.
+void flush(const std::string& path);
+
+/// Removes the file `path`, if there is one. Throws Failure when it cannot be removed.
+void removeFile(const std::string& path);
 
 /// Whether there is something at `path`, whatever it is. Throws Failure when that cannot be told,
 /// so that what cannot be seen never counts as missing.

@@ -1,12 +1,21 @@
 #include "account/journal.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
 
 #include "account/files.h"
 #include "account/own_files.h"
 #include "platform/account_files.h"
+#include "posix/file_descriptor.h"
+#include "posix/read_only_mapping.h"
+#include "posix/retry_after_signal.h"
+#include "store/record_reader.h"
 
 namespace tavro::tools {
 
@@ -51,15 +60,54 @@ std::vector<Change> without(const std::vector<Change>& records, std::vector<Chan
     return rest;
 }
 
-/// Appends `changes` to the journal file `path`. Throws Failure unless it then ends with them.
+/// How many of the bytes `content` of a journal are whole records.
+std::size_t wholeRecords(std::string_view content) {
+    store::RecordReader reader(content);
+    std::size_t whole = 0;
+    std::string_view oldName;
+    std::string_view newName;
+    for (std::array<unsigned char, 4> flag = {};
+         reader.readText(oldName) && reader.readText(newName) && reader.readWord(flag);)
+        whole += oldName.size() + 1 + newName.size() + 1 + flag.size();
+    return whole;
+}
+
+void removeCutRecordOf(const std::string& path) {
+    const posix::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+    if (!file && errno == ENOENT)
+        return;
+    // The lock that a writer holds while it appends a record.
+    if (!file || posix::retryAfterSignal([&] { return ::lockf(file.get(), F_LOCK, 0); }) != 0)
+        throwCannotWrite(path);
+    const posix::ReadOnlyMapping mapping(file.get());
+    if (!mapping)
+        return;  // it is empty
+    const std::size_t whole = wholeRecords({mapping.data(), mapping.size()});
+    if (whole < mapping.size() && ::ftruncate(file.get(), static_cast<off_t>(whole)) != 0)
+        throwCannotWrite(path);
+}
+
+/// Appends `changes` to the journal file `path`, one by one: behind a record that is cut the next
+/// one would read as another change. Throws Failure.
 void append(const std::string& path, const std::vector<Change>& changes) {
     SyncJournal journal(path);
-    for (const Change& change : changes)
+    for (const Change& change : changes) {
+        const std::size_t before = recordsOf(path).size();
         journal.push(change);
-    const auto written = recordsOf(path);
-    if (written.size() < changes.size() ||
-        !std::equal(changes.rbegin(), changes.rend(), written.rbegin(), isSame))
+        const auto written = recordsOf(path);
+        if (written.size() > before && isSame(written.back(), change))
+            continue;
+        removeCutRecordOf(path);
         throwNotWritten(path);
+    }
+    if (!changes.empty())
+        flush(path);  // before the other file that holds them goes
+}
+
+/// When the file `path` was last changed; none when it cannot be told.
+timespec changeTime(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_ctim : timespec{};
 }
 
 }  // namespace
@@ -90,6 +138,13 @@ void ReplayJournal::isolate(const Change& change) {
     noteArrivals();
     writeJournal(account_, {change});
     expected_ = {change};
+    isolated_ = changeTime(journalFile(account_));
+}
+
+void ReplayJournal::settle() {
+    const timespec now = changeTime(journalFile(account_));
+    if (now.tv_sec != isolated_.tv_sec || now.tv_nsec != isolated_.tv_nsec)
+        expected_.clear();
 }
 
 void ReplayJournal::putBack(const std::vector<Change>& kept) {
@@ -101,14 +156,19 @@ void ReplayJournal::putBack(const std::vector<Change>& kept) {
 }
 
 void ReplayJournal::discardCopy() const {
-    ::unlink(copyFile(account_).c_str());
+    removeFile(copyFile(account_));
+}
+
+void removeCutRecord(const Account& account) {
+    removeCutRecordOf(journalFile(account));
 }
 
 void restoreJournal(const Account& account) {
+    removeCutRecord(account);
     if (!exists(copyFile(account)))
         return;
     append(journalFile(account), without(recordsOf(copyFile(account)), pendingChanges(account)));
-    ::unlink(copyFile(account).c_str());
+    removeFile(copyFile(account));
 }
 
 }  // namespace tavro::tools

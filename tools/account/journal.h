@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,9 @@ public:
     /// into the copy.
     void isolate(const Change& change);
 
-    /// Notes that the library has taken the isolated change out of the journal for good.
-    void settle() { expected_.clear(); }
+    /// Notes that the library has taken the isolated change out of the journal for good. What the
+    /// journal holds now was appended meanwhile, unless the library could not empty it.
+    void settle();
 
     /// Makes `kept`, and what was appended meanwhile, the content of the journal.
     void putBack(const std::vector<Change>& kept);
@@ -48,13 +50,19 @@ private:
     const Account& account_;
     std::vector<Change> changes_;
     std::vector<Change> expected_;  // in the journal, as far as this object knows
+    timespec isolated_{};           // when the journal was written for the isolated change
     std::vector<Change> arrived_;   // appended by other programs since the copy was made
 };
 
-/// Puts the changes of a copy that a replay left behind back into the journal, those that are not
-/// there. What had reached the service is harmless: its old name is no longer in the book map, so
-/// the next replay drops it. To be called under the account's lock. Throws Failure, with the copy
-/// still there, when the journal cannot be written.
+/// Takes what is left of a record that was cut by a full disk or by the end of its writer off the
+/// end of the journal: a record behind it would be lost with it. Waits for a writer. Throws
+/// Failure.
+void removeCutRecord(const Account& account);
+
+/// Removes a cut record and puts the changes of a copy that a replay left behind back into the
+/// journal, those that are not there. What had reached the service is harmless: its old name is no
+/// longer in the book map, so the next replay drops it. To be called under the account's lock.
+/// Throws Failure, with the copy still there, when the journal cannot be written.
 void restoreJournal(const Account& account);
 
 }  // namespace tavro::tools

@@ -93,8 +93,9 @@ void Covers::fetch(int item, const std::string& url) {
     const char* const extension = extensionFor(image);
     if (extension == nullptr)
         throw Failure("what came from " + url + " is no JPEG, PNG or BMP image");
-    if (std::error_code error; !fs::is_directory(folder_, error))
-        fs::create_directory(folder_, error);  // what then fails is writing
+    std::error_code error;
+    if (!fs::is_directory(folder_, error) && !fs::create_directory(folder_, error) && error)
+        throw Failure("cannot create " + folder_ + ": " + error.message());
     replaceFile(pathOf(item, extension), image);
 }
 

@@ -6,8 +6,6 @@
 #include "account/book_map.h"
 #include "account/books.h"
 #include "account/journal.h"
-#include "platform/account_files.h"
-#include "store/locked_book_map.h"
 
 namespace fs = std::filesystem;
 
@@ -39,28 +37,14 @@ bool isRemoved(const fs::path& path) {
            fs::remove(path, error);
 }
 
-/// Takes `names` out of the book map, in one operation on its file.
-void forget(const Account& account, const std::vector<std::string>& names) {
-    if (names.empty())
-        return;
-    BookMap map;
-    map.path = account.file(account_files::book_map);
-    const store::LockedBookMap locked(map);
-    if (!locked)
-        return;
-    map.loadMapInt();
-    for (const auto& name : names)
-        map.bookMap.erase(name);
-    map.saveMapInt();
-}
-
 }  // namespace
 
 DeletedFiles removeBooks(const Account& account, const std::string& folder,
                          const std::set<int>& items) {
     const auto changed = changedNames(account);
     DeletedFiles files;
-    for (const auto& [name, item] : mappedFiles(account)) {
+    const auto before = mappedFiles(account);
+    for (const auto& [name, item] : before) {
         if (items.count(item) == 0)
             continue;
         auto& kind = leadsOut(name)                   ? files.strange
@@ -69,7 +53,12 @@ DeletedFiles removeBooks(const Account& account, const std::string& folder,
                                                       : files.stuck;
         kind.push_back(name);
     }
-    forget(account, files.removed);
+    if (files.removed.empty())
+        return files;
+    auto left = before;
+    for (const auto& name : files.removed)
+        left.erase(name);
+    requireBookMap(account, before, left);
     repairAndCopyBookMap(account);
     return files;
 }

@@ -128,6 +128,8 @@ void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescriptio
         if (missing_.count(itemNumber(book)) > 0)
             download(session, book);
     }
+    requireAccount();
+    placeholders_.replace(missing_);  // one that could not be removed would count as pending
     updateList(true);
 }
 

@@ -12,7 +12,7 @@ void listBooks(const Account& account, const Output& output) {
     const auto session = openSession(account, Need::Device);
     auto present = presentFiles(account);
     Listing listing{"ITEM", "TITLE", "AUTHOR", "TYPE", "FILE"};
-    for (const auto& book : session->getAddedBooks()) {
+    for (const auto& book : catalogueOf(*session, account)) {
         const auto& files = present[itemNumber(book)];
         listing.add({{"item", book.field(BookDescription::ItemID)},
                      {"title", book.field(BookDescription::Title)},

@@ -92,7 +92,7 @@ void download(const Options& options, const Account& account, const Output& outp
     const AccountLock lock(account);
     requireDownloadFolder(account);
     Report report;
-    const auto& catalogue = session->getAddedBooks();
+    const auto& catalogue = catalogueOf(*session, account);
     const Books books =
         options.all ? missing(account, catalogue, report) : chosen(options.items, catalogue);
     downloadEach(*session, account, output, books, report);

@@ -1,5 +1,5 @@
 #include "account/book_map.h"
-#include "account/books.h"
+#include "account/files.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
 
@@ -8,9 +8,10 @@ namespace tavro::tools {
 namespace {
 
 void showMap(const Account& account, const Output& output) {
+    const std::string folder = account.downloadFolder().string() + "/";
     Listing listing{"FILE", "ITEM", "STATE"};
     for (const auto& [name, item] : mappedFiles(account)) {
-        const bool present = isPresent(account, name);
+        const bool present = isRegularFile(folder + name);
         listing.add({{"file", name}, {"item", item}, {"present", present}},
                     {name, std::to_string(item), present ? "present" : "missing"});
     }

@@ -1,5 +1,8 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 #include "account/account_lock.h"
@@ -41,6 +44,14 @@ void requireUnmapped(const MappedFiles& map, const std::string& name, const std:
                       "make a copy of it under another name");
 }
 
+/// Whether two files hold the same bytes. Reads them piece by piece.
+bool hasSameContent(const fs::path& left, const fs::path& right) {
+    std::ifstream one(left, std::ios::binary);
+    std::ifstream other(right, std::ios::binary);
+    using Bytes = std::istreambuf_iterator<char>;
+    return one && other && std::equal(Bytes(one), Bytes(), Bytes(other), Bytes());
+}
+
 /// Makes the file `path` the file `target` of the download folder, copying it there if it lies
 /// elsewhere, but over no other file than `oldName`. Throws Failure.
 void bringIntoFolder(const fs::path& path, const fs::path& target, const std::string& oldName) {
@@ -49,6 +60,8 @@ void bringIntoFolder(const fs::path& path, const fs::path& target, const std::st
         throw Failure("there is no file " + path.string(), "give the path of the new book file");
     if (exists(target)) {
         if (std::error_code unlike; fs::equivalent(source, target, unlike))
+            return;
+        if (hasSameContent(source, target))  // an interrupted call brought it already
             return;
         if (target.filename() != oldName)
             throw Failure(

@@ -48,7 +48,7 @@ void showStatus(const Account& account, const Output& output) {
     const bool registered = configured && account.isRegistered();
     std::vector<BookDescription> books;
     if (registered)
-        books = openSession(account, Need::Device)->getAddedBooks();
+        books = catalogueOf(*openSession(account, Need::Device), account);
     const auto present = presentFiles(account);
     const auto downloaded = std::count_if(books.begin(), books.end(), [&](const auto& book) {
         return present.count(itemNumber(book)) > 0;

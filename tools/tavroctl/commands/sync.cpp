@@ -26,7 +26,7 @@ void sync(const Account& account, const Output& output) {
     const auto session = openSession(account, Need::Session);
     const AccountLock lock(account);
     synchronise(*session, account);
-    const std::size_t books = session->getAddedBooks().size();
+    const std::size_t books = catalogueOf(*session, account).size();
     const std::size_t deleted = session->server->getDeletedBooks().size();
     output.result(
         {{"books", books}, {"deleted", deleted}, {"serverTime", session->server->serverTime}},

@@ -1,0 +1,260 @@
+// What the tools make of a single call of the system that fails, where the library does not look:
+// the kinds of losses that scripts/fault-sweep found.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+#include "account/account_lock.h"
+#include "account/account_requests.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/catalogue.h"
+#include "account/changes.h"
+#include "account/failure.h"
+#include "account/session.h"
+#include "session/account_keys.h"
+#include "support/device_root.h"
+#include "support/test_service.h"
+#include "tavro-sync/sync_round.h"
+
+using tavro::service::Operation;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace tavro::tools;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The call that fails next: the `number`th of the name `call` for a file called `file`.
+struct {
+    std::string call;
+    std::string file;
+    int number = 0;
+} failing;
+
+bool fails(const char* call, const fs::path& path) {
+    if (failing.call != call || path.filename() != failing.file || --failing.number != 0)
+        return false;
+    errno = EIO;
+    return true;
+}
+
+int openReally(const char* path, int flags) {
+    return ::openat(AT_FDCWD, path, flags, 0666);
+}
+
+}  // namespace
+
+// Stand before the system's, for this program and the library.
+
+extern "C" int open(const char* path, int flags, ...) {
+    return fails("open", path) ? -1 : openReally(path, flags);
+}
+
+extern "C" std::FILE* fopen(const char* path, const char* mode) {
+    const int flags =
+        *mode == 'r' ? O_RDONLY : O_RDWR | O_CREAT | (*mode == 'w' ? O_TRUNC : O_APPEND);
+    const int file = fails("fopen", path) ? -1 : openReally(path, flags);
+    return file == -1 ? nullptr : ::fdopen(file, mode);
+}
+
+extern "C" ssize_t write(int descriptor, const void* data, std::size_t size) {
+    std::error_code none;
+    const fs::path path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none);
+    const iovec bytes{const_cast<void*>(data), size};
+    return fails("write", path) ? -1 : ::writev(descriptor, &bytes, 1);
+}
+
+extern "C" int remove(const char* path) noexcept {
+    if (fails("remove", path))
+        return -1;
+    const int removed = ::unlinkat(AT_FDCWD, path, 0);
+    return removed == -1 && errno == EISDIR ? ::rmdir(path) : removed;
+}
+
+extern "C" int usleep(useconds_t) {
+    return 0;
+}
+
+namespace {
+
+/// A device whose account is logged in and has the catalogue.
+class FailingCall : public testing::Test {
+protected:
+    FailingCall() {
+        writeFile(folder / "books/third.txt", "The third book.\n");
+        device.writeServerSettings(service.port());
+        device.writeAccount();
+        account = Account(device.configuration());
+        registerDevice(account, false);
+        openAccount(account, "password");
+        logIn(account, "password");
+        synchronise(*openSession(account, Need::Session), account);
+    }
+    void TearDown() override { failing = {}; }
+
+    void downloadAll() const {
+        const auto session = openSession(account, Need::Session);
+        for (const BookDescription& book : session->getAddedBooks())
+            downloadBook(*session, account, book);
+    }
+
+    std::vector<std::string> pendingNames() const {
+        std::vector<std::string> names;
+        for (const Change& change : pendingChanges(account))
+            names.push_back(change.newName);
+        return names;
+    }
+
+    const DeviceRoot device;
+    const TemporaryFolder folder;
+    TestService service{folder};
+    Account account{device.configuration()};
+    const std::string journal = account.file(".tavro_journal");
+};
+
+}  // namespace
+
+// The library registers a device of which it finds no token; no session survives that.
+TEST_F(FailingCall, UnreadTokenEndsNoSession) {
+    const std::string token = readFile(account.file(".tavro_token"));
+    failing = {"fopen", ".tavro_token", 1};
+    EXPECT_THROW(openSession(account, Need::Session), Failure);
+    EXPECT_EQ(readFile(account.file(".tavro_token")), token);
+    EXPECT_NO_THROW(synchronise(*openSession(account, Need::Session), account));
+}
+
+// A session without its session id, a device without its configuration, a service elsewhere.
+TEST_F(FailingCall, UnreadSettingsAreNotTakenForMissingOnes) {
+    for (int number = 1; number <= 3; ++number) {
+        failing = {"open", ".tavro.conf", number};
+        try {
+            EXPECT_EQ(openSession(account, Need::Session)->sessionID(),
+                      account.value(account_keys::session));
+        } catch (const Failure&) {
+        }
+        failing = {"open", ".tavro.conf", number};
+        try {
+            registerDevice(account, true);
+        } catch (const Failure&) {
+        }
+        failing = {};
+        if (!account.isLoggedIn())
+            logIn(account, "password");
+    }
+    for (int number = 1; number <= 2; ++number) {
+        TavroServer::baseApiUrl = "elsewhere";
+        failing = {"open", "server_connection_data.cfg", number};
+        try {
+            loadServerSettings();
+            EXPECT_NE(TavroServer::baseApiUrl, "elsewhere");
+        } catch (const Failure&) {
+        }
+    }
+}
+
+TEST_F(FailingCall, CatalogueIsReadAndKept) {
+    for (int number = 1; number <= 2; ++number) {
+        const auto session = openSession(account, Need::Session);
+        failing = {"open", ".tbooks.xml", number};
+        EXPECT_EQ(catalogueOf(*session, account).size(), 3U) << number;
+    }
+    const std::string catalogue = readFile(account.file(".tbooks.xml"));
+    fs::remove(folder / "books/third.txt");
+    failing = {"fopen", ".tbooks.xml", 1};
+    synchronise(*openSession(account, Need::Session), account);
+    EXPECT_NE(readFile(account.file(".tbooks.xml")), catalogue);
+}
+
+// Where one write of a record fails and the next does not, the map reads as other names and items.
+TEST_F(FailingCall, FailedWriteMakesNoWrongBookMap) {
+    downloadAll();
+    const auto map = mappedFiles(account);
+    const auto book = openSession(account, Need::Session)->getAddedBooks().front();
+    const auto name = presentFiles(account).at(itemNumber(book)).front();
+    for (int number = 1; number <= 6; ++number) {
+        fs::remove(account.bookFile(name));
+        failing = {"write", ".tavro.lst", number};
+        EXPECT_EQ(downloadBook(*openSession(account, Need::Session), account, book), name);
+        EXPECT_EQ(mappedFiles(account), map) << number;
+    }
+}
+
+TEST_F(FailingCall, CutJournalRecordCostsNoOther) {
+    const Change first{"first.txt", "first-2.txt", false};
+    SyncJournal(journal).push(first);
+    fs::copy_file(journal, journal + "_replaying");
+    fs::resize_file(journal, fs::file_size(journal) - 3);  // a replay was killed
+    EXPECT_NO_THROW(AccountLock{account});
+    EXPECT_THAT(pendingNames(), ElementsAre("first-2.txt"));
+
+    downloadAll();
+    for (int number = 1; number <= 3; ++number) {
+        const auto session = openSession(account, Need::Session);
+        failing = {"write", ".tavro_journal", number};
+        EXPECT_THROW(replaceBook(*session, account, "second.txt", "second-2.txt", false), Failure);
+        EXPECT_THAT(pendingNames(), ElementsAre("first-2.txt"));
+    }
+    replaceBook(*openSession(account, Need::Session), account, "second.txt", "second-2.txt", false);
+    EXPECT_THAT(pendingNames(), ElementsAre("first-2.txt", "second-2.txt"));
+}
+
+// A replay does what it says, and is soon made good, whichever access to the journal fails.
+TEST_F(FailingCall, ReplayedChangesAreSentAndNoLongerPending) {
+    downloadAll();
+    for (int number = 1; number <= 20; ++number) {
+        const std::string text = "corrected " + std::to_string(number);
+        writeFile(account.bookFile("first.txt"), text);
+        SyncJournal(journal).push({"first.txt", "first.txt", false});
+        bool done = false;
+        try {
+            const AccountLock lock(account);
+            const auto session = openSession(account, Need::Session);
+            failing = {"open", ".tavro_journal", number};
+            done = replayChanges(*session, account).uploaded.size() == 1;
+        } catch (const Failure&) {
+        }
+        failing = {};
+        EXPECT_TRUE(!done || pendingChanges(account).empty()) << number;
+        const AccountLock lock(account);
+        replayChanges(*openSession(account, Need::Session), account);
+        EXPECT_THAT(pendingNames(), IsEmpty()) << number;
+    }
+    EXPECT_GE(service.count(Operation::UploadContent), 20U);
+    EXPECT_EQ(mappedFiles(account).size(), 3U);
+}
+
+// The old file may be gone, and a refused upload must not fetch the old text again.
+TEST_F(FailingCall, BookWhoseNewFileWaitsIsNotMissing) {
+    downloadAll();
+    fs::rename(account.bookFile("first.txt"), account.bookFile("first-2.txt"));
+    SyncJournal(journal).push({"first.txt", "first-2.txt", false});
+    const int item = mappedFiles(account).at("first.txt");
+    EXPECT_THAT(presentFiles(account)[item], ElementsAre("first-2.txt"));
+}
+
+// At no moment does one account's session stand beside the address of another.
+TEST_F(FailingCall, AnotherAddressEndsTheSessionAtOnce) {
+    account.store({{account_keys::email, "boris@reader.example"}});
+    EXPECT_FALSE(Account(account.folder()).isLoggedIn());
+    EXPECT_FALSE(fs::exists(account.file(".tavro_vendor_token")));
+    writeFile(account.file(".tavro_vendor_token"), "left by an interrupted call");
+    account.store({{account_keys::email, "boris@reader.example"}});
+    EXPECT_FALSE(fs::exists(account.file(".tavro_vendor_token")));
+}
+
+TEST_F(FailingCall, RoundThatSucceedsLeavesNoPlaceholder) {
+    const std::string first = std::to_string(service.books().front().id) + ".file";
+    failing = {"remove", first, 1};
+    const ActivityLog log(account.file(".tavro_sync.log"));
+    EXPECT_TRUE(SyncRound(account, log).run());
+    EXPECT_FALSE(fs::exists(account.bookFile(first)));
+    EXPECT_EQ(presentFiles(account).size(), 3U);
+}
