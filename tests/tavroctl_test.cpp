@@ -181,15 +181,15 @@ TEST_F(Tavroctl, UnreadableStoresFailWithTheirReason) {
         std::filesystem::rename(file, folder / "aside");
         std::filesystem::create_symlink(file, file);
         for (const Words& words : commands)
-            EXPECT_EQ("cannot read " + file + ": Too many levels of symbolic links",
-                      failed(words)["error"])
+            EXPECT_THAT(failed(words)["error"],
+                        HasSubstr(file + ": Too many levels of symbolic links"))
                 << words[0];
         std::filesystem::rename(folder / "aside", file);
     }
     std::filesystem::remove(root.file(Tavro::tavro_books));
     std::filesystem::create_symlink("loop", root.file("loop"));
     std::filesystem::create_symlink("loop", root.file(Tavro::tavro_books));
-    EXPECT_THAT(failed({"sync"})["error"], HasSubstr("does not hold what was written"));
+    EXPECT_THAT(failed({"sync"})["error"], HasSubstr("Too many levels of symbolic links"));
 }
 
 TEST_F(Tavroctl, OddFilesStopNoCommand) {
