@@ -35,7 +35,9 @@ bool exists(const std::string& path) {
 
 }  // namespace
 
-std::string freeName(const std::string& folder, const std::string& serverName) {
+std::string freeName(const std::string& folder, const std::string& announcedName) {
+    // The system sees a name up to a zero byte only: a number behind it would never make one free.
+    const std::string serverName = announcedName.c_str();
     const std::size_t position = extensionPosition(serverName);
     const std::string base = serverName.substr(0, position);
     const std::string extension = serverName.substr(position);
