@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "platform/account_files.h"
+#include "session/download_name.h"
 #include "support/service_fixture.h"
 #include "syncjournal.h"
 #include "tavro.h"
@@ -232,6 +233,12 @@ TEST_F(Session, DownloadedBookGetsTheFirstFreeName) {
             EXPECT_EQ(session.GetBooks()[expected], item);
         }
     EXPECT_EQ(session.GetBooksIds()[1], "book.pdf");
+}
+
+TEST_F(Session, AnnouncedNameWithAZeroByteEndsThere) {
+    writeFile(sync + "/book", "");
+    EXPECT_EQ(session::freeName(sync, "book\0.epub"s), "book_1");
+    EXPECT_EQ(session::freeName(sync, "new\0.epub"s), "new");
 }
 
 TEST_F(Session, DownloadMapsTheItemNumberOfItsText) {
