@@ -242,6 +242,8 @@ TEST_F(Client, InfoComesFromPlaceholderOrBookMap) {
         EXPECT_EQ(std::memcmp(&info, &before, sizeof info), 0);
         ASSERT_EQ(tavro_get_book_info((device.syncFolder() + "/abc.file").c_str(), &info), 0);
         EXPECT_EQ(info.author + ""s + info.category_id + info.isbn, "A678C678");
+        for (char* const text : {info.title, info.author, info.category_id, info.isbn})
+            std::free(text);
         info.title = before.title;
         info.author = before.author;
         info.category_id = before.category_id;
