@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "books/book_details.h"
+#include "books/book_reader.h"
 #include "require.h"
-#include "text/clean_text.h"
+#include "text/text.h"
 
 /// Requires of what a book says of itself that a device can be told it.
 inline void requirePresentable(const tavro::service::BookDetails& details) {

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "book_promises.h"
-#include "books/book_error.h"
 #include "books/book_reader.h"
 #include "support/temporary_folder.h"
 

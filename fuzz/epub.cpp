@@ -8,7 +8,6 @@
 #include <string>
 
 #include "book_promises.h"
-#include "books/book_error.h"
 #include "books/book_reader.h"
 #include "support/temporary_folder.h"
 
