@@ -1,5 +1,7 @@
 #include "service.h"
 
+#include <SQLiteCpp/Database.h>
+#include <curl/curl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -11,6 +13,7 @@
 
 #include "support/temporary_folder.h"
 #include "text/text.h"
+#include "xmlparser.h"
 
 namespace fs = std::filesystem;
 
@@ -28,6 +31,21 @@ Options serving(const fs::path& books, const fs::path& database = {}) {
     options.database = database;
     return options;
 }
+
+/// Makes a state file as the first version of the service did.
+constexpr const char* version_one_state =
+    "CREATE TABLE devices (token TEXT PRIMARY KEY, device_id TEXT NOT NULL,"
+    " device_type TEXT NOT NULL);"
+    "CREATE TABLE accounts (id INTEGER PRIMARY KEY, email TEXT NOT NULL UNIQUE COLLATE NOCASE,"
+    " first_name TEXT NOT NULL, last_name TEXT NOT NULL, password TEXT NOT NULL);"
+    "CREATE TABLE sessions (id TEXT PRIMARY KEY, token TEXT NOT NULL REFERENCES devices,"
+    " account INTEGER NOT NULL REFERENCES accounts);"
+    "CREATE TABLE items (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE,"
+    " size INTEGER NOT NULL, modified INTEGER NOT NULL, title TEXT NOT NULL,"
+    " artist TEXT NOT NULL, isbn TEXT NOT NULL, isbn13 TEXT NOT NULL, file_type TEXT NOT NULL,"
+    " has_cover INTEGER NOT NULL, deleted INTEGER NOT NULL DEFAULT 0,"
+    " upload TEXT NOT NULL DEFAULT '', upload_name TEXT NOT NULL DEFAULT '');"
+    "PRAGMA user_version=1";
 
 /// An XML element whose `value` stands in it as it is.
 std::string element(const std::string& name, const std::string& value) {
@@ -396,7 +414,7 @@ TEST(Service, StateFileSurvivesRestartAndRemembersRemovedBooks) {
     const auto [token, session] = std::pair(device->token, device->session);
     service.reset();
 
-    writeFile(folder / "state.uploads/lost", "left by a killed service");
+    writeFile(folder / "state.uploads/receiving-lost", "left by a killed service");
     fs::remove(books / "b.txt");
     service = std::make_unique<Service>(options);
     device = std::make_unique<Device>(*service);
@@ -452,6 +470,47 @@ TEST(Service, ReportsAndSkipsUnreadableBooks) {
     EXPECT_FALSE(bookAt(service, "odd.fb2").deleted);
 }
 
+// A device keeps only the last piece of a text that its XML reader splits.
+TEST(Service, TitlesReachTheDeviceWhole) {
+    const TemporaryFolder folder;
+    const std::pair<std::string, std::string> cases[] = {
+        {"a [b] > c]] d", "a [b] > c]] d"}, {"a & b", "a & b"},     {"a]]>b", "a))>b"},
+        {"[a] & <b>", "(a) & <b>"},         {"]]>&]]>", "))>&))>"}, {"x[0] < y", "x(0) < y"},
+        {"a > b & c", "a > b & c"},         {"&amp; ]", "&amp; )"},
+    };
+    for (std::size_t index = 0; index < std::size(cases); ++index) {
+        pugi::xml_document book;
+        book.append_child("FictionBook")
+            .append_child("title-info")
+            .append_child("book-title")
+            .text()
+            .set(cases[index].first.c_str());
+        book.save_file((folder / (std::to_string(index) + ".fb2")).c_str());
+    }
+    Served served(serving(folder / ""));
+    const std::string catalogue = served.device.catalogue();
+    XMLParser parser;
+    parser.init("utf-8");
+    ASSERT_TRUE(parser.parse(catalogue.data(), static_cast<unsigned>(catalogue.size())));
+    std::vector<std::string> titles;
+    for (const BookDescription& book : parser.addedItems)
+        titles.push_back(book.field(BookDescription::Title));
+    ASSERT_EQ(titles.size(), std::size(cases));
+    for (std::size_t index = 0; index < std::size(cases); ++index)
+        EXPECT_EQ(titles[index], cases[index].second);
+}
+
+TEST(Service, NamesTheAuthorsOfFictionBooks) {
+    const TemporaryFolder folder;
+    writeFile(
+        folder / "a.fb2",
+        "<FictionBook><title-info><author/>"
+        "<author><nickname>Nick</nickname></author><author><first-name> </first-name></author>"
+        "<author><first-name>Ann</first-name><nickname>A.</nickname></author>"
+        "</title-info></FictionBook>");
+    EXPECT_EQ(Service(serving(folder / "")).books().at(0).artist, "Nick, Ann");
+}
+
 TEST(Service, CleansTexts) {
     const std::pair<std::string, std::string> cases[] = {
         {"", ""},
@@ -482,4 +541,143 @@ TEST(Service, StopDoesNotWaitForSlowRequests) {
     options.port = service.port();
     Service successor(options);
     EXPECT_THROW(Service{options}, std::runtime_error) << "the port is taken";
+}
+
+/// Uploads a file called `name` as the device's library does. @return the name that arrived.
+std::string arrivedName(Served& served, const std::string& name) {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    curl_httppost* first = nullptr;
+    curl_httppost* last = nullptr;
+    for (const auto& field : served.device.fields(idAt(served.service, "a.txt")))
+        curl_formadd(&first, &last, CURLFORM_COPYNAME, field.name.c_str(), CURLFORM_COPYCONTENTS,
+                     field.content.c_str(), CURLFORM_END);
+    curl_formadd(&first, &last, CURLFORM_COPYNAME, "file", CURLFORM_BUFFER, name.c_str(),
+                 CURLFORM_BUFFERPTR, "new", CURLFORM_BUFFERLENGTH, 3L, CURLFORM_END);
+    CURL* const curl = curl_easy_init();
+    curl_easy_setopt(curl, CURLOPT_URL, (served.service.url() + "/UploadContent.aspx").c_str());
+    curl_easy_setopt(curl, CURLOPT_HTTPPOST, first);
+    curl_easy_setopt(
+        curl, CURLOPT_WRITEFUNCTION,
+        +[](char*, std::size_t size, std::size_t count, void*) { return size * count; });
+    EXPECT_EQ(curl_easy_perform(curl), CURLE_OK);
+    curl_easy_cleanup(curl);
+    curl_formfree(first);
+#pragma GCC diagnostic pop
+    return bookAt(served.service, "a.txt").fileName;
+}
+
+TEST(Service, UploadsKeepTheirNames) {
+    const TemporaryFolder folder;
+    writeFile(folder / "a.txt", "a");
+    Served served(serving(folder / ""));
+    for (const char* name : {"q\"q.txt", "a\\b.txt", "a\\\\b.txt", "100%.txt", "%41.txt",
+                             "a; filename=b.txt", "\xD0\xAF \xE2\x82\xAC.txt"})
+        EXPECT_EQ(arrivedName(served, name), name);
+    const std::string id = idAt(served.service, "a.txt");
+    served.device.upload(id, "new", "o\\\"l\\\\d %22.txt");  // as older versions of libcurl
+    EXPECT_EQ(bookAt(served.service, "a.txt").fileName, "o\"l\\d %22.txt");
+}
+
+// A folder that cannot be read says nothing about its books; devices would delete theirs.
+TEST(Service, NoBookIsDeletedUnlessItsFolderWasRead) {
+    const TemporaryFolder folder;
+    const fs::path books = folder / "books";
+    for (const char* name : {"a.txt", "sub/deep/b.txt", "sub.txt/c.txt", "d.txt"})
+        writeFile(books / name, name);
+    std::vector<std::string> reports;
+    Options options = serving(books, folder / "state");
+    options.report = [&](const std::string& text) { reports.push_back(text); };
+    auto served = std::make_unique<Served>(options);
+    const auto deleted = [&] {
+        served->device.catalogue();
+        std::vector<std::string> paths;
+        for (const Book& book : served->service.books()) {
+            if (book.deleted)
+                paths.push_back(book.path);
+        }
+        return paths;
+    };
+    const struct {
+        const char* lost;  // what has a file or a link to itself in its place
+        bool link;
+        std::vector<std::string> deleted;
+        std::size_t reports;
+    } cases[] = {
+        {"", true, {}, 1},         {"", false, {}, 1},     {"sub", true, {}, 1},
+        {"sub/deep", true, {}, 1}, {"a.txt", true, {}, 1}, {"sub", false, {"sub/deep/b.txt"}, 0},
+    };
+    for (const auto& [lost, link, expected, told] : cases) {
+        SCOPED_TRACE(std::string(lost) + (link ? " is a loop" : " is a file"));
+        const fs::path path = *lost ? books / lost : books;
+        fs::rename(path, folder / "aside");
+        link ? fs::create_symlink(path, path) : writeFile(path, "");
+        reports.clear();
+        EXPECT_EQ(deleted(), expected);
+        EXPECT_EQ(deleted(), expected);
+        EXPECT_EQ(reports.size(), told) << testing::PrintToString(reports);
+        if (*lost) {
+            served.reset();
+            served = std::make_unique<Served>(options);
+            EXPECT_EQ(deleted(), expected) << "at the start";
+        }
+        fs::remove(path);
+        fs::rename(folder / "aside", path);
+        EXPECT_THAT(deleted(), ElementsAre());
+    }
+    fs::remove_all(books / "sub");
+    EXPECT_THAT(deleted(), ElementsAre("sub/deep/b.txt"));
+}
+
+// It would delete the books of the one folder from every device, and add those of the other.
+TEST(Service, StateFileBelongsToOneFolder) {
+    const TemporaryFolder folder;
+    writeFile(folder / "books/a.txt", "a");
+    writeFile(folder / "other/b.txt", "b");
+    fs::create_symlink(folder / "books", folder / "link");
+    {
+        SQLite::Database(folder / "state", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+            .exec(version_one_state);
+    }
+    for (const char* name : {"books", "other/../books/", "link", ""}) {
+        const Service service(serving(*name ? folder / name : "", folder / "state"));
+        EXPECT_EQ(service.books().size(), *name ? 1u : 0u) << name;
+    }
+    try {
+        const Service service(serving(folder / "other", folder / "state"));
+        FAIL() << "another folder is served";
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(),
+                    testing::AllOf(HasSubstr(folder / "books"), HasSubstr(folder / "other"),
+                                   HasSubstr("--state")));
+    }
+}
+
+TEST(Service, UploadsOutliveALostStateFileAndAFailedReplacement) {
+    const TemporaryFolder folder;
+    writeFile(folder / "books/a.txt", "old");
+    const Options options = serving(folder / "books", folder / "state");
+    const auto uploads = [&] {
+        return std::distance(fs::directory_iterator(folder / "state.uploads"), {});
+    };
+    {
+        Served served(options);
+        served.device.upload(idAt(served.service, "a.txt"), "mine", "a.txt");
+    }
+    SQLite::Database(folder / "state", SQLite::OPEN_READWRITE)
+        .exec(
+            "CREATE TRIGGER broken BEFORE UPDATE OF upload ON items"
+            " BEGIN SELECT RAISE(ABORT, 'the disk is full'); END");
+    {
+        Served served(options);
+        const std::string id = idAt(served.service, "a.txt");
+        EXPECT_EQ(codeOf(served.device.upload(id, "next", "a.txt")), "2099");
+        EXPECT_EQ(served.device.download(id)->body, "mine");
+        EXPECT_EQ(uploads(), 1);
+    }
+    fs::rename(folder / "state", folder / "mislaid");
+    { const Service service(options); }
+    fs::rename(folder / "mislaid", folder / "state");
+    Served served(options);
+    EXPECT_EQ(served.device.download(idAt(served.service, "a.txt"))->body, "mine");
 }

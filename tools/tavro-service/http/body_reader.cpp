@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "api/result.h"
+#include "state/catalogue.h"
+#include "text/text.h"
 
 namespace tavro::service {
 
@@ -29,13 +31,22 @@ private:
     bool exceeded_ = false;
 };
 
-/// Names of parts come with quotes and backslashes escaped.
+/// The file name that libcurl wrote as `name`. Newer versions write a quote and line ends like
+/// bytes of an address, "%22", and leave all else alone; older ones put a backslash before a quote
+/// and before a backslash. A backslash before a quote is nothing that newer versions send.
 std::string unescaped(const std::string& name) {
+    const bool backslashes = name.find("\\\"") != std::string::npos;
     std::string plain;
     for (std::size_t place = 0; place < name.size(); ++place) {
-        if (name[place] == '\\' && place + 1 < name.size())
-            ++place;
-        plain += name[place];
+        const std::string_view escape = std::string_view(name).substr(place, 3);
+        if (backslashes && name[place] == '\\' && place + 1 < name.size()) {
+            plain += name[++place];
+        } else if (!backslashes && (escape == "%22" || escape == "%0D" || escape == "%0A")) {
+            plain += hexDecode(escape.substr(1)).value();
+            place += 2;
+        } else {
+            plain += name[place];
+        }
     }
     return plain;
 }
@@ -93,7 +104,7 @@ Form readForm(const httplib::Request& request, const httplib::ContentReader& rea
         inFile = part.name == "file" && !form.file;
         form.fields.emplace_back(part.name, inFile ? unescaped(part.filename) : "");
         if (inFile) {
-            form.file = posix::TemporaryFile(folder / "receiving-");
+            form.file = posix::TemporaryFile(folder / unfinished_upload);
             form.fileContentType = part.content_type;
         }
         return true;
