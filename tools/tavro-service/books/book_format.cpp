@@ -34,6 +34,11 @@ std::string readWhole(const std::filesystem::path& path) {
     return readStart(path, static_cast<std::size_t>(size));
 }
 
+void addAuthor(BookDetails& details, const std::string& name) {
+    if (!name.empty())
+        details.artist += (details.artist.empty() ? "" : ", ") + name;
+}
+
 void setIsbn(BookDetails& details, const std::string& text) {
     std::string digits;
     std::copy_if(text.begin(), text.end(), std::back_inserter(digits),

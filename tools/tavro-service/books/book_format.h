@@ -31,6 +31,9 @@ std::string readStart(const std::filesystem::path& path, std::size_t limit);
 /// All bytes of the file `path`. Throws `BookError`, also if there are more than `largest_part`.
 std::string readWhole(const std::filesystem::path& path);
 
+/// Puts the author `name` behind those whom `details` names; nobody if it is empty.
+void addAuthor(BookDetails& details, const std::string& name);
+
 /// Sets the ISBN field that fits the number of digits in `text`; neither if it is no ISBN.
 void setIsbn(BookDetails& details, const std::string& text);
 

@@ -49,7 +49,7 @@ void readMetadata(pugi::xml_node metadata, BookDetails& details) {
         if (name == "title" && details.title.empty()) {
             details.title = textOf(node);
         } else if (name == "creator") {
-            details.artist += (details.artist.empty() ? "" : ", ") + textOf(node);
+            addAuthor(details, cleanText(textOf(node)));
         } else if (name == "identifier") {
             const std::string text = textOf(node);
             const std::size_t urn = text.find("urn:isbn:");
