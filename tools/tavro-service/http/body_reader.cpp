@@ -13,6 +13,16 @@ namespace {
 /// Largest body, or form without its file, that is kept in memory, in bytes.
 constexpr std::size_t largest_text = 1u << 20;
 
+/// Most parts of a form, and most bytes of a part's name and type and of its file's name.
+constexpr std::size_t most_parts = 64;
+constexpr std::size_t longest_name = 256;
+constexpr std::size_t longest_file_name = 1024;
+
+bool isModest(const httplib::MultipartFormData& part) {
+    return part.name.size() <= longest_name && part.content_type.size() <= longest_name &&
+           part.filename.size() <= longest_file_name;
+}
+
 class Allowance {
 public:
     explicit Allowance(std::size_t limit) : left_(limit) {}
@@ -100,7 +110,11 @@ Form readForm(const httplib::Request& request, const httplib::ContentReader& rea
     Allowance allowance(limit);
     Allowance textAllowance(largest_text);
     bool inFile = false;
+    bool modest = true;
     const auto begin = [&](const httplib::MultipartFormData& part) {
+        modest = modest && isModest(part) && form.fields.size() < most_parts;
+        if (!modest)
+            return true;
         inFile = part.name == "file" && !form.file;
         form.fields.emplace_back(part.name, inFile ? unescaped(part.filename) : "");
         if (inFile) {
@@ -111,7 +125,7 @@ Form readForm(const httplib::Request& request, const httplib::ContentReader& rea
     };
     const auto add = [&](const char* bytes, std::size_t size) {
         const bool part = !form.fields.empty();  // else the body is no form at all
-        if (!part || !allowance.take(size) || (!inFile && !textAllowance.take(size)))
+        if (!part || !modest || !allowance.take(size) || (!inFile && !textAllowance.take(size)))
             return true;
         if (inFile)
             form.file.write({bytes, size});
@@ -120,7 +134,7 @@ Form readForm(const httplib::Request& request, const httplib::ContentReader& rea
         return true;
     };
     const bool complete = readEither(request, reader, begin, add);
-    check(complete && request.is_multipart_form_data(),
+    check(complete && modest && request.is_multipart_form_data(),
           allowance.exceeded() || textAllowance.exceeded() || announcesMore(request, limit));
     return form;
 }
