@@ -73,7 +73,7 @@ BookDetails readZippedFictionBook(const std::filesystem::path& path) {
     const ZipArchive archive(path);
     for (const std::string& entry : archive.names()) {
         if (hasExtension(entry, "fb2"))
-            return detailsOf(archive.read(entry));
+            return detailsOf(archive.read(entry, largest_book));
     }
     throw BookError("no .fb2 entry in the archive");
 }

@@ -117,6 +117,7 @@ UploadFolder::UploadFolder(const fs::path& database) : temporary_(database.empty
     if (!temporary_) {
         path_ = database.string() + ".uploads";
         fs::create_directory(path_);
+        fs::permissions(path_, fs::perms::owner_all);
         return;
     }
     std::string name = fs::temp_directory_path() / "tavro-service-XXXXXX";

@@ -1,9 +1,13 @@
 #include "state/database.h"
 
 #include <SQLiteCpp/Transaction.h>
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <stdexcept>
+
+#include "posix/file_descriptor.h"
 
 namespace tavro::service {
 
@@ -26,11 +30,21 @@ constexpr const char* upgrades[schema_version] = {
     " upload TEXT NOT NULL DEFAULT '', upload_name TEXT NOT NULL DEFAULT '');",
     "CREATE TABLE settings (name TEXT PRIMARY KEY, value TEXT NOT NULL);"};
 
+/// Makes the state file `path`, if there is none, and takes it from other users of the machine. The
+/// files that SQLite puts beside it get its mode.
+void keepPrivate(const std::string& path) {
+    const posix::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    ::fchmod(file.get(), 0600);
+    for (const char* const beside : {"-wal", "-shm"})
+        ::chmod((path + beside).c_str(), 0600);
+}
+
 void prepare(SQLite::Database& database) {
     if (sqlite3_db_readonly(database.getHandle(), "main") == 1)
         throw SQLite::Exception("the file is not writable");
     database.exec("PRAGMA locking_mode=EXCLUSIVE");
     database.exec("PRAGMA journal_mode=WAL");
+    database.exec("PRAGMA wal_autocheckpoint=32");
     database.exec("PRAGMA synchronous=FULL");
     database.exec("PRAGMA foreign_keys=ON");
     SQLite::Transaction transaction(database);
@@ -48,6 +62,8 @@ void prepare(SQLite::Database& database) {
 SQLite::Database openDatabase(const std::filesystem::path& path) {
     const std::string name = path.empty() ? ":memory:" : path.string();
     try {
+        if (!path.empty())
+            keepPrivate(name);
         SQLite::Database database(name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
         prepare(database);
         return database;
