@@ -712,6 +712,7 @@ TEST(Service, NobodyWaitsForThoseWhoWait) {
     Service service(options);
     service.inject(Operation::LoginUser, parseFault("LoginUser:delay=3600000").second);
     std::vector<std::future<std::string>> answers;
+    answers.reserve(40);
     for (int count = 0; count < 40; ++count)
         answers.push_back(std::async(std::launch::async, [&] {
             return ask(service,
@@ -719,6 +720,7 @@ TEST(Service, NobodyWaitsForThoseWhoWait) {
                        "Host: localhost\r\nContent-Length: 0\r\n\r\n");
         }));
     std::vector<posix::FileDescriptor> idle;
+    idle.reserve(100);
     for (int count = 0; count < 100; ++count)
         idle.push_back(connectTo(service));
     const posix::FileDescriptor slow = connectTo(service);
