@@ -95,6 +95,21 @@ ssize_t Connection::write(const char* bytes, size_t size) {
     return static_cast<ssize_t>(size);
 }
 
+void Connection::finish() {
+    constexpr std::size_t most_bytes = 4u << 20;
+    const auto end = Clock::now() + std::chrono::seconds(1);
+    ::shutdown(socket_, SHUT_WR);
+    for (std::size_t read = 0; read < most_bytes;) {
+        const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
+        if (left.count() <= 0 || !isReady(socket_, POLLIN, left))
+            return;
+        const ssize_t got = ::recv(socket_, buffer_.data(), buffer_.size(), MSG_DONTWAIT);
+        if (got <= 0)
+            return;
+        read += static_cast<std::size_t>(got);
+    }
+}
+
 void Connection::get_remote_ip_and_port(std::string& address, int& port) const {
     readName(socket_, ::getpeername, address, port);
 }

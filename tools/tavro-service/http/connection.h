@@ -19,6 +19,10 @@ public:
     Connection(int socket, std::chrono::milliseconds patience)
         : socket_(socket), patience_(patience) {}
 
+    /// Says that the answer has ended, and reads for a moment what the client still sends: if that
+    /// were left unread, the client might lose the answer.
+    void finish();
+
     bool is_readable() const override;
     bool is_writable() const override;
     ssize_t read(char* bytes, size_t size) override;

@@ -25,6 +25,7 @@ bool PageServer::process_and_close_socket(socket_t socket) {
     // One request for each connection: a client repeats what fails on a connection used before,
     // and a fault for one request would never be seen.
     const bool answered = process_request(connection, true, closed, nullptr);
+    connection.finish();
     const std::lock_guard lock(mutex_);
     sockets_.erase(std::this_thread::get_id());
     ::shutdown(socket, SHUT_RDWR);
