@@ -1,16 +1,28 @@
 #include "service.h"
 
+#include <SQLiteCpp/Database.h>
+#include <curl/curl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <zip.h>
 
+#include <fcntl.h>
 #include <chrono>
+#include <csignal>
 #include <future>
 #include <pugixml.hpp>
+#include <set>
 
+#include "posix/file_descriptor.h"
+#include "posix/write_all.h"
+#include "support/processes.h"
 #include "support/temporary_folder.h"
 #include "text/text.h"
+#include "xmlparser.h"
 
 namespace fs = std::filesystem;
 
@@ -28,6 +40,21 @@ Options serving(const fs::path& books, const fs::path& database = {}) {
     options.database = database;
     return options;
 }
+
+/// Makes a state file as the first version of the service did.
+constexpr const char* version_one_state =
+    "CREATE TABLE devices (token TEXT PRIMARY KEY, device_id TEXT NOT NULL,"
+    " device_type TEXT NOT NULL);"
+    "CREATE TABLE accounts (id INTEGER PRIMARY KEY, email TEXT NOT NULL UNIQUE COLLATE NOCASE,"
+    " first_name TEXT NOT NULL, last_name TEXT NOT NULL, password TEXT NOT NULL);"
+    "CREATE TABLE sessions (id TEXT PRIMARY KEY, token TEXT NOT NULL REFERENCES devices,"
+    " account INTEGER NOT NULL REFERENCES accounts);"
+    "CREATE TABLE items (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE,"
+    " size INTEGER NOT NULL, modified INTEGER NOT NULL, title TEXT NOT NULL,"
+    " artist TEXT NOT NULL, isbn TEXT NOT NULL, isbn13 TEXT NOT NULL, file_type TEXT NOT NULL,"
+    " has_cover INTEGER NOT NULL, deleted INTEGER NOT NULL DEFAULT 0,"
+    " upload TEXT NOT NULL DEFAULT '', upload_name TEXT NOT NULL DEFAULT '');"
+    "PRAGMA user_version=1";
 
 /// An XML element whose `value` stands in it as it is.
 std::string element(const std::string& name, const std::string& value) {
@@ -146,6 +173,58 @@ void writeArchive(const fs::path& path, const std::string& entry, const std::str
     zip_file_add(archive, entry.c_str(),
                  zip_source_buffer(archive, content.data(), content.size(), 0), 0);
     ASSERT_EQ(zip_close(archive), 0);
+}
+
+posix::FileDescriptor connectTo(const Service& service) {
+    posix::FileDescriptor connection(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(service.port()));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(
+        ::connect(connection.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+        0);
+    return connection;
+}
+
+/// All that comes over `connection` until its end.
+std::string readAll(int connection) {
+    std::string text;
+    char buffer[4096];
+    for (ssize_t got = 0; (got = ::recv(connection, buffer, sizeof buffer, 0)) > 0;)
+        text.append(buffer, static_cast<std::size_t>(got));
+    return text;
+}
+
+/// The answer to exactly `request`.
+std::string ask(const Service& service, const std::string& request) {
+    const posix::FileDescriptor connection = connectTo(service);
+    EXPECT_TRUE(posix::writeAll(connection.get(), request));
+    return readAll(connection.get());
+}
+
+/// Uploads a file called `name` as the device's library does. @return the name that arrived.
+std::string arrivedName(Served& served, const std::string& name) {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    curl_httppost* first = nullptr;
+    curl_httppost* last = nullptr;
+    for (const auto& field : served.device.fields(idAt(served.service, "a.txt")))
+        curl_formadd(&first, &last, CURLFORM_COPYNAME, field.name.c_str(), CURLFORM_COPYCONTENTS,
+                     field.content.c_str(), CURLFORM_END);
+    curl_formadd(&first, &last, CURLFORM_COPYNAME, "file", CURLFORM_BUFFER, name.c_str(),
+                 CURLFORM_BUFFERPTR, "new", CURLFORM_BUFFERLENGTH, 3L, CURLFORM_END);
+    CURL* const curl = curl_easy_init();
+    curl_easy_setopt(curl, CURLOPT_URL, (served.service.url() + "/UploadContent.aspx").c_str());
+    curl_easy_setopt(curl, CURLOPT_HTTPPOST, first);
+    curl_easy_setopt(
+        curl, CURLOPT_WRITEFUNCTION,
+        +[](char*, std::size_t size, std::size_t count, void*) { return size * count; });
+    EXPECT_EQ(curl_easy_perform(curl), CURLE_OK);
+    curl_easy_cleanup(curl);
+    curl_formfree(first);
+#pragma GCC diagnostic pop
+    return bookAt(served.service, "a.txt").fileName;
 }
 
 }  // namespace
@@ -396,7 +475,7 @@ TEST(Service, StateFileSurvivesRestartAndRemembersRemovedBooks) {
     const auto [token, session] = std::pair(device->token, device->session);
     service.reset();
 
-    writeFile(folder / "state.uploads/lost", "left by a killed service");
+    writeFile(folder / "state.uploads/receiving-lost", "left by a killed service");
     fs::remove(books / "b.txt");
     service = std::make_unique<Service>(options);
     device = std::make_unique<Device>(*service);
@@ -429,7 +508,11 @@ TEST(Service, ReportsAndSkipsUnreadableBooks) {
     writeFile(folder / "code.fb2", "<?xml version='1.0' encoding='x-none'?><FictionBook/>");
     writeArchive(folder / "empty.fb2.zip", "book.txt", "");
     writeArchive(folder / "lost.epub", "META-INF/container.xml", container("../../etc/passwd"));
-    writeArchive(folder / "bomb.epub", "META-INF/container.xml", std::string(65u << 20, ' '));
+    writeArchive(folder / "bomb.epub", "META-INF/container.xml", std::string(5u << 20, ' '));
+    std::string elements;
+    for (int count = 0; count < 1'100'000; ++count)
+        elements += "<a b=''/>";
+    writeArchive(folder / "many.fb2.zip", "many.fb2", elements);
     writeFile(folder / "odd.fb2",
               "<f:FictionBook xmlns:f='f'><f:title-info><f:book-title>\xFF <![CDATA[<]]>\x01\n"
               "</f:book-title></f:title-info></f:FictionBook>");
@@ -441,15 +524,58 @@ TEST(Service, ReportsAndSkipsUnreadableBooks) {
     EXPECT_THAT(device.catalogue(), HasSubstr("<Title><![CDATA[\xEF\xBF\xBD <]]></Title>"));
     device.catalogue();
     EXPECT_EQ(service.books().size(), 1u);
-    EXPECT_EQ(reports.size(), 7u) << testing::PrintToString(reports);
+    EXPECT_EQ(reports.size(), 8u) << testing::PrintToString(reports);
     EXPECT_THAT(reports, testing::Contains(HasSubstr("bomb.epub: skipped: entry "
                                                      "\"META-INF/container.xml\" is too large")));
+
+    EXPECT_THAT(reports, testing::Contains(HasSubstr("many.fb2.zip: skipped: has too many")));
 
     // A book that is being copied over must not vanish from the devices meanwhile.
     writeFile(folder / "odd.fb2", "<f:FictionBook");
     device.catalogue();
-    EXPECT_EQ(reports.size(), 8u);
+    EXPECT_EQ(reports.size(), 9u);
     EXPECT_FALSE(bookAt(service, "odd.fb2").deleted);
+}
+
+// A device keeps only the last piece of a text that its XML reader splits.
+TEST(Service, TitlesReachTheDeviceWhole) {
+    const TemporaryFolder folder;
+    const std::pair<std::string, std::string> cases[] = {
+        {"a [b] > c]] d", "a [b] > c]] d"}, {"a & b", "a & b"},     {"a]]>b", "a))>b"},
+        {"[a] & <b>", "(a) & <b>"},         {"]]>&]]>", "))>&))>"}, {"x[0] < y", "x(0) < y"},
+        {"a > b & c", "a > b & c"},         {"&amp; ]", "&amp; )"},
+    };
+    for (std::size_t index = 0; index < std::size(cases); ++index) {
+        pugi::xml_document book;
+        book.append_child("FictionBook")
+            .append_child("title-info")
+            .append_child("book-title")
+            .text()
+            .set(cases[index].first.c_str());
+        book.save_file((folder / (std::to_string(index) + ".fb2")).c_str());
+    }
+    Served served(serving(folder / ""));
+    const std::string catalogue = served.device.catalogue();
+    XMLParser parser;
+    parser.init("utf-8");
+    ASSERT_TRUE(parser.parse(catalogue.data(), static_cast<unsigned>(catalogue.size())));
+    std::vector<std::string> titles;
+    for (const BookDescription& book : parser.addedItems)
+        titles.push_back(book.field(BookDescription::Title));
+    ASSERT_EQ(titles.size(), std::size(cases));
+    for (std::size_t index = 0; index < std::size(cases); ++index)
+        EXPECT_EQ(titles[index], cases[index].second);
+}
+
+TEST(Service, NamesTheAuthorsOfFictionBooks) {
+    const TemporaryFolder folder;
+    writeFile(
+        folder / "a.fb2",
+        "<FictionBook><title-info><author/>"
+        "<author><nickname>Nick</nickname></author><author><first-name> </first-name></author>"
+        "<author><first-name>Ann</first-name><nickname>A.</nickname></author>"
+        "</title-info></FictionBook>");
+    EXPECT_EQ(Service(serving(folder / "")).books().at(0).artist, "Nick, Ann");
 }
 
 TEST(Service, CleansTexts) {
@@ -468,6 +594,200 @@ TEST(Service, CleansTexts) {
         EXPECT_EQ(cleanText(text), clean) << testing::PrintToString(text);
 }
 
+// Any page in the user's browser can send requests to this machine, and any name can lead to it.
+TEST(Service, RefusesOtherSitesAndOtherNames) {
+    Options options = serving(TAVRO_TEST_SAMPLES);
+    options.hosts = {"Shelf.example", "forwarded.example:8080"};
+    std::vector<std::string> reports;
+    options.report = [&](const std::string& text) { reports.push_back(text); };
+    Served served(options);
+    const std::string port = ":" + std::to_string(served.service.port());
+    const std::string book = idAt(served.service, "salt-and-pepper.epub");
+    const std::string none = "-";
+    const struct {
+        std::string host;
+        std::string origin;
+        bool taken;
+    } cases[] = {
+        {"127.0.0.1" + port, none, true},
+        {"LOCALHOST", none, true},
+        {"[::1]" + port, none, true},
+        {"[0:0::1]", none, true},
+        {"shelf.example" + port, none, true},
+        {"localhost" + port, "http://127.0.0.1" + port, true},
+        {"attacker.example" + port, none, false},
+        {"Forwarded.example:8080", "http://forwarded.example:8080", true},
+        {"forwarded.example" + port, none, false},
+        {"localhost:1", none, false},
+        {"localhost:", none, false},
+        {"localhost.attacker.example", none, false},
+        {"[::1", none, false},
+        {"192.0.2.1" + port, none, false},
+        {"", none, false},
+        {"localhost" + port, "http://attacker.example", false},
+        {"localhost" + port, "https://localhost" + port, false},
+        {"localhost" + port, "null", false},
+    };
+    httplib::Client client(served.service.url());
+    for (const auto& [host, origin, taken] : cases) {
+        SCOPED_TRACE(host + " from " + origin);
+        httplib::Headers headers = {{"Host", host}};
+        if (origin != none)
+            headers.emplace("Origin", origin);
+        reports.clear();
+        EXPECT_EQ(client.Get("/covers/" + book, headers)->status, taken ? 200 : 403);
+        EXPECT_EQ(client.Get("/control/status", headers)->status, taken ? 200 : 403);
+        EXPECT_EQ(reports.size(), taken ? 0u : 2u);
+        const std::size_t requests = served.service.requests().size();
+        for (const auto& operation : allOperations())
+            EXPECT_EQ(client.Post(operation.path(), headers, "x", "text/xml")->status,
+                      taken ? 200 : 403);
+        EXPECT_EQ(served.service.requests().size() - requests, taken ? allOperations().size() : 0);
+    }
+    EXPECT_THAT(ask(served.service, "GET /shop HTTP/1.0\r\n\r\n"), HasSubstr(" 403 "));
+
+    options.address = "0.0.0.0";
+    const Service everywhere(options);
+    EXPECT_THAT(ask(everywhere, "GET /shop HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n"),
+                HasSubstr(" 200 "));
+    EXPECT_THAT(ask(everywhere, "GET /shop HTTP/1.1\r\nHost: 192.0.2.1\r\n\r\n"),
+                HasSubstr(" 403 "));
+}
+
+TEST(Service, ReportsShowWhatATerminalWouldObey) {
+    const TemporaryFolder folder;
+    writeFile(folder / "\x1B[2J\xFF.epub", "no archive");
+    std::vector<std::string> reports;
+    Options options = serving(folder / "");
+    options.report = [&](const std::string& text) { reports.push_back(text); };
+    const Service service(options);
+    httplib::Client(service.url()).Post("/%1B%5B2J%C2%9B%FF", "", "text/xml");
+    EXPECT_THAT(reports, ElementsAre(HasSubstr("/\uFFFD[2J\uFFFD.epub: skipped"),
+                                     testing::EndsWith("POST /\uFFFD[2J\uFFFD\uFFFD")));
+}
+
+// Nobody has to log in to be remembered.
+TEST(Service, BoundsWhatStrangersMakeItKeep) {
+    Service service({});
+    Device device(service);
+    const std::string large(1'000'000, 'x');
+    for (int count = 0; count < 20; ++count)
+        device.post(Operation::LoginUser, large);
+    std::size_t bytes = 0;
+    for (const Request& request : service.requests())
+        bytes += request.body.size();
+    EXPECT_GT(bytes, 15u << 20);
+    EXPECT_LT(bytes, 16u << 20);
+
+    const auto refused = httplib::Client(service.url()).Put("/", large, "text/plain");
+    ASSERT_TRUE(refused) << "the answer is lost";
+    EXPECT_EQ(refused->status, 413);
+
+    const auto parts = [](std::size_t count, const std::string& name, const std::string& file) {
+        return httplib::MultipartFormDataItems(count, {name, "", file, ""});
+    };
+    const struct {
+        httplib::MultipartFormDataItems form;
+        const char* code;
+    } forms[] = {
+        {parts(64, std::string(256, 'n'), ""), "2002"},
+        {parts(65, "n", ""), "2001"},
+        {parts(1, std::string(257, 'n'), ""), "2001"},
+        {parts(1, "file", std::string(1025, 'n')), "2001"},
+    };
+    for (const auto& [form, code] : forms) {
+        EXPECT_EQ(codeOf(device.form(Operation::UploadContent, form)), code);
+        EXPECT_LE(service.requests().back().fields.size(), 64u);
+    }
+
+    const std::string nested = "{\"operation\":\"LoginUser\",\"code\":" + std::string(500'000, '[');
+    EXPECT_EQ(
+        httplib::Client(service.url())
+            .Post("/control/faults", nested + std::string(500'000, ']') + "}", "application/json")
+            ->status,
+        400);
+}
+
+TEST(Service, NobodyWaitsForThoseWhoWait) {
+    Options options;
+    options.patience = std::chrono::milliseconds(700);
+    Service service(options);
+    service.inject(Operation::LoginUser, parseFault("LoginUser:delay=3600000").second);
+    std::vector<std::future<std::string>> answers;
+    answers.reserve(40);
+    for (int count = 0; count < 40; ++count)
+        answers.push_back(std::async(std::launch::async, [&] {
+            return ask(service,
+                       "POST /IOSCloudManagement.svc/LoginUser HTTP/1.1\r\n"
+                       "Host: localhost\r\nContent-Length: 0\r\n\r\n");
+        }));
+    std::vector<posix::FileDescriptor> idle;
+    idle.reserve(100);
+    for (int count = 0; count < 100; ++count)
+        idle.push_back(connectTo(service));
+    const posix::FileDescriptor slow = connectTo(service);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(httplib::Client(service.url()).Get("/shop"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, options.patience);
+
+    while (::send(slow.get(), "G", 1, MSG_NOSIGNAL) == 1 &&
+           std::chrono::steady_clock::now() - start < std::chrono::seconds(20))
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    for (const posix::FileDescriptor& connection : idle)
+        EXPECT_EQ(readAll(connection.get()), "");
+
+    httplib::Client(service.url()).Delete("/control/faults");
+    for (auto& answer : answers)
+        EXPECT_THAT(answer.get(), HasSubstr("<Error>2001<"));
+}
+
+TEST(Service, StandsStillForNoReaderOfItsLog) {
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const posix::FileDescriptor reader(ends[0]);
+    posix::FileDescriptor writer(ends[1]);
+    const std::string pipe = "/proc/self/fd/" + std::to_string(writer.get());
+    const pid_t process =
+        start({TAVRO_TEST_SERVICE, "--port", "0", "--json"}, {{1, pipe}, {2, pipe}});
+    writer.close();
+    char line[200] = {};
+    ASSERT_GT(::read(reader.get(), line, sizeof line - 1), 0);
+    const std::string text = line;
+    const std::string url = "\"url\":\"";
+    const std::size_t begin = text.find(url) + url.size();
+    httplib::Client client(text.substr(begin, text.find('"', begin) - begin));
+    for (int count = 0; count < 600; ++count)
+        ASSERT_TRUE(client.Post("/" + std::string(2000, 'x'), "", "text/xml")) << count;
+    const auto start = std::chrono::steady_clock::now();
+    ::kill(process, SIGTERM);
+    EXPECT_EQ(statusOf(process), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+}
+
+TEST(Service, StateIsPrivateAndStaysSmall) {
+    const TemporaryFolder folder;
+    writeFile(folder / "books/a.txt", "a");
+    writeFile(folder / "state", "");
+    fs::permissions(folder / "state", fs::perms(0666));
+    fs::create_directory(folder / "state.uploads");
+    const mode_t mask = ::umask(0);
+    Served served(serving(folder / "books", folder / "state"));
+    const std::string id = idAt(served.service, "a.txt");
+    for (int count = 0; count < 100; ++count)
+        ASSERT_EQ(codeOf(served.device.upload(id, "new", "a.txt")), "1003");
+    ::umask(mask);
+    EXPECT_LT(fs::file_size(folder / "state-wal"), 256u << 10);
+    std::set<std::string> open;
+    for (const auto& entry : fs::recursive_directory_iterator(folder / "")) {
+        const bool ours = entry.path().filename().string().rfind("state", 0) == 0 ||
+                          entry.path().parent_path().filename() == "state.uploads";
+        if (ours && (entry.status().permissions() & fs::perms(0077)) != fs::perms::none)
+            open.insert(entry.path());
+    }
+    EXPECT_THAT(open, ElementsAre());
+}
+
 TEST(Service, StopDoesNotWaitForSlowRequests) {
     Service service({});
     Device device(service);
@@ -482,4 +802,119 @@ TEST(Service, StopDoesNotWaitForSlowRequests) {
     options.port = service.port();
     Service successor(options);
     EXPECT_THROW(Service{options}, std::runtime_error) << "the port is taken";
+}
+
+TEST(Service, UploadsKeepTheirNames) {
+    const TemporaryFolder folder;
+    writeFile(folder / "a.txt", "a");
+    Served served(serving(folder / ""));
+    for (const char* name : {"q\"q.txt", "a\\b.txt", "a\\\\b.txt", "100%.txt", "%41.txt",
+                             "a; filename=b.txt", "\xD0\xAF \xE2\x82\xAC.txt"})
+        EXPECT_EQ(arrivedName(served, name), name);
+    const std::string id = idAt(served.service, "a.txt");
+    served.device.upload(id, "new", "o\\\"l\\\\d %22.txt");  // as older versions of libcurl
+    EXPECT_EQ(bookAt(served.service, "a.txt").fileName, "o\"l\\d %22.txt");
+}
+
+// A folder that cannot be read says nothing about its books; devices would delete theirs.
+TEST(Service, NoBookIsDeletedUnlessItsFolderWasRead) {
+    const TemporaryFolder folder;
+    const fs::path books = folder / "books";
+    for (const char* name : {"a.txt", "sub/deep/b.txt", "sub.txt/c.txt", "d.txt"})
+        writeFile(books / name, name);
+    std::vector<std::string> reports;
+    Options options = serving(books, folder / "state");
+    options.report = [&](const std::string& text) { reports.push_back(text); };
+    auto served = std::make_unique<Served>(options);
+    const auto deleted = [&] {
+        served->device.catalogue();
+        std::vector<std::string> paths;
+        for (const Book& book : served->service.books()) {
+            if (book.deleted)
+                paths.push_back(book.path);
+        }
+        return paths;
+    };
+    const struct {
+        const char* lost;  // what has a file or a link to itself in its place
+        bool link;
+        std::vector<std::string> deleted;
+        std::size_t reports;
+    } cases[] = {
+        {"", true, {}, 1},         {"", false, {}, 1},     {"sub", true, {}, 1},
+        {"sub/deep", true, {}, 1}, {"a.txt", true, {}, 1}, {"sub", false, {"sub/deep/b.txt"}, 0},
+    };
+    for (const auto& [lost, link, expected, told] : cases) {
+        SCOPED_TRACE(std::string(lost) + (link ? " is a loop" : " is a file"));
+        const fs::path path = *lost ? books / lost : books;
+        fs::rename(path, folder / "aside");
+        link ? fs::create_symlink(path, path) : writeFile(path, "");
+        reports.clear();
+        EXPECT_EQ(deleted(), expected);
+        EXPECT_EQ(deleted(), expected);
+        EXPECT_EQ(reports.size(), told) << testing::PrintToString(reports);
+        if (*lost) {
+            served.reset();
+            served = std::make_unique<Served>(options);
+            EXPECT_EQ(deleted(), expected) << "at the start";
+        }
+        fs::remove(path);
+        fs::rename(folder / "aside", path);
+        EXPECT_THAT(deleted(), ElementsAre());
+    }
+    fs::remove_all(books / "sub");
+    EXPECT_THAT(deleted(), ElementsAre("sub/deep/b.txt"));
+}
+
+// It would delete the books of the one folder from every device, and add those of the other.
+TEST(Service, StateFileBelongsToOneFolder) {
+    const TemporaryFolder folder;
+    writeFile(folder / "books/a.txt", "a");
+    writeFile(folder / "other/b.txt", "b");
+    fs::create_symlink(folder / "books", folder / "link");
+    {
+        SQLite::Database(folder / "state", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+            .exec(version_one_state);
+    }
+    for (const char* name : {"books", "other/../books/", "link", ""}) {
+        const Service service(serving(*name ? folder / name : "", folder / "state"));
+        EXPECT_EQ(service.books().size(), *name ? 1u : 0u) << name;
+    }
+    try {
+        const Service service(serving(folder / "other", folder / "state"));
+        FAIL() << "another folder is served";
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(),
+                    testing::AllOf(HasSubstr(folder / "books"), HasSubstr(folder / "other"),
+                                   HasSubstr("--state")));
+    }
+}
+
+TEST(Service, UploadsOutliveALostStateFileAndAFailedReplacement) {
+    const TemporaryFolder folder;
+    writeFile(folder / "books/a.txt", "old");
+    const Options options = serving(folder / "books", folder / "state");
+    const auto uploads = [&] {
+        return std::distance(fs::directory_iterator(folder / "state.uploads"), {});
+    };
+    {
+        Served served(options);
+        served.device.upload(idAt(served.service, "a.txt"), "mine", "a.txt");
+    }
+    SQLite::Database(folder / "state", SQLite::OPEN_READWRITE)
+        .exec(
+            "CREATE TRIGGER broken BEFORE UPDATE OF upload ON items"
+            " BEGIN SELECT RAISE(ABORT, 'the disk is full'); END");
+    {
+        Served served(options);
+        const std::string id = idAt(served.service, "a.txt");
+        EXPECT_EQ(codeOf(served.device.upload(id, "next", "a.txt")), "2099");
+        EXPECT_EQ(served.device.download(id)->body, "mine");
+        EXPECT_EQ(uploads(), 1);
+    }
+    fs::rename(folder / "state", folder / "mislaid");
+    { const Service service(options); }
+    fs::rename(folder / "mislaid", folder / "state");
+    Served served(options);
+    EXPECT_EQ(served.device.download(idAt(served.service, "a.txt"))->body, "mine");
 }

@@ -23,7 +23,7 @@ std::string now(const char* format) {
 std::string fieldOf(const Request& request, const std::string& name) {
     for (const auto& [field, value] : request.fields) {
         if (field == name)
-            return cleanText(value.substr(0, 200));
+            return visibleText(value.substr(0, 200));
     }
     return "";
 }
@@ -33,7 +33,7 @@ std::string fieldOf(const Request& request, const std::string& name) {
 std::string readableLine(const Request& request) {
     const std::string code = request.status == 0    ? "closed"
                              : request.code.empty() ? "-"
-                                                    : cleanText(request.code);
+                                                    : visibleText(request.code);
     std::array<char, 160> columns;
     std::snprintf(columns.data(), columns.size(), "%-15s %-6.20s HTTP %3d %9zu bytes %5lld ms",
                   name(request.operation), code.c_str(), request.status, request.bytes,
@@ -51,7 +51,7 @@ std::string jsonLine(const Request& request) {
     nlohmann::ordered_json json = {{"event", "request"},
                                    {"time", now("%Y-%m-%dT%H:%M:%S%z")},
                                    {"operation", name(request.operation)},
-                                   {"code", cleanText(request.code)},
+                                   {"code", visibleText(request.code)},
                                    {"status", request.status},
                                    {"closed", request.status == 0},
                                    {"bytes", request.bytes},

@@ -1,24 +1,28 @@
 #include <httplib.h>
 #include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "line_writer.h"
 #include "log_line.h"
+#include "posix/inherited_descriptors.h"
+#include "program/run_program.h"
 #include "service.h"
+#include "text/text.h"
 
 namespace {
 
 using namespace tavro::service;
 
-constexpr int done = 0;
-constexpr int failed = 1;
-constexpr int wrong_usage = 2;
+using tavro::tools::printError;
+namespace exit_status = tavro::tools::exit_status;
 
 constexpr const char* examples =
     "Examples:\n"
@@ -45,23 +49,23 @@ struct FaultArguments {
     bool clear = false;
 };
 
-/// Writes `line` to standard output at once, for whoever waits for it.
-void print(const std::string& line) {
-    std::fwrite((line + "\n").data(), 1, line.size() + 1, stdout);
-    std::fflush(stdout);
+/// The line that tells how many lines of the log nobody took.
+std::string droppedLine(std::size_t count, bool json) {
+    if (json)
+        return nlohmann::ordered_json({{"event", "dropped"}, {"lines", count}}).dump();
+    return std::to_string(count) + " lines were dropped, for nobody read them";
 }
 
-void announce(const Service& service, const ServeArguments& arguments) {
+std::string announcement(const Service& service, bool json) {
     const std::size_t books = service.books().size();
-    if (arguments.json)
-        print(nlohmann::ordered_json({{"event", "listening"},
-                                      {"url", service.url()},
-                                      {"port", service.port()},
-                                      {"books", books}})
-                  .dump());
-    else
-        print("Tavro service on " + service.url() + " with " + std::to_string(books) +
-              " books. Stop it with Ctrl-C.");
+    if (json)
+        return nlohmann::ordered_json({{"event", "listening"},
+                                       {"url", service.url()},
+                                       {"port", service.port()},
+                                       {"books", books}})
+            .dump();
+    return "Tavro service on " + service.url() + " with " + std::to_string(books) +
+           " books. Stop it with Ctrl-C.";
 }
 
 /// Keeps the signals that end the service from all threads, for one to wait for them.
@@ -76,19 +80,24 @@ sigset_t blockStopSignals() {
 
 int serve(ServeArguments& arguments) {
     const sigset_t signals = blockStopSignals();
+    ::umask(S_IRWXG | S_IRWXO);
+    const bool json = arguments.json;
+    LineWriter output(STDOUT_FILENO,
+                      [json](std::size_t count) { return droppedLine(count, json); });
+    LineWriter errors(STDERR_FILENO, [](std::size_t count) { return droppedLine(count, false); });
     Options& options = arguments.options;
-    options.report = [](const std::string& text) { std::cerr << "tavro-service: " + text + "\n"; };
+    options.report = [&](const std::string& text) { errors.write("tavro-service: " + text); };
     if (!arguments.quiet)
-        options.log = [json = arguments.json](const Request& request) {
-            print(json ? jsonLine(request) : readableLine(request));
+        options.log = [&, json](const Request& request) {
+            output.write(json ? jsonLine(request) : readableLine(request));
         };
     Service service(options);
     for (const auto& [operation, fault] : arguments.parsedFaults)
         service.inject(operation, fault);
-    announce(service, arguments);
+    output.write(announcement(service, json));
     int received = 0;
     sigwait(&signals, &received);
-    return done;
+    return exit_status::done;
 }
 
 httplib::Result ask(httplib::Client& client, const FaultArguments& arguments) {
@@ -111,7 +120,7 @@ int control(const FaultArguments& arguments) {
         throw std::runtime_error("the service refuses: HTTP status " +
                                  std::to_string(answer->status) + " " + answer->body);
     std::cout << answer->body;
-    return done;
+    return exit_status::done;
 }
 
 void addServeOptions(CLI::App& app, ServeArguments& arguments) {
@@ -123,6 +132,11 @@ void addServeOptions(CLI::App& app, ServeArguments& arguments) {
     app.add_option("--port", options.port, "Listen on this port; 0 picks a free one")
         ->capture_default_str()
         ->check(CLI::Range(0, 65535));
+    app.add_option("--host", options.hosts,
+                   "Answer also to this name of the machine; may be repeated")
+        ->option_text("NAME")
+        ->expected(1)
+        ->take_all();
     app.add_option("--state", options.database,
                    "Keep devices, accounts, sessions and uploads in FILE (default: in memory)")
         ->option_text("FILE");
@@ -188,7 +202,7 @@ int run(int argc, char** argv) {
         app.parse(argc, argv);
         parseTexts(serveArguments);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? done : wrong_usage;
+        return app.exit(error) == 0 ? exit_status::done : exit_status::wrong_usage;
     }
     return faultCommand->parsed() ? control(faultArguments) : serve(serveArguments);
 }
@@ -196,13 +210,10 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return run(argc, argv);
-    } catch (const std::invalid_argument& error) {
-        std::fprintf(stderr, "tavro-service: %s\n", error.what());
-        return wrong_usage;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "tavro-service: %s\n", error.what());
-        return failed;
-    }
+    posix::openStandardStreams();
+    return tavro::tools::runProgram<std::invalid_argument>(
+        "tavro-service", [&] { return run(argc, argv); },
+        [](const std::exception& error, int) {
+            printError("tavro-service", std::runtime_error(visibleText(error.what())));
+        });
 }

@@ -10,21 +10,28 @@ public:
         : log(options.log, options.report),
           api(options.database, options.books, options.consumer,
               [this](const std::string& text) { log.report(text); }),
-          server(options.address, options.port) {
+          server(options.address, options.port, options.patience),
+          names(options.address, options.hosts) {
         const PageContext context{
-            server, api, faults, log, options.maximumBody, options.entityReferences};
+            server, api, faults, log, names, options.maximumBody, options.entityReferences};
         addDevicePages(context);
         addServicePages(context);
         server.listen();
     }
-    ~Implementation() { server.stop(); }
+    ~Implementation() { stop(); }
     Implementation(const Implementation&) = delete;
     Implementation& operator=(const Implementation&) = delete;
+
+    void stop() {
+        faults.clear();  // ends all delays
+        server.stop();
+    }
 
     FaultQueue faults;
     RequestLog log;
     DeviceApi api;
     HttpServer server;
+    const OwnNames names;
 };
 
 Service::Service(Options options) : implementation_(std::make_unique<Implementation>(options)) {}
@@ -40,7 +47,7 @@ std::string Service::url() const {
 }
 
 void Service::stop() {
-    implementation_->server.stop();
+    implementation_->stop();
 }
 
 void Service::inject(Operation operation, Fault fault) {

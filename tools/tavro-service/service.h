@@ -22,12 +22,16 @@ namespace tavro::service {
 struct Options {
     std::string address = "127.0.0.1";
     int port = 0;                    ///< 0: a free one
+    std::vector<std::string> hosts;  ///< more names under which it may be spoken to
     std::filesystem::path books;     ///< folder of the books; empty: an empty catalogue
     std::filesystem::path database;  ///< state file, uploads beside it; empty: in memory
     bool entityReferences = false;   ///< escape texts with entity references, not with CDATA
     std::size_t maximumBody = std::size_t(256) << 20;  ///< largest request body, in bytes
     /// Identifier and password of the only consumer that may register devices; any if unset.
     std::optional<std::pair<std::string, std::string>> consumer;
+    /// How long a client may keep its connection waiting, apart from what its bytes take on a slow
+    /// line.
+    std::chrono::milliseconds patience{20000};
     /// Told of each request before its answer goes out; calls never overlap.
     std::function<void(const Request&)> log;
     /// Told of what is wrong (unreadable books, unknown pages, failures); calls never overlap.
@@ -59,10 +63,11 @@ public:
     /// Adds a fault for the next requests of `operation`; see `FaultQueue::add`.
     void inject(Operation operation, Fault fault);
 
-    /// Drops all faults.
+    /// Drops all faults and ends all delays.
     void clearFaults();
 
-    /// The last requests (up to 1000), the oldest first. Bodies stand here with their passwords.
+    /// The last requests (1000, or fewer if they are large), the oldest first. Bodies stand here
+    /// with their passwords.
     std::vector<Request> requests() const;
 
     /// All items of the catalogue as of the last synchronisation, deleted ones among them.

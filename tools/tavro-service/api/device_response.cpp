@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 #include <pugixml.hpp>
 #include <sstream>
@@ -16,17 +17,50 @@ namespace tavro::service {
 
 namespace {
 
+/// `text` with its special characters as entity references.
+std::string withReferences(const std::string& text) {
+    std::string escaped;
+    for (const char character : text) {
+        const auto reference = character == '&'   ? "&amp;"
+                               : character == '<' ? "&lt;"
+                               : character == '>' ? "&gt;"
+                                                  : std::string(1, character);
+        escaped += reference;
+    }
+    return escaped;
+}
+
+/// `text` as it can stand in one CDATA section that a device takes for one piece. Its reader ends a
+/// piece at each "]" there, so the brackets become round ones.
+std::string withoutBrackets(std::string text) {
+    if (text.find(']') == std::string::npos)
+        return text;
+    std::replace(text.begin(), text.end(), '[', '(');
+    std::replace(text.begin(), text.end(), ']', ')');
+    return text;
+}
+
+/// Puts `text` into `node` so that it arrives in one piece, for a device keeps only the last: as it
+/// stands where that is possible, else as CDATA; or else, if asked for, with entity references,
+/// which split it.
+void appendText(pugi::xml_node node, const std::string& text, bool entityReferences) {
+    const bool special =
+        text.find_first_of("&<") != std::string::npos || text.find("]]>") != std::string::npos;
+    if (entityReferences)
+        node.append_child(pugi::node_pcdata).set_value(withReferences(text).c_str());
+    else if (special)
+        node.append_child(pugi::node_cdata).set_value(withoutBrackets(text).c_str());
+    else
+        node.append_child(pugi::node_pcdata).set_value(text.c_str());
+}
+
 void append(pugi::xml_node parent, const Element& element, bool entityReferences) {
     pugi::xml_node node = parent.append_child(element.name.c_str());
     for (const Element& child : element.children)
         append(node, child, entityReferences);
     const std::string text = cleanText(element.text);
-    if (text.empty())
-        return;
-    // A device keeps only the last piece of a text that an entity reference splits.
-    const bool escaped = text.find_first_of("&<>") != std::string::npos;
-    const auto type = escaped && !entityReferences ? pugi::node_cdata : pugi::node_pcdata;
-    node.append_child(type).set_value(text.c_str());
+    if (!text.empty())
+        appendText(node, text, entityReferences);
 }
 
 }  // namespace
@@ -68,8 +102,8 @@ Content bodyOf(const DeviceResponse& response, Operation operation, bool entityR
     for (const Element& element : response.elements)
         append(root, element, entityReferences);
     std::ostringstream text;
-    // Compact: blanks between the elements would reach the device as text.
-    document.save(text, "", pugi::format_raw, pugi::encoding_utf8);
+    // Compact: blanks between the elements would reach the device as text. The texts are escaped.
+    document.save(text, "", pugi::format_raw | pugi::format_no_escapes, pugi::encoding_utf8);
     return contentOf(text.str());
 }
 

@@ -29,9 +29,14 @@ std::string readStart(const std::filesystem::path& path, std::size_t limit) {
 std::string readWhole(const std::filesystem::path& path) {
     std::error_code unknown;
     const auto size = std::filesystem::file_size(path, unknown);
-    if (unknown || size > largest_part)
+    if (unknown || size > largest_book)
         throw BookError("is too large or cannot be read");
     return readStart(path, static_cast<std::size_t>(size));
+}
+
+void addAuthor(BookDetails& details, const std::string& name) {
+    if (!name.empty())
+        details.artist += (details.artist.empty() ? "" : ", ") + name;
 }
 
 void setIsbn(BookDetails& details, const std::string& text) {

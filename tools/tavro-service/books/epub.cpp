@@ -49,7 +49,7 @@ void readMetadata(pugi::xml_node metadata, BookDetails& details) {
         if (name == "title" && details.title.empty()) {
             details.title = textOf(node);
         } else if (name == "creator") {
-            details.artist += (details.artist.empty() ? "" : ", ") + textOf(node);
+            addAuthor(details, cleanText(textOf(node)));
         } else if (name == "identifier") {
             const std::string text = textOf(node);
             const std::size_t urn = text.find("urn:isbn:");
@@ -62,7 +62,7 @@ void readMetadata(pugi::xml_node metadata, BookDetails& details) {
 }
 
 fs::path packagePath(const ZipArchive& archive) {
-    const auto container = parseXml(archive.read("META-INF/container.xml"));
+    const auto container = parseXml(archive.read("META-INF/container.xml", largest_description));
     return attributeOf(findElement(container.root(), "rootfile"), "full-path");
 }
 
@@ -73,7 +73,7 @@ std::string coverOf(pugi::xml_node package, const ZipArchive& archive, const fs:
     if (reference.empty())
         return "";
     try {
-        return archive.read((folder / reference).lexically_normal().string());
+        return archive.read((folder / reference).lexically_normal().string(), largest_cover);
     } catch (const BookError&) {
         return "";
     }
@@ -84,7 +84,7 @@ std::string coverOf(pugi::xml_node package, const ZipArchive& archive, const fs:
 BookDetails readEpub(const fs::path& path) {
     const ZipArchive archive(path);
     const fs::path packageFile = packagePath(archive);
-    const auto document = parseXml(archive.read(packageFile));
+    const auto document = parseXml(archive.read(packageFile, largest_description));
     const pugi::xml_node package = findElement(document.root(), "package");
     if (!package)
         throw BookError("no package in \"" + packageFile.string() + "\"");

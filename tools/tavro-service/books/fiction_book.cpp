@@ -1,6 +1,7 @@
 #include "books/book_format.h"
 #include "books/xml_document.h"
 #include "books/zip_archive.h"
+#include "text/text.h"
 
 namespace tavro::service {
 
@@ -31,7 +32,8 @@ std::string authorName(pugi::xml_node author) {
     std::string name;
     for (const char* const part : {"first-name", "middle-name", "last-name"})
         name += " " + textOf(findElement(author, part));
-    return name;
+    name = cleanText(name);
+    return name.empty() ? cleanText(textOf(findElement(author, "nickname"))) : name;
 }
 
 std::string coverImage(const pugi::xml_document& document, pugi::xml_node titleInfo) {
@@ -54,7 +56,7 @@ BookDetails detailsOf(std::string bytes) {
     details.title = textOf(findElement(information, "book-title"));
     for (const pugi::xml_node node : information.children()) {
         if (localName(node.name()) == "author")
-            details.artist += (details.artist.empty() ? "" : ", ") + authorName(node);
+            addAuthor(details, authorName(node));
     }
     setIsbn(details, textOf(findElement(findElement(document.root(), "publish-info"), "isbn")));
     details.cover = coverImage(document, information);
@@ -71,7 +73,7 @@ BookDetails readZippedFictionBook(const std::filesystem::path& path) {
     const ZipArchive archive(path);
     for (const std::string& entry : archive.names()) {
         if (hasExtension(entry, "fb2"))
-            return detailsOf(archive.read(entry));
+            return detailsOf(archive.read(entry, largest_book));
     }
     throw BookError("no .fb2 entry in the archive");
 }

@@ -3,7 +3,9 @@
 #include <iconv.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <memory>
 
 #include "books/book_reader.h"
@@ -63,6 +65,17 @@ public:
     std::string text;
 };
 
+/// Throws `BookError` if `bytes` may have so many elements and attributes, each of which takes up
+/// to twenty times its bytes in memory, that it is made for that rather than to be read.
+void checkSize(const std::string& bytes) {
+    constexpr std::ptrdiff_t most_nodes = 2'000'000;
+    const auto nodes = std::count_if(bytes.begin(), bytes.end(), [](char character) {
+        return character == '<' || character == '=';
+    });
+    if (nodes > most_nodes)
+        throw BookError("has too many elements");
+}
+
 }  // namespace
 
 pugi::xml_document parseXml(std::string bytes) {
@@ -71,6 +84,7 @@ pugi::xml_document parseXml(std::string bytes) {
     if (!knownToParser)
         bytes = toUtf8(std::move(bytes), encoding);
 
+    checkSize(bytes);
     pugi::xml_document document;
     const pugi::xml_parse_result parsed =
         document.load_buffer(bytes.data(), bytes.size(), pugi::parse_default,

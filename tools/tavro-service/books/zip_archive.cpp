@@ -23,7 +23,7 @@ std::vector<std::string> ZipArchive::names() const {
     return names;
 }
 
-std::string ZipArchive::read(const std::string& name) const {
+std::string ZipArchive::read(const std::string& name, std::size_t limit) const {
     struct Close {
         void operator()(zip_file_t* file) const { zip_fclose(file); }
     };
@@ -39,7 +39,7 @@ std::string ZipArchive::read(const std::string& name) const {
         if (got == 0)
             return content;
         content.append(buffer.data(), static_cast<std::size_t>(got));
-        if (content.size() > largest_part)
+        if (content.size() > limit)
             throw BookError("entry \"" + name + "\" is too large");
     }
 }

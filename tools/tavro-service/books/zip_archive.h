@@ -2,6 +2,7 @@
 
 #include <zip.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -19,8 +20,8 @@ public:
     std::vector<std::string> names() const;
 
     /// The content of the entry `name`. Throws `BookError` if there is no such entry, if it
-    /// is damaged or if it is larger than 64 MiB, whatever size the archive claims.
-    std::string read(const std::string& name) const;
+    /// is damaged or if it is larger than `limit` bytes, whatever size the archive claims.
+    std::string read(const std::string& name, std::size_t limit) const;
 
 private:
     struct Discard {

@@ -43,8 +43,22 @@ Fault FaultQueue::take(Operation operation) {
 }
 
 void FaultQueue::clear() {
+    {
+        const std::lock_guard lock(mutex_);
+        faults_.clear();
+        ++timesCleared_;
+    }
+    cleared_.notify_all();
+}
+
+std::size_t FaultQueue::timesCleared() const {
     const std::lock_guard lock(mutex_);
-    faults_.clear();
+    return timesCleared_;
+}
+
+void FaultQueue::wait(std::chrono::milliseconds delay, std::size_t timesCleared) {
+    std::unique_lock lock(mutex_);
+    cleared_.wait_for(lock, delay, [&] { return timesCleared_ > timesCleared; });
 }
 
 std::vector<NamedFault> FaultQueue::pending() const {

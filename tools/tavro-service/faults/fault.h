@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <map>
@@ -51,14 +52,22 @@ public:
     /// none.
     Fault take(Operation operation);
 
-    /// Drops all faults.
+    /// Drops all faults and ends all delays.
     void clear();
+
+    /// How often faults were cleared.
+    std::size_t timesCleared() const;
+
+    /// Waits for `delay`, but not when faults were cleared more often than `timesCleared`.
+    void wait(std::chrono::milliseconds delay, std::size_t timesCleared);
 
     /// The faults still to come.
     std::vector<NamedFault> pending() const;
 
 private:
-    mutable std::mutex mutex_;
+    mutable std::mutex mutex_;  // of everything below
+    std::condition_variable cleared_;
+    std::size_t timesCleared_ = 0;
     std::map<Operation, std::deque<Fault>> faults_;
 };
 

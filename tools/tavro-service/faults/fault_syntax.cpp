@@ -157,6 +157,15 @@ std::vector<std::string> split(const std::string& text) {
     return parts;
 }
 
+/// Ends the reading of JSON inside a value: writing deeply nested ones would overflow the stack.
+bool refuseNested(int depth, Json::parse_event_t event, Json&) {
+    const bool begins =
+        event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
+    if (begins && depth > 0)
+        throw std::invalid_argument("the values of a fault are texts, numbers or flags");
+    return true;
+}
+
 }  // namespace
 
 bool hasEffect(const Fault& fault) {
@@ -197,7 +206,7 @@ std::string faultToJson(const NamedFault& fault) {
 }
 
 NamedFault faultFromJson(const std::string& text) {
-    const auto json = nlohmann::json::parse(text, nullptr, false);
+    const auto json = nlohmann::json::parse(text, refuseNested, false);
     if (!json.is_object() || !json.contains("operation") || !json["operation"].is_string())
         throw std::invalid_argument("a JSON object with an \"operation\" is wanted");
     NamedFault fault{operationNamed(json["operation"]), {}};

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "api/result.h"
+#include "state/catalogue.h"
+#include "text/text.h"
 
 namespace tavro::service {
 
@@ -10,6 +12,16 @@ namespace {
 
 /// Largest body, or form without its file, that is kept in memory, in bytes.
 constexpr std::size_t largest_text = 1u << 20;
+
+/// Most parts of a form, and most bytes of a part's name and type and of its file's name.
+constexpr std::size_t most_parts = 64;
+constexpr std::size_t longest_name = 256;
+constexpr std::size_t longest_file_name = 1024;
+
+bool isModest(const httplib::MultipartFormData& part) {
+    return part.name.size() <= longest_name && part.content_type.size() <= longest_name &&
+           part.filename.size() <= longest_file_name;
+}
 
 class Allowance {
 public:
@@ -29,13 +41,22 @@ private:
     bool exceeded_ = false;
 };
 
-/// Names of parts come with quotes and backslashes escaped.
+/// The file name that libcurl wrote as `name`. Newer versions write a quote and line ends like
+/// bytes of an address, "%22", and leave all else alone; older ones put a backslash before a quote
+/// and before a backslash. A backslash before a quote is nothing that newer versions send.
 std::string unescaped(const std::string& name) {
+    const bool backslashes = name.find("\\\"") != std::string::npos;
     std::string plain;
     for (std::size_t place = 0; place < name.size(); ++place) {
-        if (name[place] == '\\' && place + 1 < name.size())
-            ++place;
-        plain += name[place];
+        const std::string_view escape = std::string_view(name).substr(place, 3);
+        if (backslashes && name[place] == '\\' && place + 1 < name.size()) {
+            plain += name[++place];
+        } else if (!backslashes && (escape == "%22" || escape == "%0D" || escape == "%0A")) {
+            plain += hexDecode(escape.substr(1)).value();
+            place += 2;
+        } else {
+            plain += name[place];
+        }
     }
     return plain;
 }
@@ -89,18 +110,22 @@ Form readForm(const httplib::Request& request, const httplib::ContentReader& rea
     Allowance allowance(limit);
     Allowance textAllowance(largest_text);
     bool inFile = false;
+    bool modest = true;
     const auto begin = [&](const httplib::MultipartFormData& part) {
+        modest = modest && isModest(part) && form.fields.size() < most_parts;
+        if (!modest)
+            return true;
         inFile = part.name == "file" && !form.file;
         form.fields.emplace_back(part.name, inFile ? unescaped(part.filename) : "");
         if (inFile) {
-            form.file = posix::TemporaryFile(folder / "receiving-");
+            form.file = posix::TemporaryFile(folder / unfinished_upload);
             form.fileContentType = part.content_type;
         }
         return true;
     };
     const auto add = [&](const char* bytes, std::size_t size) {
         const bool part = !form.fields.empty();  // else the body is no form at all
-        if (!part || !allowance.take(size) || (!inFile && !textAllowance.take(size)))
+        if (!part || !modest || !allowance.take(size) || (!inFile && !textAllowance.take(size)))
             return true;
         if (inFile)
             form.file.write({bytes, size});
@@ -109,7 +134,7 @@ Form readForm(const httplib::Request& request, const httplib::ContentReader& rea
         return true;
     };
     const bool complete = readEither(request, reader, begin, add);
-    check(complete && request.is_multipart_form_data(),
+    check(complete && modest && request.is_multipart_form_data(),
           allowance.exceeded() || textAllowance.exceeded() || announcesMore(request, limit));
     return form;
 }

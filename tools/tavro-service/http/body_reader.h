@@ -20,7 +20,8 @@ std::string readBody(const httplib::Request& request, const httplib::ContentRead
 void discardBody(const httplib::Request& request, const httplib::ContentReader& reader);
 
 /// Reads a multipart form of at most `limit` bytes; its part "file" goes into a file in `folder`.
-/// Throws `RequestError` alike, also if the body is no form.
+/// Throws `RequestError` alike, also if the body is no form or one with very many or
+/// long names.
 Form readForm(const httplib::Request& request, const httplib::ContentReader& reader,
               std::size_t limit, const std::filesystem::path& folder);
 

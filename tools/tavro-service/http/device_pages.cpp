@@ -53,12 +53,13 @@ struct DevicePages : PageContext {
     void handle(Operation operation, const httplib::Request& request, httplib::Response& response,
                 const httplib::ContentReader& reader) const {
         const auto start = Clock::now();
+        const std::size_t timesCleared = faults.timesCleared();
         const Fault fault = faults.take(operation);
         Request entry = entryOf(operation, request);
         DeviceResponse answered = answer(entry, request, reader, fault);
         apply(fault, answered);
         const Content body = bodyOf(answered, operation, entityReferences);
-        server.pause(fault.delay);
+        faults.wait(fault.delay, timesCleared);
 
         // Before the client can know the answer.
         entry.faulty = hasEffect(fault);
@@ -72,7 +73,7 @@ struct DevicePages : PageContext {
         log.add(std::move(entry));
 
         if (fault.closeConnection)
-            server.shutDownConnections(request.remote_port);
+            server.shutDownConnection();
         else
             send(answered, body, fault.cutAfter, response);
     }

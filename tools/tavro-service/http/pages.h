@@ -5,6 +5,7 @@
 #include "api/device_api.h"
 #include "faults/fault.h"
 #include "http/http_server.h"
+#include "http/own_names.h"
 #include "http/request_log.h"
 
 namespace tavro::service {
@@ -15,6 +16,7 @@ struct PageContext {
     DeviceApi& api;
     FaultQueue& faults;
     RequestLog& log;
+    const OwnNames& names;
     std::size_t maximumBody;  ///< largest request body, in bytes
     bool entityReferences;    ///< escape texts with entity references, not with CDATA
 };

@@ -43,23 +43,12 @@ public:
         : listener_(std::move(listener)), reporter_(std::move(reporter)) {}
 
     /// Tells of `request` and remembers it.
-    void add(Request request) {
-        const std::lock_guard lock(mutex_);
-        if (listener_)
-            listener_(request);
-        requests_.push_back(std::move(request));
-        if (requests_.size() > remembered_requests)
-            requests_.pop_front();
-    }
+    void add(Request request);
 
-    /// Tells of what is wrong.
-    void report(const std::string& text) {
-        const std::lock_guard lock(mutex_);
-        if (reporter_)
-            reporter_(text);
-    }
+    /// Tells of what is wrong, with U+FFFD for whatever a terminal would not show.
+    void report(const std::string& text);
 
-    /// The last requests, the oldest first.
+    /// The last requests (1000, or fewer if they are large), the oldest first.
     std::vector<Request> requests() const {
         const std::lock_guard lock(mutex_);
         return {requests_.begin(), requests_.end()};
@@ -67,11 +56,13 @@ public:
 
 private:
     static constexpr std::size_t remembered_requests = 1000;
+    static constexpr std::size_t remembered_bytes = 16u << 20;
 
     const Listener listener_;
     const Reporter reporter_;
     mutable std::mutex mutex_;
     std::deque<Request> requests_;
+    std::size_t bytes_ = 0;  // of them all, roughly
 };
 
 }  // namespace tavro::service

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <nlohmann/json.hpp>
 
 #include "books/book_reader.h"
@@ -71,8 +73,12 @@ void sendCover(DeviceApi& api, const httplib::Request& request, httplib::Respons
 }
 
 void addPublicPages(httplib::Server& server, DeviceApi& api) {
-    server.Get("/covers/(\\d{1,10})",
-               [&api](const auto& request, auto& response) { sendCover(api, request, response); });
+    // One after the other: whoever asks for many at once must not have many books unpacked at once.
+    const auto reading = std::make_shared<std::mutex>();
+    server.Get("/covers/(\\d{1,10})", [&api, reading](const auto& request, auto& response) {
+        const std::lock_guard lock(*reading);
+        sendCover(api, request, response);
+    });
     server.Get("/(shop|terms)", [](const auto&, auto& response) {
         response.set_content("A local stand-in of the Tavro service has nothing to sell.\n",
                              "text/plain; charset=utf-8");
@@ -81,11 +87,34 @@ void addPublicPages(httplib::Server& server, DeviceApi& api) {
 
 using Handled = httplib::Server::HandlerResponse;
 
-Handled refuse(const httplib::Request& request, httplib::Response& response) {
-    if (request.path.rfind("/control/", 0) == 0 && !mayControl(request))
+/// Why `request` may not come from a page of another site or under another name; empty if it may.
+std::string foreignness(const httplib::Request& request, const PageContext& context) {
+    const int port = context.server.port();
+    const std::string host = request.get_header_value("Host");
+    if (request.get_header_value_count("Host") != 1 || !context.names.isHost(host, port))
+        return "it is for the host \"" + host + "\", none of this service's names; see --host";
+    const std::string origin = request.get_header_value("Origin");
+    if (request.get_header_value_count("Origin") > 1 ||
+        (request.has_header("Origin") && !context.names.isOrigin(origin, port)))
+        return "it comes from a page of \"" + origin + "\"";
+    return "";
+}
+
+/// Largest body of a request that is to have none, in bytes; the HTTP library keeps it in memory.
+constexpr std::uint64_t largest_unread_body = 65536;
+
+Handled refuse(const httplib::Request& request, httplib::Response& response,
+               const PageContext& context) {
+    const std::string reason = foreignness(request, context);
+    if (!reason.empty())
+        context.log.report("refused: " + request.method + " " + request.path + ": " + reason);
+    if (!reason.empty() || (request.path.rfind("/control/", 0) == 0 && !mayControl(request)))
         response.status = 403;
     else if (request.method != "POST" && request.has_header("Transfer-Encoding"))
         response.status = 411;
+    else if (request.method != "POST" &&
+             request.get_header_value<std::uint64_t>("Content-Length") > largest_unread_body)
+        response.status = 413;
     else
         return Handled::Unhandled;
     return Handled::Handled;
@@ -102,9 +131,13 @@ int statusOf(const httplib::Request& request, const std::exception_ptr& problem,
     }
 }
 
-void addRules(httplib::Server& server, RequestLog& log, std::size_t maximumBody) {
-    server.set_payload_max_length(maximumBody);
-    server.set_pre_routing_handler(refuse);
+void addRules(const PageContext& context) {
+    httplib::Server& server = context.server.pages();
+    RequestLog& log = context.log;
+    server.set_payload_max_length(context.maximumBody);
+    server.set_pre_routing_handler([context](const auto& request, auto& response) {
+        return refuse(request, response, context);
+    });
     server.set_exception_handler([&log](const auto& request, auto& response, auto problem) {
         response.status = statusOf(request, problem, log);
     });
@@ -120,7 +153,7 @@ void addRules(httplib::Server& server, RequestLog& log, std::size_t maximumBody)
 void addServicePages(const PageContext& context) {
     addControlPages(context);
     addPublicPages(context.server.pages(), context.api);
-    addRules(context.server.pages(), context.log, context.maximumBody);
+    addRules(context);
 }
 
 }  // namespace tavro::service

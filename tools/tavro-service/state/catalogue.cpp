@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 
@@ -22,22 +23,62 @@ const std::string select_books =
     "SELECT id, path, title, artist, isbn, isbn13, file_type, has_cover, deleted, upload,"
     " upload_name FROM items ";
 
-/// Paths of the books below `folder`, relative to it and sorted; hidden ones are passed over.
-/// Throws `fs::filesystem_error` if the folder cannot be walked.
-std::set<std::string> bookFiles(const fs::path& folder) {
-    std::set<std::string> files;
-    auto entry =
-        fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied);
-    for (; entry != fs::recursive_directory_iterator(); ++entry) {
-        const std::string name = entry->path().filename();
-        std::error_code ignored;
-        if (name.front() == '.')
-            entry.disable_recursion_pending();
-        else if (!bookFileType(name).empty() && entry->is_regular_file(ignored))
-            files.insert(entry->path().lexically_relative(folder));
-    }
-    return files;
+/// Whether `path` is `above` or lies below it; everything lies below "".
+bool liesBelow(const std::string& path, const std::string& above) {
+    return above.empty() || path == above || path.rfind(above + "/", 0) == 0;
 }
+
+/// What a folder holds, as far as it could be read.
+struct FolderContent {
+    std::set<std::string> files;                ///< books, relative to the folder and sorted
+    std::map<std::string, std::string> unread;  ///< what could not be read ("": all) and why not
+
+    /// Whether the file `path` is certainly not there.
+    bool lacks(const std::string& path) const {
+        return files.count(path) == 0 &&
+               std::none_of(unread.begin(), unread.end(),
+                            [&](const auto& entry) { return liesBelow(path, entry.first); });
+    }
+};
+
+/// Lists the books below a folder; hidden ones are passed over.
+class FolderReader {
+public:
+    explicit FolderReader(fs::path folder) : folder_(std::move(folder)) { readFolder(""); }
+
+    FolderContent content;
+
+private:
+    void readFolder(const std::string& path) {
+        std::error_code error;
+        fs::directory_iterator entry(path.empty() ? folder_ : folder_ / path, error);
+        while (!error && entry != fs::directory_iterator()) {
+            readEntry(*entry);
+            entry.increment(error);
+        }
+        if (error)
+            content.unread[path] = error.message();
+    }
+
+    void readEntry(const fs::directory_entry& entry) {
+        const std::string name = entry.path().filename();
+        if (name.front() == '.')
+            return;
+        const std::string path = entry.path().lexically_relative(folder_);
+        std::error_code error;
+        const bool link = entry.is_symlink(error);
+        const fs::file_type type = entry.status(error).type();
+        if (type == fs::file_type::none || type == fs::file_type::unknown) {
+            content.unread[path] = error.message();
+        } else if (type == fs::file_type::directory && !link) {
+            readFolder(path);
+        } else if (type == fs::file_type::regular && !bookFileType(name).empty()) {
+            content.files.insert(path);
+        }
+    }
+
+    const fs::path folder_;
+};
 
 /// FNV-1a, whose value for a path is the same in every run and on every machine.
 std::uint32_t hashOf(std::string_view text) {
@@ -55,12 +96,28 @@ std::string printable(std::string name) {
     return name;
 }
 
+/// Keeps the state from being used for another folder of books than the one it was made for.
+void claimFolder(SQLite::Database& database, const fs::path& folder) {
+    if (folder.empty())
+        return;
+    const std::string canonical = fs::canonical(folder);
+    query(database, "INSERT OR IGNORE INTO settings VALUES ('books', ?)", canonical).exec();
+    auto row = query(database, "SELECT value FROM settings WHERE name = 'books'");
+    row.executeStep();
+    const std::string served = row.getColumn(0);
+    if (served != canonical)
+        throw std::runtime_error("the state belongs to the books in " + served + ", not to " +
+                                 canonical + ": every device would delete its books. Serve " +
+                                 served + " again, or name another file with --state");
+}
+
 }  // namespace
 
 UploadFolder::UploadFolder(const fs::path& database) : temporary_(database.empty()) {
     if (!temporary_) {
         path_ = database.string() + ".uploads";
         fs::create_directory(path_);
+        fs::permissions(path_, fs::perms::owner_all);
         return;
     }
     std::string name = fs::temp_directory_path() / "tavro-service-XXXXXX";
@@ -81,32 +138,37 @@ Catalogue::Catalogue(SQLite::Database& database, fs::path folder, fs::path uploa
       folder_(std::move(folder)),
       uploads_(std::move(uploads)),
       report_(std::move(report)) {
-    removeUnreferencedUploads();
+    claimFolder(database_, folder_);
+    removeUnfinishedUploads();
     refresh();
 }
 
 void Catalogue::refresh() {
     if (folder_.empty())
         return;
-    try {
-        compareWith(bookFiles(folder_));
-    } catch (const fs::filesystem_error& error) {
-        // A folder that cannot be walked is no reason to take books off the devices.
-        report_(std::string("the folder of the books cannot be read: ") + error.what());
+    const FolderContent content = FolderReader(folder_).content;
+    for (const auto& [path, reason] : content.unread) {
+        if (unread_.count(path) == 0)
+            report_((path.empty() ? folder_ : folder_ / path).string() +
+                    ": cannot be read, its books stay as they were: " + reason);
     }
-}
-
-void Catalogue::compareWith(const std::set<std::string>& files) {
+    unread_ = content.unread;
     const auto known = knownItems();
     SQLite::Transaction transaction(database_);
-    for (const std::string& path : files)
+    for (const std::string& path : content.files)
         update(path, known);
     for (const auto& [path, item] : known) {
-        const int deleted = files.count(path) == 0;
-        if (deleted != item.deleted)
-            query(database_, "UPDATE items SET deleted = ? WHERE id = ?", deleted, item.id).exec();
+        // What was not read is no reason to take books off the devices.
+        const bool deleted = content.lacks(path);
+        if (deleted || content.files.count(path) > 0)
+            markDeleted(item, deleted);
     }
     transaction.commit();
+}
+
+void Catalogue::markDeleted(const Known& item, bool deleted) {
+    if (deleted != item.deleted)
+        query(database_, "UPDATE items SET deleted = ? WHERE id = ?", int(deleted), item.id).exec();
 }
 
 std::map<std::string, Catalogue::Known> Catalogue::knownItems() {
@@ -197,26 +259,33 @@ Book Catalogue::bookOf(const SQLite::Statement& row) const {
 }
 
 void Catalogue::replaceContent(int id, posix::TemporaryFile& upload, const std::string& fileName) {
-    auto row = query(database_, "SELECT upload FROM items WHERE id = ?", id);
-    const std::string replaced = row.executeStep() ? row.getColumn(0).getString() : "";
+    const std::string replaced = uploadOf(id);
     const std::string name = randomToken();
     upload.renameTo(uploads_ / name);
-    query(database_, "UPDATE items SET upload = ?, upload_name = ? WHERE id = ?", name, fileName,
-          id)
-        .exec();
     std::error_code ignored;
+    try {
+        query(database_, "UPDATE items SET upload = ?, upload_name = ? WHERE id = ?", name,
+              fileName, id)
+            .exec();
+    } catch (const std::exception&) {
+        fs::remove(uploads_ / name, ignored);
+        throw;
+    }
+    // Only now, with the new file and the entry for it on the disk.
     if (!replaced.empty())
         fs::remove(uploads_ / replaced, ignored);
 }
 
-void Catalogue::removeUnreferencedUploads() {
-    std::set<std::string> used;
-    auto row = query(database_, "SELECT upload FROM items WHERE upload <> ''");
-    while (row.executeStep())
-        used.insert(row.getColumn(0));
+std::string Catalogue::uploadOf(int id) {
+    auto row = query(database_, "SELECT upload FROM items WHERE id = ?", id);
+    return row.executeStep() ? row.getColumn(0).getString() : "";
+}
+
+// No others, for the state that refers to them may only have been mislaid.
+void Catalogue::removeUnfinishedUploads() {
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(uploads_)) {
-        if (used.count(entry.path().filename()) == 0)
+        if (entry.path().filename().string().rfind(unfinished_upload, 0) == 0)
             fs::remove(entry.path(), ignored);
     }
 }

@@ -17,6 +17,9 @@
 
 namespace tavro::service {
 
+/// Begins the names of uploads that are still being received.
+inline constexpr const char* unfinished_upload = "receiving-";
+
 /// The folder for the uploads of one service.
 class UploadFolder {
 public:
@@ -40,13 +43,15 @@ private:
 class Catalogue {
 public:
     /// Serves the files below `folder` (none if it is empty), remembers them in `database`, and
-    /// keeps uploads in the folder `uploads`, where it removes what no item refers to. `report` is
-    /// told of books that cannot be read.
+    /// keeps uploads in the folder `uploads`, where it removes those that were never received to
+    /// the end. `report` is told of books and folders that cannot be read. Throws
+    /// `std::runtime_error` if `database` remembers the files of another folder.
     Catalogue(SQLite::Database& database, std::filesystem::path folder,
               std::filesystem::path uploads, std::function<void(const std::string&)> report);
 
     /// Compares the items with the folder and reads the files that are new or changed. A file that
-    /// cannot be read is reported once and skipped; an item that it had before stays as it was.
+    /// cannot be read is reported once and skipped; an item that it had before stays as it was, as
+    /// do all items of a folder that cannot be read.
     void refresh();
 
     /// All items in the order of their paths, deleted ones among them.
@@ -67,19 +72,21 @@ private:
         bool deleted;
     };
 
-    void compareWith(const std::set<std::string>& files);
+    void markDeleted(const Known& item, bool deleted);
     std::map<std::string, Known> knownItems();
     void update(const std::string& path, const std::map<std::string, Known>& known);
     void store(const std::string& path, int id, Stamp stamp, const BookDetails& details);
     int newId(const std::string& path);
     Book bookOf(const SQLite::Statement& row) const;
-    void removeUnreferencedUploads();
+    std::string uploadOf(int id);
+    void removeUnfinishedUploads();
 
     SQLite::Database& database_;
     std::filesystem::path folder_;
     std::filesystem::path uploads_;
     std::function<void(const std::string&)> report_;
     std::map<std::string, Stamp> unreadable_;
+    std::map<std::string, std::string> unread_;  // parts of the folder at the last refresh
 };
 
 }  // namespace tavro::service

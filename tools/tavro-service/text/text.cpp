@@ -8,6 +8,8 @@ namespace tavro::service {
 
 namespace {
 
+constexpr std::string_view replacement = "\xEF\xBF\xBD";  // U+FFFD
+
 struct Character {
     std::uint32_t code;
     std::size_t length;
@@ -45,6 +47,11 @@ bool isAllowed(std::uint32_t code) {
     return code >= 0x20 && (code < 0x7F || code > 0x9F) && code != 0xFFFE && code != 0xFFFF;
 }
 
+/// Whether a terminal shows what follows in another place than where it stands.
+bool turnsDirection(std::uint32_t code) {
+    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
 }  // namespace
 
 std::string cleanText(std::string_view text) {
@@ -52,7 +59,7 @@ std::string cleanText(std::string_view text) {
     while (!text.empty()) {
         const Character character = firstCharacter(text);
         if (!character.valid) {
-            clean += "\xEF\xBF\xBD";
+            clean += replacement;
         } else if (isBlank(character.code)) {
             if (!clean.empty() && clean.back() != ' ')
                 clean += ' ';
@@ -64,6 +71,19 @@ std::string cleanText(std::string_view text) {
     if (!clean.empty() && clean.back() == ' ')
         clean.pop_back();
     return clean;
+}
+
+std::string visibleText(std::string_view text) {
+    std::string visible;
+    while (!text.empty()) {
+        const Character character = firstCharacter(text);
+        if (character.valid && isAllowed(character.code) && !turnsDirection(character.code))
+            visible += text.substr(0, character.length);
+        else
+            visible += replacement;
+        text.remove_prefix(character.length);
+    }
+    return visible;
 }
 
 std::string hexEncode(std::string_view bytes) {

@@ -10,6 +10,9 @@ namespace tavro::service {
 /// trimmed, characters that XML does not allow are dropped, broken UTF-8 becomes U+FFFD.
 std::string cleanText(std::string_view text);
 
+/// `text` as a terminal may show it: control characters and what is no UTF-8 become U+FFFD.
+std::string visibleText(std::string_view text);
+
 /// `bytes` as lower-case hexadecimal digits.
 std::string hexEncode(std::string_view bytes);
 
