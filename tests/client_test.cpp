@@ -98,7 +98,8 @@ protected:
         std::string xml = "<R><AddedItems>";
         for (const std::string& id : ids)
             xml += "<ItemsResponse><ItemID>" + id + "</ItemID><Title>T" + id + "</Title><Artist>A" +
-                   id + "</Artist><CategoryId>C" + id + "</CategoryId></ItemsResponse>";
+                   id + "</Artist><CategoryId>C" + id + "</CategoryId><ISBN>I" + id +
+                   "</ISBN><ISBN13>13</ISBN13></ItemsResponse>";
         writeFile(device.file(account_files::catalogue), xml + "</AddedItems></R>");
     }
 
@@ -241,7 +242,7 @@ TEST_F(Client, InfoComesFromPlaceholderOrBookMap) {
         EXPECT_EQ(tavro_get_book_info(nullptr, &info), -1);
         EXPECT_EQ(std::memcmp(&info, &before, sizeof info), 0);
         ASSERT_EQ(tavro_get_book_info((device.syncFolder() + "/abc.file").c_str(), &info), 0);
-        EXPECT_EQ(info.author + ""s + info.category_id + info.isbn, "A678C678");
+        EXPECT_EQ(info.author + ""s + info.category_id + info.isbn, "A678C678I678");
         for (char* const text : {info.title, info.author, info.category_id, info.isbn})
             std::free(text);
         info.title = before.title;

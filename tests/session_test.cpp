@@ -5,6 +5,7 @@
 
 #include "platform/account_files.h"
 #include "session/download_name.h"
+#include "support/next_function.h"
 #include "support/service_fixture.h"
 #include "syncjournal.h"
 #include "tavro.h"
@@ -19,8 +20,15 @@ namespace fs = std::filesystem;
 namespace {
 
 std::vector<useconds_t> pauses;
+int startFlags = 0;
 
 }  // namespace
+
+/// Stands before the platform's, which takes the flags without a word.
+extern "C" void InitLectern(int flags) {
+    startFlags = flags;
+    next<void(int)>("InitLectern")(flags);
+}
 
 /// Stands before the system's, so that the pauses between uploads are counted and cost nothing.
 extern "C" int usleep(useconds_t microseconds) {
@@ -83,6 +91,7 @@ BookDescription book(const std::string& itemId) {
 }  // namespace
 
 TEST_F(Session, RefusesEverythingBeforeInit) {
+    EXPECT_EQ(startFlags, 65573);
     EXPECT_FALSE(session.init(""));
     EXPECT_FALSE(session.createUser("pw") || session.login("pw") || session.forgetPassword("e") ||
                  session.syncServer() || session.updateACSM("a", "b", true) ||
@@ -124,20 +133,32 @@ TEST_F(Session, RegistersOnceAndKeepsTheToken) {
     configure(accountConfiguration(sync) + "sessionID=ses\n");
     EXPECT_TRUE(session.init(configuration));
     EXPECT_EQ(stored(account_files::token), "tok\n");
+    EXPECT_THAT(lastRequest().body,
+                AllOf(HasSubstr("<DeviceId>SN-0001<"), HasSubstr("<DeviceType>reader<"),
+                      HasSubstr("<ServiceConsumerID>consumer<"),
+                      HasSubstr("<ServiceConsumerPassword>secret<")));
     EXPECT_EQ(session.sessionID(), "ses");
     EXPECT_EQ(service.count(Operation::RegisterDevice), 2U);
     Tavro other;
     EXPECT_TRUE(other.init(configuration));
     EXPECT_EQ(other.deviceToken(), "tok\n");
     EXPECT_EQ(service.count(Operation::RegisterDevice), 2U);
+    fs::remove(file(account_files::token));
+    EXPECT_TRUE(other.init(configuration));
+    EXPECT_EQ(stored(account_files::token), "tok\n");
 }
 
 TEST_F(Session, ShopNameFallsBackOnTheDefault) {
     ASSERT_TRUE(session.init(configuration));
     EXPECT_EQ(session.getShopName(), "Zabrin");
     service.answer(Operation::GetShopURL,
-                   answerXml("1003", "<ShopName>Books</ShopName><ShopURL>u</ShopURL>"));
+                   answerXml("1003",
+                             "<ShopName>Books</ShopName><ShopURL>u</ShopURL>"
+                             "<TermsOfServiceUrl>terms</TermsOfServiceUrl>"));
     EXPECT_TRUE(session.getShopInfo("c", "p", "t"));
+    EXPECT_THAT(lastRequest().body,
+                AllOf(HasSubstr("ID>c<"), HasSubstr("Password>p<"), HasSubstr("<DeviceType>t<")));
+    EXPECT_EQ(session.getShopLicenseUrl(), "terms");
     EXPECT_EQ(session.getShopName(), "Books");
     EXPECT_EQ(session.getShopUrl(), "u");
     service.answer(Operation::GetShopURL, "<R/>");
@@ -166,6 +187,8 @@ TEST_F(Session, PasswordIsStoredAsGivenWhateverTheServiceSays) {
     EXPECT_TRUE(session.login("first"));
     EXPECT_FALSE(session.sessionID().empty() || session.vendorToken().empty() ||
                  session.vendorID().empty());
+    EXPECT_EQ(session.sessionID(), session.server->sessionId);
+    EXPECT_EQ(session.vendorToken(), session.server->vendorToken);
     EXPECT_EQ(session.vendorID(), session.server->vendorId);
 }
 
@@ -175,6 +198,7 @@ TEST_F(Session, RefusalsOfAccountRequestsAreSaidWithoutANewline) {
                 EndsWith("Can't login"));
     EXPECT_THAT(standardErrorOf([this] { EXPECT_FALSE(session.forgetPassword("nobody")); }),
                 EndsWith("Can't forget password"));
+    EXPECT_THAT(lastRequest().body, HasSubstr("<EmailID>nobody<"));
     service.answer(Operation::ForgetPassword, answerXml("1014"));
     EXPECT_TRUE(session.forgetPassword("ada@reader.example"));
 }
@@ -206,6 +230,9 @@ TEST_F(Session, SavedCatalogueIsTheAnswerAndIsParsedOncePerChange) {
     }
     fs::remove(file(account_files::catalogue));
     EXPECT_TRUE(reader.getAddedBooks().empty());
+    fs::create_directory(file(account_files::catalogue));
+    service.answer(Operation::SysnWithCloud, first);
+    EXPECT_TRUE(session.syncServer());  // whether or not it could be saved
 }
 
 TEST_F(Session, DownloadedBookGetsTheFirstFreeName) {
@@ -295,7 +322,11 @@ TEST_F(Session, ReplayKeepsWhatWasNeverUploadedInTheOrderTaken) {
     addToMap(configuration, {{"a", 1}, {"b", 2}});
     journal("a", "a2", false);
     journal("b", "b2", false);
-    EXPECT_FALSE(withoutSession.syncDownloadFolder());
+    EXPECT_FALSE(withoutSession.syncDownloadFolder() || withoutSession.syncServer() ||
+                 withoutSession.updateACSM("a", "a2", false));
+    EXPECT_EQ(withoutSession.downloadBook(book("1")), "");
+    EXPECT_EQ(service.count(Operation::DownloadContent) + service.count(Operation::SysnWithCloud),
+              0U);
     EXPECT_EQ(journalled(), (Names{"a>a2:0", "b>b2:0"}));
     service.inject("UploadContent:code=9");
     EXPECT_THAT(standardErrorOf([this] { EXPECT_TRUE(session.syncDownloadFolder()); }),

@@ -10,21 +10,31 @@ TEST(ConnectionSettings, ComeFromTheFileWithThePartnersDefaults) {
     const DeviceRoot device;
     const std::string twelfth = "5A1C7E20-9B3D-4F62-8E07-2C4D6B19A0F3";
     const std::string sixteenth = "C07D3A95-61E2-4B7A-9F14-8A2E5D0C6B41";
+    const auto urls = [] {
+        return TavroServer::baseApiUrl + " " + TavroServer::uploadUrl + " " +
+               TavroServer::downloadUrl;
+    };
+    const std::string builtIn = urls();
     const struct {
         const char* partner;
         const char* settings;
-        int api, upload;
-        std::string shop, name;
-    } cases[] = {{"7", "apiPort=1\nshopID=x\n", 80, 1510, sixteenth, "Zabrin"},
-                 {"12", "", 80, 1500, twelfth, "Zabrin"},
-                 {"16", "apiPort=1\nuploadPort=2\nshopID=x\ndefaultshopName=s\n", 1, 2, "x", "s"},
-                 {"16", "# nothing\n", 80, 1510, sixteenth, "Zabrin"}};
+        int api, upload, download;
+        std::string urls, shop, name;
+    } cases[] = {{"7", "apiPort=1\nshopID=x\n", 80, 1510, 1510, builtIn, sixteenth, "Zabrin"},
+                 {"12", "", 80, 1500, 1500, builtIn, twelfth, "Zabrin"},
+                 {"16",
+                  "apiPort=1\nuploadPort=2\ndownloadPort=3\nshopID=x\ndefaultshopName=s\n"
+                  "baseApiUrl=a\nuploadUrl=u\ndownloadUrl=d\n",
+                  1, 2, 3, "a u d", "x", "s"},
+                 {"16", "# nothing\n", 80, 1510, 1510, builtIn, sixteenth, "Zabrin"}};
     for (const auto& expected : cases) {
         writeFile(device_paths::server_settings, expected.settings);
         ::setenv("TAVRO_PARTNER", expected.partner, 1);
         const TavroServer server("SN");
         EXPECT_EQ(TavroServer::apiPort, expected.api) << expected.partner;
         EXPECT_EQ(TavroServer::uploadPort, expected.upload) << expected.partner;
+        EXPECT_EQ(TavroServer::downloadPort, expected.download) << expected.partner;
+        EXPECT_EQ(urls(), expected.urls) << expected.partner;
         EXPECT_EQ(TavroServer::shopID, expected.shop) << expected.partner;
         EXPECT_EQ(TavroServer::defaultshopName, expected.name);
     }

@@ -1,8 +1,11 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <functional>
 
 #include "bookmap.h"
 #include "posix/file_descriptor.h"
@@ -79,6 +82,11 @@ TEST_F(Store, ReloadLeavesNothingOfTheFormerContent) {
         EXPECT_EQ(map.GetBookMap(), content.byPath);
         EXPECT_EQ(map.GetIdMap(), content.byId);
     }
+    std::string many;  // so many that a sort could mix those of one name
+    for (char number = 0; number < 40; ++number)
+        many += (number % 2 == 0 ? "b\0"s : "a\0"s) + number + "\0\0\0"s;
+    writeFile(path, many);
+    EXPECT_EQ(map.GetBookMap(), (Ids{{"a", 39}, {"b", 38}}));
 }
 
 TEST_F(Store, UnloadableMapKeepsWhatIsInMemory) {
@@ -88,7 +96,9 @@ TEST_F(Store, UnloadableMapKeepsWhatIsInMemory) {
     EXPECT_EQ(map.loadMapInt(), -1);
     EXPECT_EQ(map.saveMapInt(), -1);
     map.Add("b", 2);
-    EXPECT_EQ(readFile(path).size(), 12U);
+    ASSERT_EQ(map.LockFile(), 0);
+    EXPECT_EQ(map.saveMapInt() + map.saveMapInt(), 0);  // each from the start of the file
+    EXPECT_EQ(readFile(path), "a\0\1\0\0\0b\0\2\0\0\0"s);
 }
 
 TEST_F(Store, MapThatCannotBeOpenedIsLoggedAndChangesInMemoryOnly) {
@@ -110,8 +120,14 @@ TEST_F(Store, MapIsLockedDuringAnOperationOnly) {
     ASSERT_EQ(map.LockFile(), 0);
     EXPECT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), -1);
     ASSERT_EQ(map.LockFile(), 0);  // closes the first descriptor instead of waiting for itself
-    map.UnlockFile();
-    EXPECT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
+    const std::function<void()> ends[] = {[this] { map.UnlockFile(); }, [this] { map.Add("a", 1); },
+                                          [this] { map.Remove("b"); }, [this] { map.GetBookMap(); },
+                                          [this] { map.GetIdMap(); }};
+    for (const auto& end : ends) {
+        end();
+        EXPECT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
+        ::flock(other.get(), LOCK_UN);
+    }
 }
 
 // A full disk or a dead battery may cut a file anywhere; corruption may follow.
@@ -177,18 +193,41 @@ TEST_F(Store, JournalGivesTheNewestRecordFirst) {
     }
 }
 
-// Records of two writers must not lie in each other.
-TEST_F(Store, JournalWaitsForTheLockOfAnotherWriter) {
-    const posix::FileDescriptor other(::open(path.c_str(), O_RDWR | O_CREAT, 0600));
-    ASSERT_EQ(::lockf(other.get(), F_LOCK, 0), 0);
-    const pid_t writer = ::fork();
-    if (writer == 0)
-        ::_exit(journal.push({"a", "b", true}));
-    ::usleep(200000);
-    EXPECT_EQ(std::filesystem::file_size(path), 0U);
-    EXPECT_EQ(::lockf(other.get(), F_ULOCK, 0), 0);
-    EXPECT_EQ(statusOf(writer), 0);
-    EXPECT_EQ(std::filesystem::file_size(path), 8U);
+// Records of two writers must not lie in each other, not even when a signal comes meanwhile.
+TEST_F(Store, WriterWaitsForTheLockOfAnother) {
+    struct sigaction handled = {};
+    handled.sa_handler = [](int) {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &handled, nullptr), 0);
+    const struct {
+        std::function<int(int)> lock, unlock;
+        std::function<void()> write;
+        std::uintmax_t written;
+    } stores[] = {
+        {[](int file) { return ::lockf(file, F_LOCK, 0); },
+         [](int file) { return ::lockf(file, F_ULOCK, 0); },
+         [this] {
+             journal.push({"a", "b", true});
+         },
+         8},
+        {[](int file) { return ::flock(file, LOCK_EX); },
+         [](int file) { return ::flock(file, LOCK_UN); }, [this] { map.Add("a", 1); }, 6}};
+    for (const auto& store : stores) {
+        const posix::FileDescriptor other(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600));
+        ASSERT_EQ(store.lock(other.get()), 0);
+        const pid_t writer = ::fork();
+        if (writer == 0) {
+            store.write();
+            ::_exit(0);
+        }
+        ::usleep(200000);
+        ::kill(writer, SIGUSR1);
+        ::usleep(100000);
+        EXPECT_EQ(std::filesystem::file_size(path), 0U);
+        EXPECT_EQ(store.unlock(other.get()), 0);
+        EXPECT_EQ(statusOf(writer), 0);
+        EXPECT_EQ(std::filesystem::file_size(path), store.written);
+    }
+    ::signal(SIGUSR1, SIG_DFL);
 }
 
 TEST_F(Store, UnopenableJournalSaysSo) {

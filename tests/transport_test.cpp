@@ -222,8 +222,9 @@ TEST_F(Transport, CutDownloadHasNoName) {
     EXPECT_FALSE(std::filesystem::exists(folder / "in/book.txt"));
 
     std::filesystem::create_symlink("/dev/full", folder / "in/full.txt.downloading");
-    for (const std::string fault : {"filename=full.txt,body=content", "filename=,body=content",
-                                    "filename=missing/book.txt,body="}) {
+    for (const std::string& fault :
+         {"filename=full.txt,body=content"s, "filename=,body=content"s,
+          "filename=missing/book.txt,body="s, "filename=full.txt,body=" + std::string(8192, 'x')}) {
         service.inject("DownloadContent:" + fault);
         EXPECT_EQ(download(), "") << fault;
     }

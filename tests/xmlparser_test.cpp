@@ -26,9 +26,10 @@ TEST(XMLParser, SortsBooksIntoAddedAndDeletedAndTextsIntoAnswers) {
     XMLParser parser;
     ASSERT_TRUE(parse(parser, "<R>\n<Error>1003</Error>\n<AddedItems>" +
                                   item("1", "<Status>\n</Status>") + "</AddedItems><DeletedItems>" +
-                                  item("2") + item("3") +
-                                  "</DeletedItems><Token>a</Token><Token>&amp;b</Token></R>"));
-    ASSERT_EQ(parser.addedItems.size(), 1U);
+                                  item("2") + item("3") + "</DeletedItems><AddedItems>" +
+                                  item("4") +
+                                  "</AddedItems><Token>a</Token><Token>&amp;b</Token></R>"));
+    ASSERT_EQ(parser.addedItems.size(), 2U);
     ASSERT_EQ(parser.deletedItems.size(), 2U);
     EXPECT_EQ(field(parser.addedItems, 0, BookDescription::ItemID), "1");
     EXPECT_EQ(field(parser.addedItems, 0, BookDescription::Status), "\n");
@@ -40,6 +41,9 @@ TEST(XMLParser, SortsBooksIntoAddedAndDeletedAndTextsIntoAnswers) {
     // The encoding that the caller gives wins over the one that the document declares.
     const std::string unknown = "<?xml version='1.0' encoding='x-unknown'?><R>text</R>";
     EXPECT_TRUE(parse(parser, unknown));
+    // Nothing of the former document is left.
+    EXPECT_EQ(parser.answers, (std::map<std::string, std::string>{{"R", "text"}}));
+    EXPECT_TRUE(parser.addedItems.empty() && parser.deletedItems.empty());
     EXPECT_FALSE(parse(parser, unknown, nullptr));
 }
 
