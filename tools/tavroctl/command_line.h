@@ -10,6 +10,7 @@
 #include "console/output.h"
 
 // Its header takes seconds to compile: for those that use it only.
+// NOLINTNEXTLINE(readability-identifier-naming): the library's own name
 namespace CLI {
 class App;
 }

@@ -7,6 +7,7 @@
 namespace tavro::service {
 
 // The spellings differ from operation to operation, as devices have always sent them.
+// NOLINTNEXTLINE(readability-function-size): a table, not steps
 const std::vector<OperationDescription>& allOperations() {
     constexpr const char* form = nullptr;
     const auto optional = [](const char* name) { return RequestField(name, false); };
