@@ -252,6 +252,9 @@ TEST_F(Platform, ApplicationRunsOnItsOwnWithItsParameters) {
         EXPECT_EQ(readFile(folder + "/done"), expected);
         fs::remove(folder + "/done");
     }
+}
+
+TEST_F(Platform, ApplicationThatCannotStartIsReported) {  // emulation cannot tell
     EXPECT_EQ(OpenBook("/none", "", 0), -1);
     EXPECT_EQ(errno, ENOENT);
 }
