@@ -12,7 +12,6 @@
 #include <filesystem>
 
 #include "account/account_lock.h"
-#include "account/account_requests.h"
 #include "account/book_map.h"
 #include "account/books.h"
 #include "account/catalogue.h"
@@ -20,8 +19,7 @@
 #include "account/failure.h"
 #include "account/session.h"
 #include "session/account_keys.h"
-#include "support/device_root.h"
-#include "support/test_service.h"
+#include "support/logged_in_device.h"
 #include "tavro-sync/sync_round.h"
 
 using tavro::service::Operation;
@@ -86,16 +84,10 @@ extern "C" int usleep(useconds_t) {
 namespace {
 
 /// A device whose account is logged in and has the catalogue.
-class FailingCall : public testing::Test {
+class FailingCall : public LoggedInDevice {
 protected:
     FailingCall() {
         writeFile(folder / "books/third.txt", "The third book.\n");
-        device.writeServerSettings(service.port());
-        device.writeAccount();
-        account = Account(device.configuration());
-        registerDevice(account, false);
-        openAccount(account, "password");
-        logIn(account, "password");
         synchronise(*openSession(account, Need::Session), account);
     }
     void TearDown() override { failing = {}; }
@@ -112,12 +104,6 @@ protected:
             names.push_back(change.newName);
         return names;
     }
-
-    const DeviceRoot device;
-    const TemporaryFolder folder;
-    TestService service{folder};
-    Account account{device.configuration()};
-    const std::string journal = account.file(".tavro_journal");
 };
 
 }  // namespace
@@ -188,8 +174,7 @@ TEST_F(FailingCall, FailedWriteMakesNoWrongBookMap) {
 }
 
 TEST_F(FailingCall, CutJournalRecordCostsNoOther) {
-    const Change first{"first.txt", "first-2.txt", false};
-    SyncJournal(journal).push(first);
+    journalChange("first.txt", "first-2.txt");
     fs::copy_file(journal, journal + "_replaying");
     fs::resize_file(journal, fs::file_size(journal) - 3);  // a replay was killed
     EXPECT_NO_THROW(AccountLock{account});
@@ -212,7 +197,7 @@ TEST_F(FailingCall, ReplayedChangesAreSentAndNoLongerPending) {
     for (int number = 1; number <= 20; ++number) {
         const std::string text = "corrected " + std::to_string(number);
         writeFile(account.bookFile("first.txt"), text);
-        SyncJournal(journal).push({"first.txt", "first.txt", false});
+        journalChange("first.txt", "first.txt");
         bool done = false;
         try {
             const AccountLock lock(account);
@@ -235,7 +220,7 @@ TEST_F(FailingCall, ReplayedChangesAreSentAndNoLongerPending) {
 TEST_F(FailingCall, BookWhoseNewFileWaitsIsNotMissing) {
     downloadAll();
     fs::rename(account.bookFile("first.txt"), account.bookFile("first-2.txt"));
-    SyncJournal(journal).push({"first.txt", "first-2.txt", false});
+    journalChange("first.txt", "first-2.txt");
     const int item = mappedFiles(account).at("first.txt");
     EXPECT_THAT(presentFiles(account)[item], ElementsAre("first-2.txt"));
 }

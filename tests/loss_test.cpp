@@ -9,20 +9,17 @@
 #include <memory>
 
 #include "account/account_lock.h"
-#include "account/account_requests.h"
 #include "account/book_map.h"
 #include "account/books.h"
 #include "account/catalogue.h"
 #include "account/changes.h"
 #include "account/failure.h"
-#include "account/journal.h"
 #include "account/session.h"
 #include "platform/account_files.h"
 #include "posix/atomic_file.h"
 #include "posix/temporary_file.h"
-#include "support/device_root.h"
+#include "support/logged_in_device.h"
 #include "support/processes.h"
-#include "support/test_service.h"
 
 using namespace tavro::tools;
 using tavro::service::Operation;
@@ -34,15 +31,9 @@ namespace fs = std::filesystem;
 namespace {
 
 /// A logged-in account with both of its books downloaded.
-class Loss : public testing::Test {
+class Loss : public LoggedInDevice {
 protected:
     Loss() {
-        device.writeServerSettings(service.port());
-        device.writeAccount();
-        account = Account(device.configuration());
-        registerDevice(account, false);
-        openAccount(account, "password");
-        logIn(account, "password");
         const AccountLock lock(account);
         session = openSession(account, Need::Session);
         synchronise(*session, account);
@@ -76,10 +67,6 @@ protected:
         });
     }
 
-    const DeviceRoot device;
-    const TemporaryFolder folder;
-    TestService service{folder};
-    Account account{device.configuration()};
     std::unique_ptr<Tavro> session;
 };
 
@@ -96,9 +83,9 @@ TEST_F(Loss, CutBookMapKeepsWhatFilesAndPendingChangesName) {
     const auto map = mappedFiles(account);
     for (const char* number : {"1", "2"})
         writeFile(book(std::string("new") + number), std::string("edition ") + number);
-    SyncJournal(account.file(account_files::journal)).push({"first.txt", "new1", false});
-    SyncJournal(account.file(account_files::journal)).push({"second.txt", "new2", false});
-    fs::rename(account.file(account_files::journal), account.file(".tavro_journal_replaying"));
+    journalChange("first.txt", "new1");
+    journalChange("second.txt", "new2");
+    fs::rename(journal, account.file(".tavro_journal_replaying"));
     fs::remove(book("first.txt"));
     fs::remove(book("second.txt"));
     fs::resize_file(mapFile(), 0);
@@ -127,7 +114,7 @@ TEST_F(Loss, CutBookMapKeepsBothFilesOfOneItem) {
 // An upload has moved a book to another name: its former file must not come back as a second one.
 TEST_F(Loss, MovedBookKeepsItsNewNameOnly) {
     writeFile(book("new"), "edition 2");
-    SyncJournal(account.file(account_files::journal)).push({"first.txt", "new", false});
+    journalChange("first.txt", "new");
     Tavro other;
     ASSERT_TRUE(other.init(account.folder()));
     other.syncDownloadFolder();
@@ -137,8 +124,7 @@ TEST_F(Loss, MovedBookKeepsItsNewNameOnly) {
 
 // Root's files after sudo, a failing card: what cannot be read is not empty.
 TEST_F(Loss, UnreadableStoresFailAndSayWhy) {
-    const std::string journal = account.file(account_files::journal);
-    SyncJournal(journal).push({"first.txt", "first.txt", false});
+    journalChange("first.txt", "first.txt");
     const struct {
         std::string file;
         std::function<void()> action;
@@ -213,8 +199,8 @@ TEST_F(Loss, TwoWritersOfTheSettingsLoseNoValue) {
 TEST_F(Loss, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
     const AccountLock lock(account);
     writeFile(book("new"), "edition 2");
-    SyncJournal(account.file(account_files::journal)).push({"first.txt", "gone", false});
-    SyncJournal(account.file(account_files::journal)).push({"second.txt", "new", false});
+    journalChange("first.txt", "gone");
+    journalChange("second.txt", "new");
     const auto result = replayChanges(*session, account);
     EXPECT_EQ(result.uploaded.size(), 1U);
     ASSERT_EQ(result.waiting.size(), 1U);
@@ -228,11 +214,10 @@ TEST_F(Loss, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
 // Each change is replayed alone: what other programs journal meanwhile must not go with it.
 TEST_F(Loss, ChangeJournalledDuringAReplaySurvivesIt) {
     const AccountLock lock(account);
-    const std::string journal = account.file(account_files::journal);
-    SyncJournal(journal).push({"first.txt", "first.txt", false});
+    journalChange("first.txt", "first.txt");
     ReplayJournal replay(account);
     replay.isolate(replay.changes().front());
-    SyncJournal(journal).push({"second.txt", "second.txt", false});
+    journalChange("second.txt", "second.txt");
     replay.isolate(replay.changes().front());
     EXPECT_EQ(pendingChanges(account).size(), 1U);
     restoreJournal(account);  // as after a kill

@@ -1,7 +1,6 @@
 #include "service.h"
 
 #include <SQLiteCpp/Database.h>
-#include <curl/curl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -14,9 +13,12 @@
 #include <chrono>
 #include <csignal>
 #include <future>
+#include <nlohmann/json.hpp>
 #include <pugixml.hpp>
-#include <set>
+#include <regex>
+#include <tuple>
 
+#include "curlmanager.h"
 #include "posix/file_descriptor.h"
 #include "posix/write_all.h"
 #include "support/processes.h"
@@ -34,36 +36,23 @@ namespace {
 
 constexpr const char* no_answer = "no answer";
 
-Options serving(const fs::path& books, const fs::path& database = {}) {
+using Reports = std::vector<std::string>;
+
+Options serving(const fs::path& books, const fs::path& database = {}, Reports* reports = nullptr) {
     Options options;
     options.books = books;
     options.database = database;
+    if (reports != nullptr)
+        options.report = [reports](const std::string& text) { reports->push_back(text); };
     return options;
 }
 
-/// Makes a state file as the first version of the service did.
-constexpr const char* version_one_state =
-    "CREATE TABLE devices (token TEXT PRIMARY KEY, device_id TEXT NOT NULL,"
-    " device_type TEXT NOT NULL);"
-    "CREATE TABLE accounts (id INTEGER PRIMARY KEY, email TEXT NOT NULL UNIQUE COLLATE NOCASE,"
-    " first_name TEXT NOT NULL, last_name TEXT NOT NULL, password TEXT NOT NULL);"
-    "CREATE TABLE sessions (id TEXT PRIMARY KEY, token TEXT NOT NULL REFERENCES devices,"
-    " account INTEGER NOT NULL REFERENCES accounts);"
-    "CREATE TABLE items (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE,"
-    " size INTEGER NOT NULL, modified INTEGER NOT NULL, title TEXT NOT NULL,"
-    " artist TEXT NOT NULL, isbn TEXT NOT NULL, isbn13 TEXT NOT NULL, file_type TEXT NOT NULL,"
-    " has_cover INTEGER NOT NULL, deleted INTEGER NOT NULL DEFAULT 0,"
-    " upload TEXT NOT NULL DEFAULT '', upload_name TEXT NOT NULL DEFAULT '');"
-    "PRAGMA user_version=1";
-
-/// An XML element whose `value` stands in it as it is.
-std::string element(const std::string& name, const std::string& value) {
-    return "\t<" + name + ">" + value + "</" + name + ">\n";
-}
-
-std::string xml(const std::string& root, const std::string& elements) {
-    return "<" + root + " xmlns=\"http://www.tavro.example/deviceAPI\">\n" + elements + "</" +
-           root + ">";
+/// A request with `elements`: by turns a name and a value, which stands there as it is.
+std::string xml(const std::string& root, const std::vector<std::string>& elements) {
+    std::string text = "<" + root + " xmlns=\"http://www.tavro.example/deviceAPI\">\n";
+    for (std::size_t name = 0; name < elements.size(); name += 2)
+        text += "\t<" + elements[name] + ">" + elements[name + 1] + "</" + elements[name] + ">\n";
+    return text + "</" + root + ">";
 }
 
 /// The text of the first element `name` of the XML answer `body`; "?" if there is none.
@@ -76,16 +65,14 @@ std::string textOf(const std::string& body, const char* name) {
 }
 
 /// A device that speaks plain HTTP.
-class Device {
-public:
-    explicit Device(const Service& service) : client_("127.0.0.1", service.port()) {}
+struct Device {
+    explicit Device(int port) : client("127.0.0.1", port) {}
 
     httplib::Result post(Operation operation, const std::string& body) {
-        return client_.Post(descriptionOf(operation).path(), body,
-                            "application/xml; charset=utf-8");
+        return client.Post(descriptionOf(operation).path(), body, "application/xml; charset=utf-8");
     }
     httplib::Result form(Operation operation, const httplib::MultipartFormDataItems& parts) {
-        return client_.Post(descriptionOf(operation).path(), parts);
+        return client.Post(descriptionOf(operation).path(), parts);
     }
     httplib::MultipartFormDataItems fields(const std::string& item) const {
         return {{"Token", token, "", ""}, {"SessionId", session, "", ""}, {"ItemId", item, "", ""}};
@@ -99,73 +86,69 @@ public:
         parts.push_back({"file", content, name, "text/plain"});
         return form(Operation::UploadContent, parts);
     }
-    std::string get(const std::string& path) { return client_.Get(path)->body; }
+    std::string get(const std::string& path) { return client.Get(path)->body; }
+    /// The status of the answer to a command `json`.
+    int command(const std::string& json, const char* type = "application/json") {
+        return client.Post("/control/faults", json, type)->status;
+    }
 
-    std::string registration() const {
-        return xml("DeviceRequest", element("DeviceId", "SN") + element("DeviceType", "reader") +
-                                        element("ServiceConsumerID", "consumer") +
-                                        element("ServiceConsumerPassword", "secret") +
-                                        element("ShopID", "shop"));
+    static std::string shopRequest() {
+        return xml("ShopInfoRequest",
+                   {"DeviceId", "SN", "DeviceType", "reader", "ServiceConsumerID", "consumer",
+                    "ServiceConsumerPassword", "secret"});
+    }
+    static std::string registration() {
+        return xml("DeviceRequest",
+                   {"DeviceId", "SN", "DeviceType", "reader", "ServiceConsumerID", "consumer",
+                    "ServiceConsumerPassword", "secret", "ShopID", "shop"});
     }
     std::string account(const std::string& email = "ada@reader.example") const {
-        return xml("RegisterUserRequest",
-                   element("Email", email) + element("FirstName", "Ada") + element("LastName", "") +
-                       element("Password", "pass word") + element("Token", token));
+        return xml("RegisterUserRequest", {"Email", email, "FirstName", "Ada", "LastName", "",
+                                           "Password", "pass word", "Token", token});
     }
     std::string login(const std::string& password = "pass word",
                       const std::string& id = "SN") const {
-        return xml("LoginRequest", element("EmailID", "Ada@Reader.example") +
-                                       element("Password", password) + element("DeviceID", id) +
-                                       element("Token", token));
+        return xml("LoginRequest", {"EmailID", "Ada@Reader.example", "Password", password,
+                                    "DeviceID", id, "Token", token});
     }
     std::string reminder(const std::string& email) const {
-        return xml("ForgetPasswordRequest", element("EmailID", email) + element("Token", token));
+        return xml("ForgetPasswordRequest", {"EmailID", email, "Token", token});
     }
     std::string sync() const {
-        return xml("SyncRequest", element("SessionID", session) + element("Token", token) +
-                                      element("LastSynDateTime", "0"));
+        return xml("SyncRequest", {"SessionID", session, "Token", token, "LastSynDateTime", "0"});
     }
     std::string catalogue() { return post(Operation::SysnWithCloud, sync())->body; }
 
     void registerDevice() {
         token = textOf(post(Operation::RegisterDevice, registration())->body, "Token");
     }
-    void logIn() {
+
+    httplib::Client client;
+    std::string token;
+    std::string session;
+};
+
+/// A service and a device that is logged in to it.
+struct Served : Service, Device {
+    explicit Served(const Options& options) : Service(options), Device(port()) {
         registerDevice();
         post(Operation::CreateUser, account());
         session = textOf(post(Operation::LoginUser, login())->body, "SessionID");
     }
 
-    std::string token;
-    std::string session;
-
-private:
-    httplib::Client client_;
-};
-
-/// A service and a device that is logged in to it.
-struct Served {
-    explicit Served(const Options& options) : service(options), device(service) { device.logIn(); }
-
-    Service service;
-    Device device;
+    /// The item of the catalogue whose file is `path`.
+    Book book(const std::string& path) const {
+        for (const Book& book : books()) {
+            if (book.path == path)
+                return book;
+        }
+        return {};
+    }
+    std::string id(const std::string& path) const { return std::to_string(book(path).id); }
 };
 
 std::string codeOf(const httplib::Result& answer) {
     return answer ? textOf(answer->body, "Error") : no_answer;
-}
-
-/// The item of the catalogue whose file is `path`.
-Book bookAt(const Service& service, const std::string& path) {
-    for (const Book& book : service.books()) {
-        if (book.path == path)
-            return book;
-    }
-    return {};
-}
-
-std::string idAt(const Service& service, const std::string& path) {
-    return std::to_string(bookAt(service, path).id);
 }
 
 void writeArchive(const fs::path& path, const std::string& entry, const std::string& content) {
@@ -196,69 +179,33 @@ std::string readAll(int connection) {
     return text;
 }
 
-/// The answer to exactly `request`.
-std::string ask(const Service& service, const std::string& request) {
-    const posix::FileDescriptor connection = connectTo(service);
-    EXPECT_TRUE(posix::writeAll(connection.get(), request));
-    return readAll(connection.get());
-}
-
-/// Uploads a file called `name` as the device's library does. @return the name that arrived.
-std::string arrivedName(Served& served, const std::string& name) {
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    curl_httppost* first = nullptr;
-    curl_httppost* last = nullptr;
-    for (const auto& field : served.device.fields(idAt(served.service, "a.txt")))
-        curl_formadd(&first, &last, CURLFORM_COPYNAME, field.name.c_str(), CURLFORM_COPYCONTENTS,
-                     field.content.c_str(), CURLFORM_END);
-    curl_formadd(&first, &last, CURLFORM_COPYNAME, "file", CURLFORM_BUFFER, name.c_str(),
-                 CURLFORM_BUFFERPTR, "new", CURLFORM_BUFFERLENGTH, 3L, CURLFORM_END);
-    CURL* const curl = curl_easy_init();
-    curl_easy_setopt(curl, CURLOPT_URL, (served.service.url() + "/UploadContent.aspx").c_str());
-    curl_easy_setopt(curl, CURLOPT_HTTPPOST, first);
-    curl_easy_setopt(
-        curl, CURLOPT_WRITEFUNCTION,
-        +[](char*, std::size_t size, std::size_t count, void*) { return size * count; });
-    EXPECT_EQ(curl_easy_perform(curl), CURLE_OK);
-    curl_easy_cleanup(curl);
-    curl_formfree(first);
-#pragma GCC diagnostic pop
-    return bookAt(served.service, "a.txt").fileName;
-}
-
 }  // namespace
 
 TEST(Service, DeviceWalksTheWholeRoad) {
     Served served(serving(TAVRO_TEST_SAMPLES));
-    auto& [service, device] = served;
-    EXPECT_EQ(codeOf(device.post(Operation::ForgetPassword, device.reminder("ada@reader.example"))),
+    EXPECT_EQ(codeOf(served.post(Operation::ForgetPassword, served.reminder("ada@reader.example"))),
               "1014");
-    const auto shop = device.post(
-        Operation::GetShopURL,
-        xml("ShopInfoRequest", element("DeviceId", "SN") + element("DeviceType", "reader") +
-                                   element("ServiceConsumerID", "consumer") +
-                                   element("ServiceConsumerPassword", "secret")));
+    const auto shop = served.post(Operation::GetShopURL, Device::shopRequest());
     for (const char* name :
          {"ShopURL", "ShopName", "Shopid", "TermsOfServiceUrl", "TermsOfServiceText"})
         EXPECT_GT(textOf(shop->body, name).size(), 1u) << name;
-    EXPECT_EQ(textOf(device.catalogue(), "CurrentServerTime").size(), 20u);
+    EXPECT_EQ(textOf(served.catalogue(), "CurrentServerTime").size(), 20u);
 
-    const std::string id = idAt(service, "tides.txt");
+    const std::string id = served.id("tides.txt");
     const std::string original = readFile(TAVRO_TEST_SAMPLES "/tides.txt");
-    auto content = device.download(id);
+    auto content = served.download(id);
     EXPECT_EQ(content->body, original);
     EXPECT_EQ(content->get_header_value("Content-Disposition"), "attachment; filename=tides.txt");
 
     // Larger than every buffer on the way, with bytes that no text has.
     const std::string changed = std::string(3 << 20, '\0') + "\r\n--end";
-    EXPECT_EQ(codeOf(device.upload(id, changed, "new tides.txt")), "1003");
-    const Request request = service.requests().back();
+    EXPECT_EQ(codeOf(served.upload(id, changed, "new tides.txt")), "1003");
+    const Request request = served.requests().back();
     EXPECT_THAT(request.fields,
-                ElementsAre(testing::Pair("Token", device.token),
-                            testing::Pair("SessionId", device.session), testing::Pair("ItemId", id),
+                ElementsAre(testing::Pair("Token", served.token),
+                            testing::Pair("SessionId", served.session), testing::Pair("ItemId", id),
                             testing::Pair("file", "new tides.txt")));
-    content = device.download(id);
+    content = served.download(id);
     EXPECT_TRUE(content->body == changed);
     EXPECT_EQ(content->get_header_value("Content-Disposition"),
               "attachment; filename=new tides.txt");
@@ -267,32 +214,30 @@ TEST(Service, DeviceWalksTheWholeRoad) {
 
 TEST(Service, CatalogueTellsWhatTheBooksSay) {
     Served served(serving(TAVRO_TEST_SAMPLES));
-    auto& [service, device] = served;
-    const std::string catalogue = device.catalogue();
+    const std::string catalogue = served.catalogue();
     EXPECT_THAT(catalogue, HasSubstr("<Title><![CDATA[Salt & Pepper]]></Title>"));
-    const Book epub = bookAt(service, "salt-and-pepper.epub");
+    const Book epub = served.book("salt-and-pepper.epub");
     EXPECT_EQ(epub.artist, "Ida Marlowe, Tom Brandt");
     EXPECT_EQ(epub.isbn13, "9783161484100");
-    const Book fb2 = bookAt(service, "severny-veter.fb2.zip");
+    const Book fb2 = served.book("severny-veter.fb2.zip");
     EXPECT_EQ(fb2.title, "Северный ветер");
     EXPECT_EQ(fb2.artist, "Мария Петровна Лугова");
     EXPECT_EQ(fb2.isbn, "5000000013");
-    EXPECT_EQ(bookAt(service, "river-guide.pdf").title, "river-guide");
-    EXPECT_EQ(bookAt(service, "anna/letters.txt").fileName,
-              bookAt(service, "boris/letters.txt").fileName);
+    EXPECT_EQ(served.book("river-guide.pdf").title, "river-guide");
+    EXPECT_EQ(served.book("anna/letters.txt").fileName, served.book("boris/letters.txt").fileName);
 
-    EXPECT_THAT(catalogue, HasSubstr("<CoverArtImage>" + service.url() + "/covers/" +
+    EXPECT_THAT(catalogue, HasSubstr("<CoverArtImage>" + served.url() + "/covers/" +
                                      std::to_string(epub.id) + "</CoverArtImage>"));
-    EXPECT_THAT(device.get("/covers/" + std::to_string(epub.id)), testing::StartsWith("\x89PNG"));
-    EXPECT_THAT(device.get("/covers/" + std::to_string(fb2.id)),
+    EXPECT_THAT(served.get("/covers/" + std::to_string(epub.id)), testing::StartsWith("\x89PNG"));
+    EXPECT_THAT(served.get("/covers/" + std::to_string(fb2.id)),
                 testing::StartsWith("\xFF\xD8\xFF"));
 
     // Devices remember item ids for longer than a service without a state file lives.
     Options options = serving(TAVRO_TEST_SAMPLES);
     options.entityReferences = true;
     Served next(options);
-    EXPECT_EQ(bookAt(next.service, "salt-and-pepper.epub").id, epub.id);
-    EXPECT_THAT(next.device.catalogue(), HasSubstr("<Title>Salt &amp; Pepper</Title>"));
+    EXPECT_EQ(next.book("salt-and-pepper.epub").id, epub.id);
+    EXPECT_THAT(next.catalogue(), HasSubstr("<Title>Salt &amp; Pepper</Title>"));
 }
 
 TEST(Service, RefusesWhatAServiceWouldRefuse) {
@@ -300,139 +245,118 @@ TEST(Service, RefusesWhatAServiceWouldRefuse) {
     options.consumer.emplace("consumer", "secret");
     options.maximumBody = 4000;
     Served served(options);
-    auto& [service, device] = served;
-    Device other(service);
+    Device other(served.port());
     other.registerDevice();
-    other.session = device.session;
-    Device stranger(service);
+    other.session = served.session;
+    Device stranger(served.port());
     stranger.token = "stranger";
     const std::string longName(5000, 'x');
     const auto replaced = [](std::string text, const std::string& what, const std::string& with) {
         return text.replace(text.find(what), what.size(), with);
     };
 
-    const struct {
-        Operation operation;
-        std::string body;
-        const char* code;
-    } cases[] = {
-        {Operation::LoginUser, "", "2001"},
-        {Operation::LoginUser, "<LoginRequest", "2001"},
-        {Operation::LoginUser, device.login("a & b"), "2001"},
-        {Operation::LoginUser, device.login("a</Password><Password>b"), "2001"},
-        {Operation::LoginUser, device.login("a<b/>"), "2001"},
-        {Operation::LoginUser, replaced(device.login(), "deviceAPI", "other"), "2001"},
-        {Operation::LoginUser, device.reminder("ada@reader.example"), "2001"},
-        {Operation::RegisterDevice, replaced(device.registration(), "ShopID>shop</ShopID", "x/"),
-         "2001"},
-        {Operation::RegisterDevice, replaced(device.registration(), ">SN<", "><"), "2002"},
-        {Operation::LoginUser, device.login(longName), "2003"},
-        {Operation::RegisterDevice, replaced(device.registration(), "secret", "guess"), "2004"},
-        {Operation::LoginUser, device.login("pass word", "SN-2"), "2005"},
-        {Operation::LoginUser, stranger.login(), "2006"},
-        {Operation::CreateUser, stranger.account("eve@reader.example"), "2006"},
-        {Operation::CreateUser, device.account("ADA@reader.example"), "2007"},
-        {Operation::LoginUser, device.login("Pass word"), "2008"},
+    for (const std::string& body :
+         {std::string(), std::string("<LoginRequest"), served.login("a & b"),
+          served.login("a</Password><Password>b"), served.login("a<b/>"),
+          replaced(served.login(), "deviceAPI", "other"), served.reminder("ada@reader.example")})
+        EXPECT_EQ(codeOf(served.post(Operation::LoginUser, body)), "2001") << body;
+    const auto login = Operation::LoginUser;
+    const auto registration = Operation::RegisterDevice;
+    const std::string eve = "eve@reader.example";
+    const std::tuple<Operation, std::string, const char*> cases[] = {
+        {registration, replaced(served.registration(), "ShopID>shop</ShopID", "x/"), "2001"},
+        {registration, replaced(served.registration(), ">SN<", "><"), "2002"},
+        {login, served.login(longName), "2003"},
+        {registration, replaced(served.registration(), "secret", "guess"), "2004"},
+        {login, served.login("pass word", "SN-2"), "2005"},
+        {login, stranger.login(), "2006"},
+        {Operation::CreateUser, stranger.account(eve), "2006"},
+        {Operation::CreateUser, served.account("ADA@reader.example"), "2007"},
+        {login, served.login("Pass word"), "2008"},
         {Operation::SysnWithCloud, other.sync(), "2009"},
-        {Operation::ForgetPassword, device.reminder("eve@reader.example"), "2011"},
-        {Operation::UploadContent, "no form", "2001"},
-    };
+        {Operation::ForgetPassword, served.reminder(eve), "2011"},
+        {Operation::UploadContent, "no form", "2001"}};
     for (const auto& [operation, body, code] : cases)
-        EXPECT_EQ(codeOf(device.post(operation, body)), code) << body.substr(0, 300);
+        EXPECT_EQ(codeOf(served.post(operation, body)), code) << body.substr(0, 300);
 
-    httplib::Client client(service.url());
     std::size_t sent = 0;
     const auto unannounced = [&](std::size_t, httplib::DataSink& sink) {
         return sent++ < 3 ? sink.write(longName.data(), 2000) : (sink.done(), true);
     };
-    EXPECT_EQ(
-        codeOf(client.Post(descriptionOf(Operation::LoginUser).path(), unannounced, "text/xml")),
-        "2003");
+    EXPECT_EQ(codeOf(served.client.Post(descriptionOf(Operation::LoginUser).path(), unannounced,
+                                        "text/xml")),
+              "2003");
 
-    const std::string id = idAt(service, "tides.txt");
-    const auto refused = device.download("1");
+    const std::string id = served.id("tides.txt");
+    const auto refused = served.download("1");
     EXPECT_EQ(codeOf(refused), "2010");
     EXPECT_FALSE(refused->has_header("Content-Disposition"));
     EXPECT_EQ(codeOf(other.download(id)), "2009");
-    EXPECT_EQ(codeOf(device.form(Operation::UploadContent, device.fields(id))), "2002");
-    EXPECT_EQ(codeOf(device.upload(id, longName, "tides.txt")), "2003");
-    EXPECT_EQ(bookAt(service, "tides.txt").content, TAVRO_TEST_SAMPLES "/tides.txt");
+    EXPECT_EQ(codeOf(served.form(Operation::UploadContent, served.fields(id))), "2002");
+    EXPECT_EQ(codeOf(served.upload(id, longName, "tides.txt")), "2003");
+    EXPECT_EQ(served.book("tides.txt").content, TAVRO_TEST_SAMPLES "/tides.txt");
     EXPECT_EQ(
-        client.Post("/IOSCloudManagement.svc/SyncWithCloud", device.sync(), "text/xml")->status,
+        served.client.Post("/IOSCloudManagement.svc/SyncWithCloud", served.sync(), "text/xml")
+            ->status,
         404);
-    EXPECT_EQ(client.Post("/control/faults", "{}", "text/plain")->status, 403);
+    EXPECT_EQ(served.command("{}", "text/plain"), 403);
 }
 
 TEST(Service, FaultsTakeThePlaceOfTheAnswer) {
     Served served(serving(TAVRO_TEST_SAMPLES));
-    auto& [service, device] = served;
-    const std::string id = idAt(service, "tides.txt");
+    const std::string id = served.id("tides.txt");
     const std::string book = readFile(TAVRO_TEST_SAMPLES "/tides.txt");
-    const struct {
-        const char* fault;
-        const char* body;    // of the answer; null if it does not matter
-        const char* header;  // announcing the file
-        int status;          // 0: the connection ends before a whole answer
-    } cases[] = {
-        {"delay=1", book.c_str(), "attachment; filename=tides.txt", 200},
-        {"status=503", book.c_str(), "attachment; filename=tides.txt", 503},
-        {"filename=\"a\"; size=1", book.c_str(), "attachment; filename=\"a\"; size=1", 200},
-        {"filename=", book.c_str(), "", 200},
-        {"body=", "", "attachment; filename=tides.txt", 200},
-        {"cut=1000000", book.c_str(), "attachment; filename=tides.txt", 200},
-        {"code=1014", book.c_str(), "attachment; filename=tides.txt", 200},
-        {"code=2010", nullptr, "", 200},
-        {"cut=10", nullptr, nullptr, 0},
-        {"cut=0", nullptr, nullptr, 0},
-        {"close", nullptr, nullptr, 0},
-    };
-    for (const auto& [text, body, header, status] : cases) {
+    const std::string named = "attachment; filename=tides.txt";
+    // Status 0: the connection ends before a whole answer.
+    const auto expect = [&](const char* text, int status, const std::string& body,
+                            const std::string& header) {
         SCOPED_TRACE(text);
         const auto [operation, fault] = parseFault("DownloadContent", {text, "times=1"});
-        service.inject(operation, fault);
-        const auto answer = device.download(id);
+        served.inject(operation, fault);
+        const auto answer = served.download(id);
         ASSERT_EQ(answer ? answer->status : 0, status);
-        if (body != nullptr) {
-            EXPECT_EQ(answer->body, body);
-        }
-        if (header != nullptr) {
-            EXPECT_EQ(answer->get_header_value("Content-Disposition"), header);
-        }
-        EXPECT_TRUE(service.requests().back().faulty);
-        EXPECT_EQ(device.download(id)->body, book) << "the fault was for one request";
-    }
+        EXPECT_EQ(answer ? answer->body : "", body);
+        EXPECT_EQ(answer ? answer->get_header_value("Content-Disposition") : "", header);
+        EXPECT_TRUE(served.requests().back().faulty);
+        EXPECT_EQ(served.download(id)->body, book) << "the fault was for one request";
+    };
+    for (const char* fault : {"delay=1", "cut=1000000", "code=1014"})
+        expect(fault, 200, book, named);
+    expect("status=503", 503, book, named);
+    expect("filename=\"a\"; size=1", 200, book, "attachment; filename=\"a\"; size=1");
+    expect("filename=", 200, book, "");
+    expect("body=", 200, "", named);
+    for (const char* fault : {"cut=10", "cut=0", "close"})
+        expect(fault, 0, "", "");
+    served.inject(Operation::DownloadContent, parseFault("DownloadContent:code=2010").second);
+    const auto refused = served.download(id);
+    EXPECT_EQ(codeOf(refused), "2010");
+    EXPECT_FALSE(refused->has_header("Content-Disposition"));
 }
 
 TEST(Service, FaultsDoNotChangeTheStateUnlessTheySaySuccess) {
     Service service({});
-    Device device(service);
+    Device device(service.port());
     device.registerDevice();
     const auto create = [&](const std::string& fault) {
         const auto [operation, parsed] = parseFault("CreateUser:times=1," + fault);
         service.inject(operation, parsed);
         return device.post(Operation::CreateUser, device.account());
     };
-    // One after the other: only the first success opens the account.
-    const struct {
-        const char* fault;
-        const char* code;
-        const char* message;
-    } cases[] = {
-        {"code=77", "77", "A fault asked for by the developer"},
-        {"code=", "", "A fault asked for by the developer"},
-        {"close,code=1003", no_answer, nullptr},
-        {"code=1014", "1014", "Success"},  // carried out, with a code of another request
-        {"code=1003", "1003", "There is an account with this e-mail"},
-        {"delay=1", "2007", "There is an account with this e-mail"},
-    };
+    const char* const injected = "A fault asked for by the developer";
+    const char* const taken = "There is an account with this e-mail";
+    // One after the other: the first success, here with a code of another request, opens the
+    // account.
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"code=77", "77", injected},         {"code=", "", injected},
+        {"close,code=1003", no_answer, "?"}, {"code=1014", "1014", "Success"},
+        {"code=1003", "1003", taken},        {"delay=1", "2007", taken}};
     for (const auto& [fault, code, message] : cases) {
         const auto answer = create(fault);
         EXPECT_EQ(codeOf(answer), code) << fault;
         EXPECT_EQ(service.requests().back().code, answer ? code : "") << fault;
         EXPECT_EQ(service.requests().back().status, answer ? 200 : 0) << fault;
-        if (answer) {
-            EXPECT_EQ(textOf(answer->body, "Message"), message) << fault;
-        }
+        EXPECT_EQ(answer ? textOf(answer->body, "Message") : "?", message) << fault;
     }
     EXPECT_EQ(create("body-hex=3C004100")->body, std::string("<\0A\0", 4));
     pugi::xml_document document;
@@ -440,18 +364,19 @@ TEST(Service, FaultsDoNotChangeTheStateUnlessTheySaySuccess) {
 }
 
 TEST(Service, FaultsAreSetAndClearedWhileItRuns) {
-    Service service({});
-    httplib::Client client(service.url());
+    const Service service({});
+    Device device(service.port());
     const auto fault = parseFault(
         "LoginUser:delay=5,code=1,status=500,body-hex=00ff,cut=3,malformed,"
         "close,filename=x,times=2");
     const std::string json = faultToJson(fault);
-    EXPECT_THAT(client.Post("/control/faults", json, "application/json")->body, HasSubstr(json));
-    EXPECT_THAT(client.Delete("/control/faults")->body, HasSubstr("\"faults\":[]"));
+    EXPECT_THAT(device.client.Post("/control/faults", json, "application/json")->body,
+                HasSubstr(json));
+    EXPECT_THAT(device.client.Delete("/control/faults")->body, HasSubstr("\"faults\":[]"));
     for (const char* wrong : {"", "[]", "{\"operation\":\"Login\"}", "{\"operation\":1}",
                               "{\"operation\":\"LoginUser\",\"body-file\":\"/etc/hostname\"}",
                               "{\"operation\":\"LoginUser\",\"cut\":-1}"})
-        EXPECT_EQ(client.Post("/control/faults", wrong, "application/json")->status, 400) << wrong;
+        EXPECT_EQ(device.command(wrong), 400) << wrong;
     for (const char* wrong : {"LoginUser", "LoginUser:", "Login:code=1", "LoginUser:cod=1",
                               "LoginUser:times=x", "LoginUser:body-hex=0", "LoginUser:status=99"})
         EXPECT_THROW(parseFault(wrong), std::invalid_argument) << wrong;
@@ -464,204 +389,167 @@ TEST(Service, StateFileSurvivesRestartAndRemembersRemovedBooks) {
     writeFile(books / "a.txt", "old");
     writeFile(books / "b.txt", "b");
     const Options options = serving(books, folder / "state");
-    auto service = std::make_unique<Service>(options);
-    auto device = std::make_unique<Device>(*service);
-    device->logIn();
-    const std::string a = idAt(*service, "a.txt");
-    const std::string b = idAt(*service, "b.txt");
-    device->upload(a, "first", "../a.txt");
-    device->upload(a, "new", "../a.txt");
+    auto served = std::make_unique<Served>(options);
+    const std::string a = served->id("a.txt");
+    const std::string b = served->id("b.txt");
+    for (const char* content : {"first", "new"})
+        served->upload(a, content, "../a.txt");
     EXPECT_THROW(Service{options}, std::runtime_error) << "two services with one state file";
-    const auto [token, session] = std::pair(device->token, device->session);
-    service.reset();
+    const auto [token, session] = std::pair(served->token, served->session);
+    served.reset();
 
     writeFile(folder / "state.uploads/receiving-lost", "left by a killed service");
     fs::remove(books / "b.txt");
-    service = std::make_unique<Service>(options);
-    device = std::make_unique<Device>(*service);
-    device->token = token;
-    device->session = session;
-    EXPECT_EQ(device->download(a)->body, "new");
-    EXPECT_EQ(device->download(a)->get_header_value("Content-Disposition"),
-              "attachment; filename=a.txt");
-    EXPECT_EQ(codeOf(device->download(b)), "2010");
-    EXPECT_EQ(codeOf(device->post(Operation::LoginUser, device->login())), "1003");
-    std::string catalogue = device->catalogue();
+    const Service service(options);
+    Device device(service.port());
+    device.token = token;
+    device.session = session;
+    const auto content = device.download(a);
+    EXPECT_EQ(content->body, "new");
+    EXPECT_EQ(content->get_header_value("Content-Disposition"), "attachment; filename=a.txt");
+    EXPECT_EQ(codeOf(device.download(b)), "2010");
+    EXPECT_EQ(codeOf(device.post(Operation::LoginUser, device.login())), "1003");
+    const std::string catalogue = device.catalogue();
     EXPECT_THAT(catalogue.substr(catalogue.find("<DeletedItems>")),
                 HasSubstr("<ItemID>" + b + "<"));
     EXPECT_EQ(readFile(books / "a.txt"), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "state.uploads"), {}), 1);
 
     writeFile(books / "b.txt", "back");
-    EXPECT_THAT(device->catalogue(), HasSubstr("<DeletedItems/>"));
-    EXPECT_EQ(device->download(b)->body, "back");
+    EXPECT_THAT(device.catalogue(), HasSubstr("<DeletedItems/>"));
+    EXPECT_EQ(device.download(b)->body, "back");
 }
 
 TEST(Service, ReportsAndSkipsUnreadableBooks) {
     const TemporaryFolder folder;
-    const auto container = [](const std::string& path) {
-        return "<container><rootfile full-path=\"" + path + "\"/></container>";
-    };
     writeFile(folder / "junk.epub", "no archive");
     writeFile(folder / "junk.pdf", "no document");
     writeFile(folder / "cut.fb2", "<FictionBook><title-info>");
     writeFile(folder / "code.fb2", "<?xml version='1.0' encoding='x-none'?><FictionBook/>");
-    writeArchive(folder / "empty.fb2.zip", "book.txt", "");
-    writeArchive(folder / "lost.epub", "META-INF/container.xml", container("../../etc/passwd"));
-    writeArchive(folder / "bomb.epub", "META-INF/container.xml", std::string(5u << 20, ' '));
     std::string elements;
     for (int count = 0; count < 1'100'000; ++count)
         elements += "<a b=''/>";
+    const std::string container = "META-INF/container.xml";
+    writeArchive(folder / "empty.fb2.zip", "book.txt", "");
+    writeArchive(folder / "lost.epub", container,
+                 "<container><rootfile full-path=\"../../etc/passwd\"/></container>");
+    writeArchive(folder / "bomb.epub", container, std::string(5u << 20, ' '));
     writeArchive(folder / "many.fb2.zip", "many.fb2", elements);
     writeFile(folder / "odd.fb2",
               "<f:FictionBook xmlns:f='f'><f:title-info><f:book-title>\xFF <![CDATA[<]]>\x01\n"
-              "</f:book-title></f:title-info></f:FictionBook>");
-    std::vector<std::string> reports;
-    Options options = serving(folder / "");
-    options.report = [&](const std::string& text) { reports.push_back(text); };
-    Served served(options);
-    auto& [service, device] = served;
-    EXPECT_THAT(device.catalogue(), HasSubstr("<Title><![CDATA[\xEF\xBF\xBD <]]></Title>"));
-    device.catalogue();
-    EXPECT_EQ(service.books().size(), 1u);
+              "</f:book-title><author/><author><nickname>Nick</nickname></author><author>"
+              "<first-name> </first-name></author><author><first-name>Ann</first-name>"
+              "<nickname>A.</nickname></author></f:title-info></f:FictionBook>");
+    Reports reports;
+    Served served(serving(folder / "", {}, &reports));
+    EXPECT_THAT(served.catalogue(), HasSubstr("<Title><![CDATA[\xEF\xBF\xBD <]]></Title>"));
+    served.catalogue();
+    EXPECT_EQ(served.books().at(0).artist, "Nick, Ann");
+    EXPECT_EQ(served.books().size(), 1u);
     EXPECT_EQ(reports.size(), 8u) << testing::PrintToString(reports);
-    EXPECT_THAT(reports, testing::Contains(HasSubstr("bomb.epub: skipped: entry "
-                                                     "\"META-INF/container.xml\" is too large")));
-
-    EXPECT_THAT(reports, testing::Contains(HasSubstr("many.fb2.zip: skipped: has too many")));
+    for (const std::string& reason :
+         {"bomb.epub: skipped: entry \"" + container + "\" is too large",
+          std::string("many.fb2.zip: skipped: has too many")})
+        EXPECT_THAT(reports, testing::Contains(HasSubstr(reason)));
 
     // A book that is being copied over must not vanish from the devices meanwhile.
     writeFile(folder / "odd.fb2", "<f:FictionBook");
-    device.catalogue();
+    served.catalogue();
     EXPECT_EQ(reports.size(), 9u);
-    EXPECT_FALSE(bookAt(service, "odd.fb2").deleted);
+    EXPECT_FALSE(served.book("odd.fb2").deleted);
 }
 
 // A device keeps only the last piece of a text that its XML reader splits.
 TEST(Service, TitlesReachTheDeviceWhole) {
     const TemporaryFolder folder;
-    const std::pair<std::string, std::string> cases[] = {
-        {"a [b] > c]] d", "a [b] > c]] d"}, {"a & b", "a & b"},     {"a]]>b", "a))>b"},
-        {"[a] & <b>", "(a) & <b>"},         {"]]>&]]>", "))>&))>"}, {"x[0] < y", "x(0) < y"},
-        {"a > b & c", "a > b & c"},         {"&amp; ]", "&amp; )"},
-    };
-    for (std::size_t index = 0; index < std::size(cases); ++index) {
-        pugi::xml_document book;
-        book.append_child("FictionBook")
-            .append_child("title-info")
-            .append_child("book-title")
-            .text()
-            .set(cases[index].first.c_str());
-        book.save_file((folder / (std::to_string(index) + ".fb2")).c_str());
-    }
-    Served served(serving(folder / ""));
-    const std::string catalogue = served.device.catalogue();
+    // By turns the text of a book and what the device has of it.
+    const std::vector<std::string> texts = {
+        "a [b] &gt; c]] d",  "a [b] > c]] d", "a &amp; b",           "a & b",
+        "a]]&gt;b",          "a))>b",         "[a] &amp; &lt;b&gt;", "(a) & <b>",
+        "]]&gt;&amp;]]&gt;", "))>&))>",       "x[0] &lt; y",         "x(0) < y",
+        "a &gt; b &amp; c",  "a > b & c",     "&amp;amp; ]",         "&amp; )"};
+    const std::size_t count = texts.size() / 2;
+    for (std::size_t index = 0; index < count; ++index)
+        writeFile(folder / (std::to_string(index) + ".fb2"),
+                  "<FictionBook><title-info><book-title>" + texts[2 * index] +
+                      "</book-title></title-info></FictionBook>");
+    const std::string catalogue = Served(serving(folder / "")).catalogue();
     XMLParser parser;
     parser.init("utf-8");
     ASSERT_TRUE(parser.parse(catalogue.data(), static_cast<unsigned>(catalogue.size())));
-    std::vector<std::string> titles;
-    for (const BookDescription& book : parser.addedItems)
-        titles.push_back(book.field(BookDescription::Title));
-    ASSERT_EQ(titles.size(), std::size(cases));
-    for (std::size_t index = 0; index < std::size(cases); ++index)
-        EXPECT_EQ(titles[index], cases[index].second);
-}
-
-TEST(Service, NamesTheAuthorsOfFictionBooks) {
-    const TemporaryFolder folder;
-    writeFile(
-        folder / "a.fb2",
-        "<FictionBook><title-info><author/>"
-        "<author><nickname>Nick</nickname></author><author><first-name> </first-name></author>"
-        "<author><first-name>Ann</first-name><nickname>A.</nickname></author>"
-        "</title-info></FictionBook>");
-    EXPECT_EQ(Service(serving(folder / "")).books().at(0).artist, "Nick, Ann");
+    ASSERT_EQ(parser.addedItems.size(), count);
+    for (std::size_t index = 0; index < count; ++index)
+        EXPECT_EQ(parser.addedItems[index].field(BookDescription::Title), texts[2 * index + 1]);
 }
 
 TEST(Service, CleansTexts) {
+    // Cut, overlong and surrogate sequences are no text.
     const std::pair<std::string, std::string> cases[] = {
         {"", ""},
         {" \t\n", ""},
         {" a \r\n b ", "a b"},
         {std::string("a\0b\x1F\x7F", 5), "ab"},
-        {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x93\x96", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x93\x96"},
-        {"\xE2\x82", "\xEF\xBF\xBD\xEF\xBF\xBD"},                    // cut
-        {"\xC0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD"},                    // overlong
-        {"\xED\xA0\x80x", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBDx"},  // surrogate
-        {"\xEF\xBF\xBF]]>", "]]>"},
-    };
+        {"\u00E9\u20AC\U0001F4D6", "\u00E9\u20AC\U0001F4D6"},
+        {"\xE2\x82", "\uFFFD\uFFFD"},
+        {"\xC0\x80", "\uFFFD\uFFFD"},
+        {"\xED\xA0\x80x", "\uFFFD\uFFFD\uFFFDx"},
+        {"\uFFFF]]>", "]]>"}};
     for (const auto& [text, clean] : cases)
         EXPECT_EQ(cleanText(text), clean) << testing::PrintToString(text);
 }
 
 // Any page in the user's browser can send requests to this machine, and any name can lead to it.
 TEST(Service, RefusesOtherSitesAndOtherNames) {
-    Options options = serving(TAVRO_TEST_SAMPLES);
+    Reports reports;
+    Options options = serving(TAVRO_TEST_SAMPLES, {}, &reports);
     options.hosts = {"Shelf.example", "forwarded.example:8080"};
-    std::vector<std::string> reports;
-    options.report = [&](const std::string& text) { reports.push_back(text); };
     Served served(options);
-    const std::string port = ":" + std::to_string(served.service.port());
-    const std::string book = idAt(served.service, "salt-and-pepper.epub");
-    const std::string none = "-";
-    const struct {
-        std::string host;
-        std::string origin;
-        bool taken;
-    } cases[] = {
-        {"127.0.0.1" + port, none, true},
-        {"LOCALHOST", none, true},
-        {"[::1]" + port, none, true},
-        {"[0:0::1]", none, true},
-        {"shelf.example" + port, none, true},
-        {"localhost" + port, "http://127.0.0.1" + port, true},
-        {"attacker.example" + port, none, false},
-        {"Forwarded.example:8080", "http://forwarded.example:8080", true},
-        {"forwarded.example" + port, none, false},
-        {"localhost:1", none, false},
-        {"localhost:", none, false},
-        {"localhost.attacker.example", none, false},
-        {"[::1", none, false},
-        {"192.0.2.1" + port, none, false},
-        {"", none, false},
-        {"localhost" + port, "http://attacker.example", false},
-        {"localhost" + port, "https://localhost" + port, false},
-        {"localhost" + port, "null", false},
+    const std::string cover = "/covers/" + served.id("salt-and-pepper.epub");
+    const auto withPort = [&](const std::string& text) {
+        return std::regex_replace(text, std::regex("PORT"), std::to_string(served.port()));
     };
-    httplib::Client client(served.service.url());
-    for (const auto& [host, origin, taken] : cases) {
+    const auto expect = [&](int status, const std::string& host, const std::string& origin = "-") {
         SCOPED_TRACE(host + " from " + origin);
-        httplib::Headers headers = {{"Host", host}};
-        if (origin != none)
-            headers.emplace("Origin", origin);
+        httplib::Headers headers = {{"Host", withPort(host)}};
+        if (origin != "-")
+            headers.emplace("Origin", withPort(origin));
         reports.clear();
-        EXPECT_EQ(client.Get("/covers/" + book, headers)->status, taken ? 200 : 403);
-        EXPECT_EQ(client.Get("/control/status", headers)->status, taken ? 200 : 403);
-        EXPECT_EQ(reports.size(), taken ? 0u : 2u);
-        const std::size_t requests = served.service.requests().size();
+        for (const std::string& path : {cover, std::string("/control/status")})
+            EXPECT_EQ(served.client.Get(path, headers)->status, status);
+        EXPECT_EQ(reports.size(), status == 200 ? 0u : 2u);
+        const std::size_t requests = served.requests().size();
         for (const auto& operation : allOperations())
-            EXPECT_EQ(client.Post(operation.path(), headers, "x", "text/xml")->status,
-                      taken ? 200 : 403);
-        EXPECT_EQ(served.service.requests().size() - requests, taken ? allOperations().size() : 0);
-    }
-    EXPECT_THAT(ask(served.service, "GET /shop HTTP/1.0\r\n\r\n"), HasSubstr(" 403 "));
+            EXPECT_EQ(served.client.Post(operation.path(), headers, "x", "text/xml")->status,
+                      status);
+        EXPECT_EQ(served.requests().size() - requests, status == 200 ? allOperations().size() : 0);
+    };
+    for (const char* host :
+         {"127.0.0.1:PORT", "LOCALHOST", "[::1]:PORT", "[0:0::1]", "shelf.example:PORT"})
+        expect(200, host);
+    for (const char* host :
+         {"attacker.example:PORT", "forwarded.example:PORT", "localhost:1",
+          "localhost:", "localhost.attacker.example", "[::1", "192.0.2.1:PORT", ""})
+        expect(403, host);
+    expect(200, "localhost:PORT", "http://127.0.0.1:PORT");
+    expect(200, "Forwarded.example:8080", "http://forwarded.example:8080");
+    for (const char* origin : {"http://attacker.example", "https://localhost:PORT", "null"})
+        expect(403, "localhost:PORT", origin);
+    const posix::FileDescriptor unnamed = connectTo(served);
+    EXPECT_TRUE(posix::writeAll(unnamed.get(), "GET /shop HTTP/1.0\r\n\r\n"));
+    EXPECT_THAT(readAll(unnamed.get()), HasSubstr(" 403 "));
 
     options.address = "0.0.0.0";
-    const Service everywhere(options);
-    EXPECT_THAT(ask(everywhere, "GET /shop HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n"),
-                HasSubstr(" 200 "));
-    EXPECT_THAT(ask(everywhere, "GET /shop HTTP/1.1\r\nHost: 192.0.2.1\r\n\r\n"),
-                HasSubstr(" 403 "));
+    Served everywhere(options);
+    EXPECT_EQ(everywhere.client.Get("/shop", {{"Host", "127.0.0.1"}})->status, 200);
+    EXPECT_EQ(everywhere.client.Get("/shop", {{"Host", "192.0.2.1"}})->status, 403);
 }
 
 TEST(Service, ReportsShowWhatATerminalWouldObey) {
     const TemporaryFolder folder;
     writeFile(folder / "\x1B[2J\xFF.epub", "no archive");
-    std::vector<std::string> reports;
-    Options options = serving(folder / "");
-    options.report = [&](const std::string& text) { reports.push_back(text); };
-    const Service service(options);
-    httplib::Client(service.url()).Post("/%1B%5B2J%C2%9B%FF", "", "text/xml");
+    Reports reports;
+    const Service service(serving(folder / "", {}, &reports));
+    Device(service.port()).client.Post("/%1B%5B2J%C2%9B%FF", "", "text/xml");
     EXPECT_THAT(reports, ElementsAre(HasSubstr("/\uFFFD[2J\uFFFD.epub: skipped"),
                                      testing::EndsWith("POST /\uFFFD[2J\uFFFD\uFFFD")));
 }
@@ -669,7 +557,7 @@ TEST(Service, ReportsShowWhatATerminalWouldObey) {
 // Nobody has to log in to be remembered.
 TEST(Service, BoundsWhatStrangersMakeItKeep) {
     Service service({});
-    Device device(service);
+    Device device(service.port());
     const std::string large(1'000'000, 'x');
     for (int count = 0; count < 20; ++count)
         device.post(Operation::LoginUser, large);
@@ -679,33 +567,23 @@ TEST(Service, BoundsWhatStrangersMakeItKeep) {
     EXPECT_GT(bytes, 15u << 20);
     EXPECT_LT(bytes, 16u << 20);
 
-    const auto refused = httplib::Client(service.url()).Put("/", large, "text/plain");
+    const auto refused = Device(service.port()).client.Put("/", large, "text/plain");
     ASSERT_TRUE(refused) << "the answer is lost";
     EXPECT_EQ(refused->status, 413);
 
-    const auto parts = [](std::size_t count, const std::string& name, const std::string& file) {
-        return httplib::MultipartFormDataItems(count, {name, "", file, ""});
-    };
-    const struct {
-        httplib::MultipartFormDataItems form;
-        const char* code;
-    } forms[] = {
-        {parts(64, std::string(256, 'n'), ""), "2002"},
-        {parts(65, "n", ""), "2001"},
-        {parts(1, std::string(257, 'n'), ""), "2001"},
-        {parts(1, "file", std::string(1025, 'n')), "2001"},
-    };
-    for (const auto& [form, code] : forms) {
-        EXPECT_EQ(codeOf(device.form(Operation::UploadContent, form)), code);
+    const auto answerTo = [&](std::size_t count, const std::string& name, const std::string& file) {
+        const httplib::MultipartFormDataItems parts(count, {name, "", file, ""});
+        const std::string code = codeOf(device.form(Operation::UploadContent, parts));
         EXPECT_LE(service.requests().back().fields.size(), 64u);
-    }
+        return code;
+    };
+    EXPECT_EQ(answerTo(64, std::string(256, 'n'), ""), "2002");
+    EXPECT_EQ(answerTo(65, "n", ""), "2001");
+    EXPECT_EQ(answerTo(1, std::string(257, 'n'), ""), "2001");
+    EXPECT_EQ(answerTo(1, "file", std::string(1025, 'n')), "2001");
 
     const std::string nested = "{\"operation\":\"LoginUser\",\"code\":" + std::string(500'000, '[');
-    EXPECT_EQ(
-        httplib::Client(service.url())
-            .Post("/control/faults", nested + std::string(500'000, ']') + "}", "application/json")
-            ->status,
-        400);
+    EXPECT_EQ(device.command(nested + std::string(500'000, ']') + "}"), 400);
 }
 
 TEST(Service, NobodyWaitsForThoseWhoWait) {
@@ -713,21 +591,20 @@ TEST(Service, NobodyWaitsForThoseWhoWait) {
     options.patience = std::chrono::milliseconds(700);
     Service service(options);
     service.inject(Operation::LoginUser, parseFault("LoginUser:delay=3600000").second);
-    std::vector<std::future<std::string>> answers;
-    answers.reserve(40);
-    for (int count = 0; count < 40; ++count)
-        answers.push_back(std::async(std::launch::async, [&] {
-            return ask(service,
-                       "POST /IOSCloudManagement.svc/LoginUser HTTP/1.1\r\n"
-                       "Host: localhost\r\nContent-Length: 0\r\n\r\n");
-        }));
+    std::vector<std::future<std::string>> answers(40);
+    for (auto& answer : answers)
+        answer = std::async(std::launch::async, [&] {
+            Device device(service.port());
+            device.client.set_read_timeout(60);
+            return codeOf(device.post(Operation::LoginUser, ""));
+        });
     std::vector<posix::FileDescriptor> idle;
-    idle.reserve(100);
     for (int count = 0; count < 100; ++count)
         idle.push_back(connectTo(service));
     const posix::FileDescriptor slow = connectTo(service);
+    Device device(service.port());
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_TRUE(httplib::Client(service.url()).Get("/shop"));
+    EXPECT_TRUE(device.client.Get("/shop"));
     EXPECT_LT(std::chrono::steady_clock::now() - start, options.patience);
 
     while (::send(slow.get(), "G", 1, MSG_NOSIGNAL) == 1 &&
@@ -737,9 +614,9 @@ TEST(Service, NobodyWaitsForThoseWhoWait) {
     for (const posix::FileDescriptor& connection : idle)
         EXPECT_EQ(readAll(connection.get()), "");
 
-    httplib::Client(service.url()).Delete("/control/faults");
+    device.client.Delete("/control/faults");
     for (auto& answer : answers)
-        EXPECT_THAT(answer.get(), HasSubstr("<Error>2001<"));
+        EXPECT_EQ(answer.get(), "2001");
 }
 
 TEST(Service, StandsStillForNoReaderOfItsLog) {
@@ -753,10 +630,7 @@ TEST(Service, StandsStillForNoReaderOfItsLog) {
     writer.close();
     char line[200] = {};
     ASSERT_GT(::read(reader.get(), line, sizeof line - 1), 0);
-    const std::string text = line;
-    const std::string url = "\"url\":\"";
-    const std::size_t begin = text.find(url) + url.size();
-    httplib::Client client(text.substr(begin, text.find('"', begin) - begin));
+    httplib::Client client(nlohmann::json::parse(std::string(line)).at("url").get<std::string>());
     for (int count = 0; count < 600; ++count)
         ASSERT_TRUE(client.Post("/" + std::string(2000, 'x'), "", "text/xml")) << count;
     const auto start = std::chrono::steady_clock::now();
@@ -773,24 +647,24 @@ TEST(Service, StateIsPrivateAndStaysSmall) {
     fs::create_directory(folder / "state.uploads");
     const mode_t mask = ::umask(0);
     Served served(serving(folder / "books", folder / "state"));
-    const std::string id = idAt(served.service, "a.txt");
+    const std::string id = served.id("a.txt");
     for (int count = 0; count < 100; ++count)
-        ASSERT_EQ(codeOf(served.device.upload(id, "new", "a.txt")), "1003");
+        ASSERT_EQ(codeOf(served.upload(id, "new", "a.txt")), "1003");
     ::umask(mask);
     EXPECT_LT(fs::file_size(folder / "state-wal"), 256u << 10);
-    std::set<std::string> open;
+    std::vector<std::string> open;
     for (const auto& entry : fs::recursive_directory_iterator(folder / "")) {
         const bool ours = entry.path().filename().string().rfind("state", 0) == 0 ||
                           entry.path().parent_path().filename() == "state.uploads";
         if (ours && (entry.status().permissions() & fs::perms(0077)) != fs::perms::none)
-            open.insert(entry.path());
+            open.push_back(entry.path());
     }
     EXPECT_THAT(open, ElementsAre());
 }
 
 TEST(Service, StopDoesNotWaitForSlowRequests) {
     Service service({});
-    Device device(service);
+    Device device(service.port());
     service.inject(Operation::LoginUser, parseFault("LoginUser:delay=60000").second);
     auto answer = std::async([&] { return codeOf(device.post(Operation::LoginUser, "x")); });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -806,14 +680,20 @@ TEST(Service, StopDoesNotWaitForSlowRequests) {
 
 TEST(Service, UploadsKeepTheirNames) {
     const TemporaryFolder folder;
-    writeFile(folder / "a.txt", "a");
-    Served served(serving(folder / ""));
+    writeFile(folder / "books/a.txt", "a");
+    Served served(serving(folder / "books"));
+    const std::string id = served.id("a.txt");
+    folium::tavro::CurlManager library;
     for (const char* name : {"q\"q.txt", "a\\b.txt", "a\\\\b.txt", "100%.txt", "%41.txt",
-                             "a; filename=b.txt", "\xD0\xAF \xE2\x82\xAC.txt"})
-        EXPECT_EQ(arrivedName(served, name), name);
-    const std::string id = idAt(served.service, "a.txt");
-    served.device.upload(id, "new", "o\\\"l\\\\d %22.txt");  // as older versions of libcurl
-    EXPECT_EQ(bookAt(served.service, "a.txt").fileName, "o\"l\\d %22.txt");
+                             "a; filename=b.txt", "\xD0\xAF \xE2\x82\xAC.txt"}) {
+        writeFile(fs::path(folder / name), "new");
+        library.uploadFile("http://127.0.0.1/UploadContent.aspx", served.port(),
+                           {{"Token", served.token}, {"SessionId", served.session}, {"ItemId", id}},
+                           folder / name);
+        EXPECT_EQ(served.book("a.txt").fileName, name);
+    }
+    served.upload(id, "new", "o\\\"l\\\\d %22.txt");  // as older versions of libcurl
+    EXPECT_EQ(served.book("a.txt").fileName, "o\"l\\d %22.txt");
 }
 
 // A folder that cannot be read says nothing about its books; devices would delete theirs.
@@ -822,14 +702,13 @@ TEST(Service, NoBookIsDeletedUnlessItsFolderWasRead) {
     const fs::path books = folder / "books";
     for (const char* name : {"a.txt", "sub/deep/b.txt", "sub.txt/c.txt", "d.txt"})
         writeFile(books / name, name);
-    std::vector<std::string> reports;
-    Options options = serving(books, folder / "state");
-    options.report = [&](const std::string& text) { reports.push_back(text); };
+    Reports reports;
+    const Options options = serving(books, folder / "state", &reports);
     auto served = std::make_unique<Served>(options);
     const auto deleted = [&] {
-        served->device.catalogue();
+        served->catalogue();
         std::vector<std::string> paths;
-        for (const Book& book : served->service.books()) {
+        for (const Book& book : served->books()) {
             if (book.deleted)
                 paths.push_back(book.path);
         }
@@ -872,10 +751,15 @@ TEST(Service, StateFileBelongsToOneFolder) {
     writeFile(folder / "books/a.txt", "a");
     writeFile(folder / "other/b.txt", "b");
     fs::create_symlink(folder / "books", folder / "link");
-    {
-        SQLite::Database(folder / "state", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
-            .exec(version_one_state);
-    }
+    SQLite::Database(folder / "state", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+        .exec(  // the tables of the first version
+            "CREATE TABLE devices (token PRIMARY KEY, device_id, device_type);"
+            "CREATE TABLE accounts (id INTEGER PRIMARY KEY, email UNIQUE COLLATE NOCASE,"
+            " first_name, last_name, password);"
+            "CREATE TABLE sessions (id PRIMARY KEY, token, account);"
+            "CREATE TABLE items (id INTEGER PRIMARY KEY, path UNIQUE, size, modified, title,"
+            " artist, isbn, isbn13, file_type, has_cover, deleted DEFAULT 0, upload DEFAULT '',"
+            " upload_name DEFAULT ''); PRAGMA user_version=1");
     for (const char* name : {"books", "other/../books/", "link", ""}) {
         const Service service(serving(*name ? folder / name : "", folder / "state"));
         EXPECT_EQ(service.books().size(), *name ? 1u : 0u) << name;
@@ -899,7 +783,7 @@ TEST(Service, UploadsOutliveALostStateFileAndAFailedReplacement) {
     };
     {
         Served served(options);
-        served.device.upload(idAt(served.service, "a.txt"), "mine", "a.txt");
+        served.upload(served.id("a.txt"), "mine", "a.txt");
     }
     SQLite::Database(folder / "state", SQLite::OPEN_READWRITE)
         .exec(
@@ -907,14 +791,14 @@ TEST(Service, UploadsOutliveALostStateFileAndAFailedReplacement) {
             " BEGIN SELECT RAISE(ABORT, 'the disk is full'); END");
     {
         Served served(options);
-        const std::string id = idAt(served.service, "a.txt");
-        EXPECT_EQ(codeOf(served.device.upload(id, "next", "a.txt")), "2099");
-        EXPECT_EQ(served.device.download(id)->body, "mine");
+        const std::string id = served.id("a.txt");
+        EXPECT_EQ(codeOf(served.upload(id, "next", "a.txt")), "2099");
+        EXPECT_EQ(served.download(id)->body, "mine");
         EXPECT_EQ(uploads(), 1);
     }
     fs::rename(folder / "state", folder / "mislaid");
     { const Service service(options); }
     fs::rename(folder / "mislaid", folder / "state");
     Served served(options);
-    EXPECT_EQ(served.device.download(idAt(served.service, "a.txt"))->body, "mine");
+    EXPECT_EQ(served.download(served.id("a.txt"))->body, "mine");
 }

@@ -11,14 +11,11 @@
 #include <functional>
 #include <thread>
 
-#include "account/account_requests.h"
 #include "account/book_map.h"
-#include "account/journal.h"
 #include "core_utils.h"
-#include "support/device_root.h"
+#include "support/logged_in_device.h"
 #include "support/processes.h"
 #include "support/shell_guard.h"
-#include "support/test_service.h"
 #include "tavro-sync/activity_log.h"
 #include "tavro-sync/sync_round.h"
 #include "tavro_client.h"
@@ -35,19 +32,13 @@ namespace {
 const std::string root = TAVRO_TEST_DEVICE_ROOT;
 
 /// A device with its applications whose account is logged in, and nothing synchronised yet.
-class Sync : public testing::Test {
+class Sync : public LoggedInDevice {
 protected:
     Sync() {
         writeFile(folder / "books/third.txt", "The third book.\n");
         fs::copy_file(TAVRO_TEST_SAMPLES "/salt-and-pepper.epub", folder / "books/pepper.epub");
-        device.writeServerSettings(service.port());
-        device.writeAccount();
         fs::create_directories(root + "/ebrmain/bin");
         fs::create_symlink(TAVRO_TEST_SYNC_APPLICATION, application);
-        account = tavro::tools::Account(device.configuration());
-        tavro::tools::registerDevice(account, false);
-        tavro::tools::openAccount(account, "password");
-        tavro::tools::logIn(account, "password");
     }
 
     /// Names of the files in the download folder.
@@ -86,11 +77,7 @@ protected:
         return isTrue();
     }
 
-    const DeviceRoot device;
-    const TemporaryFolder folder;
-    TestService service{folder};
     const std::string application = root + "/ebrmain/bin/tavro_sync.app";
-    tavro::tools::Account account{device.configuration()};
     const tavro::tools::ActivityLog log{account.file(".tavro_sync.log")};
     const std::vector<std::string> books{"first.txt", "pepper.epub", "second.txt", "third.txt"};
 };
@@ -138,7 +125,7 @@ TEST_F(Sync, DeletedBooksGoUnlessTheirChangeWaits) {
         fs::remove((folder / "books/") + name);
     addToMap(device.configuration(), {{"../joined.txt", item("second")}});
     writeFile(device.syncFolder() + "/../joined.txt", "not in the folder");
-    SyncJournal(account.file(account_files::journal)).push({"first.txt", "first.txt", false});
+    journalChange("first.txt", "first.txt");
 
     service.inject("UploadContent:code=2010");
     EXPECT_FALSE(round());
@@ -172,8 +159,8 @@ TEST_F(Sync, CutBookMapAndFullDiskLoseNothing) {
     EXPECT_EQ(files(), books);
 
     const SyncJournal::Record change{"first.txt", "first.txt", false};
-    for (const char* journal : {account_files::journal, ".tavro_journal_replaying"}) {
-        SyncJournal(account.file(journal)).push(change);
+    for (const std::string& file : {journal, account.file(".tavro_journal_replaying")}) {
+        SyncJournal(file).push(change);
         const pid_t process = ::fork();
         if (process == 0) {
             const rlimit nothing{0, 0};
@@ -182,7 +169,7 @@ TEST_F(Sync, CutBookMapAndFullDiskLoseNothing) {
             ::execl(application.c_str(), application.c_str(), nullptr);
         }
         EXPECT_EQ(statusOf(process), 1);
-        EXPECT_GT(fs::file_size(account.file(journal)), 0U);
+        EXPECT_GT(fs::file_size(file), 0U);
         ASSERT_TRUE(round());
         EXPECT_TRUE(tavro::tools::pendingChanges(account).empty());
         EXPECT_EQ(service.requests().back().operation, Operation::SysnWithCloud);
@@ -195,7 +182,7 @@ TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
     ASSERT_TRUE(round());
     fs::remove(device.syncFolder() + "/second.txt");
     writeFile(device.syncFolder() + "/first-2.txt", "The first book, corrected.\n");
-    SyncJournal(account.file(account_files::journal)).push({"first.txt", "first-2.txt", false});
+    journalChange("first.txt", "first-2.txt");
     for (const std::string operation : {"UploadContent", "SysnWithCloud", "DownloadContent"})
         service.inject(operation + ":delay=40");
     for (auto life = 10ms; life < 200ms; life += 20ms) {
