@@ -588,7 +588,7 @@ TEST(Service, BoundsWhatStrangersMakeItKeep) {
 
 TEST(Service, NobodyWaitsForThoseWhoWait) {
     Options options;
-    options.patience = std::chrono::milliseconds(700);
+    options.patience = std::chrono::seconds(4);  // longer than a slow machine needs
     Service service(options);
     service.inject(Operation::LoginUser, parseFault("LoginUser:delay=3600000").second);
     std::vector<std::future<std::string>> answers(40);
@@ -608,9 +608,9 @@ TEST(Service, NobodyWaitsForThoseWhoWait) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, options.patience);
 
     while (::send(slow.get(), "G", 1, MSG_NOSIGNAL) == 1 &&
-           std::chrono::steady_clock::now() - start < std::chrono::seconds(20))
+           std::chrono::steady_clock::now() - start < std::chrono::seconds(40))
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
     for (const posix::FileDescriptor& connection : idle)
         EXPECT_EQ(readAll(connection.get()), "");
 
