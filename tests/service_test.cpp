@@ -573,7 +573,7 @@ TEST(Service, BoundsWhatStrangersMakeItKeep) {
 
     const auto answerTo = [&](std::size_t count, const std::string& name, const std::string& file) {
         const httplib::MultipartFormDataItems parts(count, {name, "", file, ""});
-        const std::string code = codeOf(device.form(Operation::UploadContent, parts));
+        std::string code = codeOf(device.form(Operation::UploadContent, parts));
         EXPECT_LE(service.requests().back().fields.size(), 64u);
         return code;
     };
@@ -599,7 +599,8 @@ TEST(Service, NobodyWaitsForThoseWhoWait) {
             return codeOf(device.post(Operation::LoginUser, ""));
         });
     std::vector<posix::FileDescriptor> idle;
-    for (int count = 0; count < 100; ++count)
+    idle.reserve(100);
+    while (idle.size() < idle.capacity())
         idle.push_back(connectTo(service));
     const posix::FileDescriptor slow = connectTo(service);
     Device device(service.port());
