@@ -2,7 +2,7 @@
 // the C++ run time has only since 2021. Ours, hidden, does what older ones did, so that all that we
 // build loads beside them. Declared here: a header of the run time would make it visible.
 
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl58-cpp): names and place are the run time's
+// NOLINTBEGIN(cert-dcl58-cpp,*-reserved-identifier): names and place are the run time's
 namespace std {
 
 [[noreturn]] void __throw_bad_alloc();
@@ -14,4 +14,4 @@ void __throw_bad_array_new_length() {
 }
 
 }  // namespace std
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl58-cpp)
+// NOLINTEND(cert-dcl58-cpp,*-reserved-identifier)

@@ -49,7 +49,7 @@ std::string resolved(const std::string& path) {
 
 /// The same for a file that may still be missing in an existing folder.
 std::string withoutLinks(const std::string& path) {
-    const std::string name = resolved(path);
+    std::string name = resolved(path);
     if (!name.empty() || errno != ENOENT)
         return name;
     const std::size_t nameStart = path.rfind('/') + 1;  // 0 without a folder
