@@ -40,7 +40,8 @@ bool isEntryOf(std::string_view line, std::string_view key) {
     return entry && entry->key == key;
 }
 
-/// What an existing file `path` is called when no link is on the way; empty when there is none.
+/// What an existing file `path` is called when no link is on the way; empty, with `errno` set, when
+/// there is none.
 std::string resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> name(::realpath(path.c_str(), nullptr),
                                                            &std::free);
@@ -75,7 +76,7 @@ std::vector<std::string> splitLines(std::string_view content) {
 
 std::optional<ConfigurationFile> ConfigurationFile::open(const std::string& path) {
     ConfigurationFile file(withoutLinks(path));
-    if (!file.load())
+    if (file.path_.empty() || !file.load())
         return std::nullopt;
     return file;
 }
@@ -83,7 +84,7 @@ std::optional<ConfigurationFile> ConfigurationFile::open(const std::string& path
 bool ConfigurationFile::load() {
     const posix::FileDescriptor file = openRegularFile(path_.c_str());
     if (!file)
-        return errno == ENOENT && !path_.empty();
+        return errno == ENOENT;
     saved_ = readAll(file);
     lines_ = splitLines(saved_.value_or(""));
     return saved_.has_value();
