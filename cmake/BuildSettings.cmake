@@ -26,6 +26,18 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     # The plain file interface of a 32-bit machine fails on large files and large inode numbers.
     add_compile_definitions(_FILE_OFFSET_BITS=64)
 endif()
+if(NOT TAVRO_SANITIZE)
+    # As a distribution hardens its packages; scripts/hardening looks whether it is so.
+    set(optimised $<CONFIG:Release,RelWithDebInfo>)
+    add_compile_options($<${optimised}:-fstack-protector-strong>
+                        $<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
+    add_link_options($<${optimised}:LINKER:-z,relro,-z,now>)
+endif()
+if(CMAKE_CROSSCOMPILING)
+    # Our libraries, which go to a device, must not say where they look for others. So programs,
+    # which are run in the build folder, do that for them: a RUNPATH would not.
+    add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:LINKER:--disable-new-dtags>)
+endif()
 if(TAVRO_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
 endif()

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "posix/file_status.h"
 #include "posix/retry_after_signal.h"
 #include "posix/system_error.h"
 #include "posix/temporary_file.h"
@@ -71,8 +72,8 @@ void removeAbandonedReplacements(const std::string& folder) {
 }
 
 mode_t modeOf(const std::string& path, mode_t otherwise) {
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : otherwise;
+    const std::optional<FileStatus> status = statusOf(path.c_str());
+    return status ? status->mode & 0777 : otherwise;
 }
 
 }  // namespace posix

@@ -3,14 +3,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "posix/file_status.h"
+
 namespace posix {
 
 namespace {
 
 /// Whether `stream` is a regular file: a folder opens as well but has no content to measure.
 bool isRegularFile(std::FILE* stream) {
-    struct stat status = {};
-    return ::fstat(::fileno(stream), &status) == 0 && S_ISREG(status.st_mode);
+    const std::optional<FileStatus> status = statusOf(::fileno(stream));
+    return status && S_ISREG(status->mode);
 }
 
 }  // namespace

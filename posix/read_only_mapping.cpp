@@ -1,20 +1,21 @@
 #include "posix/read_only_mapping.h"
 
 #include <sys/mman.h>
-#include <sys/stat.h>
 
 #include <cstdint>
+
+#include "posix/file_status.h"
 
 namespace posix {
 
 ReadOnlyMapping::ReadOnlyMapping(int descriptor) {
-    struct stat status = {};
-    if (::fstat(descriptor, &status) == -1)
+    const std::optional<FileStatus> status = statusOf(descriptor);
+    if (!status)
         return;
     // A 64-bit file size that the address space cannot hold must not be mapped in part.
-    if (static_cast<std::uintmax_t>(status.st_size) > SIZE_MAX)
+    if (static_cast<std::uintmax_t>(status->size) > SIZE_MAX)
         return;
-    const auto size = static_cast<std::size_t>(status.st_size);
+    const auto size = static_cast<std::size_t>(status->size);
     void* address = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
     if (address == MAP_FAILED)
         return;

@@ -20,6 +20,7 @@
 #include "posix/temporary_file.h"
 #include "support/logged_in_device.h"
 #include "support/processes.h"
+#include "tavro_client.h"
 
 using namespace tavro::tools;
 using tavro::service::Operation;
@@ -159,6 +160,29 @@ TEST_F(Loss, FailedDownloadLeavesPresentBooksAlone) {
         EXPECT_THAT(failureOf([&] { downloadBook(*session, account, entry); }),
                     HasSubstr("no whole file came"));
     EXPECT_EQ(readFile(book("first.txt")), "The first book.\n");
+}
+
+// A 32-bit machine cannot tell such a date, which must not pass for a missing or empty file.
+TEST_F(Loss, FilesDatedAfter2038AreAsGoodAsOthers) {
+    journalChange("first.txt", "renamed.txt");
+    const std::string settings = account.file(account_files::configuration);
+    fs::permissions(settings, fs::perms{0640});
+    Words touch{"/usr/bin/touch", "-d", "2040-01-01", account.folder(), book("first.txt")};
+    for (const auto& entry : fs::directory_iterator(account.folder()))
+        touch.push_back(entry.path());
+    ASSERT_EQ(statusOf(::start(touch)), 0);
+
+    Tavro late;
+    EXPECT_TRUE(late.init(account.folder()));
+    EXPECT_EQ(service.count(Operation::RegisterDevice), 1U);
+    EXPECT_TRUE(TavroClient().IsLoggedIn());
+    EXPECT_EQ(late.downloadBook(session->getAddedBooks().front()), "first_1.txt");
+    EXPECT_EQ(late.GetBooks().size(), 3U);
+    SyncJournal changes(journal);
+    changes.reload();
+    EXPECT_EQ(changes.count(), 1U);
+    account.store({{"Email", "late@reader.example"}});
+    EXPECT_EQ(fs::status(settings).permissions(), fs::perms{0640});
 }
 
 TEST_F(Loss, MissingDownloadFolderIsMadeForAnAccountWithoutBooksOnly) {

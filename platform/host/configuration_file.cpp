@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <memory>
 #include <numeric>
-#include <system_error>
 
 #include "file_access.h"
 #include "posix/atomic_file.h"
@@ -39,6 +40,24 @@ bool isEntryOf(std::string_view line, std::string_view key) {
     return entry && entry->key == key;
 }
 
+/// What an existing file `path` is called when no link is on the way; empty, with `errno` set, when
+/// there is none.
+std::string resolved(const std::string& path) {
+    const std::unique_ptr<char, decltype(&std::free)> name(::realpath(path.c_str(), nullptr),
+                                                           &std::free);
+    return name ? name.get() : "";
+}
+
+/// The same for a file that may still be missing in an existing folder.
+std::string withoutLinks(const std::string& path) {
+    std::string name = resolved(path);
+    if (!name.empty() || errno != ENOENT)
+        return name;
+    const std::size_t nameStart = path.rfind('/') + 1;  // 0 without a folder
+    const std::string folder = resolved(nameStart == 0 ? "." : path.substr(0, nameStart));
+    return folder.empty() || nameStart == path.size() ? "" : folder + "/" + path.substr(nameStart);
+}
+
 bool endsWith(std::string_view text, std::string_view ending) {
     return text.size() >= ending.size() && text.substr(text.size() - ending.size()) == ending;
 }
@@ -56,10 +75,8 @@ std::vector<std::string> splitLines(std::string_view content) {
 }  // namespace
 
 std::optional<ConfigurationFile> ConfigurationFile::open(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    ConfigurationFile file(std::filesystem::weakly_canonical(absolute, error));
-    if (path.empty() || error || !file.load())
+    ConfigurationFile file(withoutLinks(path));
+    if (file.path_.empty() || !file.load())
         return std::nullopt;
     return file;
 }
@@ -67,7 +84,7 @@ std::optional<ConfigurationFile> ConfigurationFile::open(const std::string& path
 bool ConfigurationFile::load() {
     const posix::FileDescriptor file = openRegularFile(path_.c_str());
     if (!file)
-        return errno == ENOENT && std::filesystem::is_directory(path_.parent_path());
+        return errno == ENOENT;
     saved_ = readAll(file);
     lines_ = splitLines(saved_.value_or(""));
     return saved_.has_value();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,12 +38,12 @@ public:
 
 private:
     /// `path` is absolute and names the file itself, not a link to it.
-    explicit ConfigurationFile(std::filesystem::path path) : path_(std::move(path)) {}
+    explicit ConfigurationFile(std::string path) : path_(std::move(path)) {}
 
     bool load();
     std::size_t lineOf(std::string_view key) const;
 
-    std::filesystem::path path_;
+    std::string path_;
     std::optional<std::string> saved_;  // what the file holds, if it exists
     std::vector<std::string> lines_;    // each with its line end
 };

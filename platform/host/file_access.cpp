@@ -7,16 +7,19 @@
 #include <array>
 #include <cerrno>
 
+#include "posix/file_status.h"
 #include "posix/retry_after_signal.h"
 
 posix::FileDescriptor openRegularFile(const char* path) {
     posix::FileDescriptor file(posix::retryAfterSignal(
         [path] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
-    struct stat status {};
-    if (!file || (::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)))
+    if (!file)
+        return file;
+    const std::optional<posix::FileStatus> status = posix::statusOf(file.get());
+    if (status && S_ISREG(status->mode))
         return file;
     file.close();
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    errno = status && S_ISDIR(status->mode) ? EISDIR : EINVAL;
     return file;
 }
 

@@ -1,7 +1,5 @@
 // LoadJPEG, LoadPNGStretch and LoadBitmap.
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -12,6 +10,7 @@
 #include "guarded.h"
 #include "image_decoders.h"
 #include "lectern_host.h"
+#include "posix/file_status.h"
 
 namespace {
 
@@ -20,10 +19,12 @@ namespace {
 std::optional<std::string> contentOf(const char* path) {
     constexpr off_t largest_file = 160'000'000;
     const posix::FileDescriptor file = openRegularFile(path);
-    struct stat status {};
-    if (!file || ::fstat(file.get(), &status) != 0)
+    if (!file)
         return std::nullopt;
-    if (status.st_size > largest_file) {
+    const std::optional<posix::FileStatus> status = posix::statusOf(file.get());
+    if (!status)
+        return std::nullopt;
+    if (status->size > largest_file) {
         errno = EFBIG;
         return std::nullopt;
     }

@@ -1,18 +1,14 @@
 #include <lectern.h>
-#include <unistd.h>
 
 #include <string>
 
 #include "client/browser_file.h"
 #include "platform/device_paths.h"
+#include "posix/file_status.h"
 #include "tavro.h"
 #include "tavro_entry_points.h"
 
 namespace {
-
-bool exists(const std::string& path) {
-    return ::access(path.c_str(), F_OK) == 0;
-}
 
 /// Loads the first cover file that lies at `path` with one of the extensions, readable or not.
 LecternBitmap* loadCover(const std::string& path, int width, int height) {
@@ -20,11 +16,11 @@ LecternBitmap* loadCover(const std::string& path, int width, int height) {
     constexpr int contrast = 105;
     constexpr int proportional = 1;
     constexpr int dither = 1;
-    if (const std::string file = path + ".jpeg"; exists(file))
+    if (const std::string file = path + ".jpeg"; posix::exists(file))
         return LoadJPEG(file.c_str(), width, height, brightness, contrast, proportional);
-    if (const std::string file = path + ".png"; exists(file))
+    if (const std::string file = path + ".png"; posix::exists(file))
         return LoadPNGStretch(file.c_str(), width, height, proportional, dither);
-    if (const std::string file = path + ".bmp"; exists(file))
+    if (const std::string file = path + ".bmp"; posix::exists(file))
         return LoadBitmap(file.c_str());
     return nullptr;
 }

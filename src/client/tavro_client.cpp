@@ -1,6 +1,5 @@
 #include "tavro_client.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,6 +8,7 @@
 #include "platform/configuration.h"
 #include "platform/device_paths.h"
 #include "platform/log.h"
+#include "posix/file_status.h"
 #include "session/account_keys.h"
 
 namespace {
@@ -38,8 +38,8 @@ std::string TavroClient::GetProfile() {
 
 bool TavroClient::IsLoggedIn() const {
     logCall(__LINE__, "bool TavroClient::IsLoggedIn() const", "[pid:%d]Tavro IsLoggedIn called");
-    struct stat status = {};
-    return ::stat(device_paths::login_marker, &status) == 0 && status.st_size > 0;
+    const std::optional<posix::FileStatus> status = posix::statusOf(device_paths::login_marker);
+    return status && status->size > 0;
 }
 
 std::string TavroClient::GetSyncFolder() {

@@ -1,8 +1,8 @@
 #include "session/download_name.h"
 
-#include <sys/stat.h>
-
 #include <string_view>
+
+#include "posix/file_status.h"
 
 namespace session {
 
@@ -28,11 +28,6 @@ std::size_t extensionPosition(const std::string& name) {
     return dot;
 }
 
-bool exists(const std::string& path) {
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0;
-}
-
 }  // namespace
 
 std::string freeName(const std::string& folder, const std::string& serverName) {
@@ -42,7 +37,7 @@ std::string freeName(const std::string& folder, const std::string& serverName) {
     const std::string base = name.substr(0, position);
     const std::string extension = name.substr(position);
     std::string candidate = name;
-    for (unsigned long number = 1; exists(folder + "/" + candidate); ++number)
+    for (unsigned long number = 1; posix::exists(folder + "/" + candidate); ++number)
         candidate = base + "_" + std::to_string(number) + extension;
     return candidate;
 }
