@@ -48,10 +48,14 @@ if(TAVRO_SANITIZE)
 endif()
 
 # tavro_optimise_for_device(target): compiles target, which becomes part of the library, so that what
-# nothing reaches can be left out, and on a device for size: only -Os stays below 100 KiB there.
+# nothing reaches can be left out, and on a device for size; on ARM in its short instructions, which
+# compilers for soft float do not choose by themselves.
 function(tavro_optimise_for_device target)
     target_compile_options(${target} PRIVATE -ffunction-sections -fdata-sections)
     if(CMAKE_SIZEOF_VOID_P EQUAL 4)
         target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-Os>)
+    endif()
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+        target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-mthumb>)
     endif()
 endfunction()

@@ -47,7 +47,7 @@ int tavro_get_book_status(const char* path) {
     }
     ::flock(list, LOCK_SH);
     const std::vector<std::string> files = filesToDownload();
-    if (std::find(files.begin(), files.end(), path) == files.end()) {
+    if (std::count(files.begin(), files.end(), path) == 0) {
         ::flock(list, LOCK_UN);
         ::close(list);
         return not_pending;

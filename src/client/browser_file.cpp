@@ -1,6 +1,5 @@
 #include "client/browser_file.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "client/desc_comp.h"
@@ -35,8 +34,11 @@ std::string itemKey(const std::string& path, Tavro& session) {
 }
 
 const BookDescription* findBook(const std::vector<BookDescription>& books, const std::string& key) {
-    const auto book = std::find_if(books.begin(), books.end(), DescComp(key));
-    return book == books.end() ? nullptr : &*book;
+    const DescComp hasKey(key);
+    for (const BookDescription& book : books)
+        if (hasKey(book))
+            return &book;
+    return nullptr;
 }
 
 }  // namespace browser_file

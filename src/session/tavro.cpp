@@ -1,8 +1,5 @@
 #include "tavro.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "platform/account_files.h"
 #include "platform/configuration.h"
 #include "posix/files.h"
@@ -75,8 +72,10 @@ bool Tavro::readConfig(const std::string& directory) {
                    {account_keys::download_folder, downloadFolderPath}};
     for (const auto& entry : entries)
         entry.member = ReadString(config.get(), entry.key, "");
-    return std::none_of(std::begin(account_keys::required), std::end(account_keys::required),
-                        [&](const char* key) { return *ReadString(config.get(), key, "") == 0; });
+    for (const char* key : account_keys::required)
+        if (*ReadString(config.get(), key, "") == '\0')
+            return false;
+    return true;
 }
 
 bool Tavro::hasDevice() const {

@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -30,6 +31,32 @@ int idFrom(const IdBytes& bytes) {
     std::int32_t id = 0;
     std::memcpy(&id, bytes.data(), bytes.size());
     return id;
+}
+
+/// A record of the file, in whose content the path lies.
+struct Entry {
+    std::string_view path;
+    int id;
+};
+
+/// Whether `left` stands before `right` in the file.
+bool isEarlier(const Entry& left, const Entry& right) {
+    return left.path.data() < right.path.data();
+}
+
+bool byPath(const Entry& left, const Entry& right) {
+    const int order = left.path.compare(right.path);
+    return order == 0 ? isEarlier(left, right) : order < 0;
+}
+
+bool byId(const Entry& left, const Entry& right) {
+    return left.id == right.id ? isEarlier(left, right) : left.id < right.id;
+}
+
+/// Sorts the records of a file, which mostly are in the order of their paths.
+void sort(std::vector<Entry>& entries, bool (*order)(const Entry&, const Entry&)) {
+    if (!std::is_sorted(entries.begin(), entries.end(), order))
+        std::sort(entries.begin(), entries.end(), order);
 }
 
 }  // namespace
@@ -94,16 +121,15 @@ int BookMap::loadMapInt() {
     const posix::ReadOnlyMapping mapping(fd_);
     if (!mapping)
         return -1;
-    std::vector<std::pair<std::string_view, int>> idsByPath;
-    std::vector<std::pair<int, std::string_view>> pathsById;
+    std::vector<Entry> entries;
     store::RecordReader reader({mapping.data(), mapping.size()});
     std::string_view bookPath;
-    for (IdBytes id = {}; reader.readText(bookPath) && reader.readWord(id);) {
-        idsByPath.emplace_back(bookPath, idFrom(id));
-        pathsById.emplace_back(idFrom(id), bookPath);
-    }
-    store::replaceContent(bookMap, std::move(idsByPath));
-    store::replaceContent(idMap, std::move(pathsById));
+    for (IdBytes id = {}; reader.readText(bookPath) && reader.readWord(id);)
+        entries.push_back({bookPath, idFrom(id)});
+    sort(entries, byPath);
+    store::replaceContent(bookMap, entries, &Entry::path, &Entry::id);
+    sort(entries, byId);
+    store::replaceContent(idMap, entries, &Entry::id, &Entry::path);
     return 0;
 }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <utility>
 
 #include "posix/file_descriptor.h"
 #include "posix/files.h"
@@ -49,7 +50,7 @@ int SyncJournal::reload() {
         records.clear();
         store::RecordReader reader({mapping.data(), mapping.size()});
         for (Record record; readRecord(reader, record);)
-            records.push_back(record);
+            records.push_back(std::move(record));
     }
     [[maybe_unused]] const int unlocked = ::lockf(file.get(), F_ULOCK, 0);
     return file.close();
@@ -67,7 +68,7 @@ unsigned SyncJournal::count() const {
 bool SyncJournal::pop(Record& out) {
     if (records.empty())
         return false;
-    out = records.back();
+    out = std::move(records.back());
     records.pop_back();
     return true;
 }

@@ -73,7 +73,7 @@ bool setUploadOptions(CurlManager& manager, const std::string& url, int port) {
 HeaderList requestHeaders(const std::string& url) {
     HeaderList headers;
     append(headers, "Content-Type: application/xml; charset=utf-8");
-    append(headers, "SOAPAction: " + url);
+    append(headers, ("SOAPAction: " + url).c_str());
     append(headers, "Accept: text/xml");
     return headers;
 }

@@ -3,7 +3,6 @@
 #include <curl/curl.h>
 
 #include <memory>
-#include <string>
 
 namespace folium::tavro {
 
@@ -16,8 +15,8 @@ struct HeaderListDeleter {
 using HeaderList = std::unique_ptr<curl_slist, HeaderListDeleter>;
 
 /// Adds the line `header` at the end of `list`; the list stays as it was if memory runs out.
-inline void append(HeaderList& list, const std::string& header) {
-    if (curl_slist* longer = curl_slist_append(list.get(), header.c_str())) {
+inline void append(HeaderList& list, const char* header) {
+    if (curl_slist* longer = curl_slist_append(list.get(), header)) {
         static_cast<void>(list.release());
         list.reset(longer);
     }

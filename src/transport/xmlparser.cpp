@@ -1,5 +1,6 @@
 #include "xmlparser.h"
 
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -9,29 +10,30 @@ constexpr std::string_view item_element = "ItemsResponse";
 constexpr std::string_view added_element = "AddedItems";
 constexpr std::string_view deleted_element = "DeletedItems";
 
+/// The element of each `BookDescription::Field`.
+constexpr const char* field_elements[] = {"Artist",   "CategoryId",    "CoverArtImage", "Duration",
+                                          "FileType", "ISBN",          "ISBN13",        "ItemID",
+                                          "TavroID",  "NumberOfFiles", "Status",        "Title"};
+static_assert(std::size(field_elements) == BookDescription::FieldCount);
+
+/// An item whose fields are all empty.
+std::vector<std::string> emptyItem() {
+    return std::vector<std::string>(BookDescription::FieldCount);
+}
+
 /// Moves the item in the making to the end of `items` and leaves it with empty fields.
 void storeItem(std::vector<std::string>& item, std::vector<BookDescription>& items) {
     items.emplace_back().data = std::move(item);
-    item.assign(BookDescription::FieldCount, {});
+    item = emptyItem();
 }
 
 }  // namespace
 
-XMLParser::XMLParser()
-    : xmlParser(XML_ParserCreate("utf-8")),
-      fieldIndex{{"Artist", BookDescription::Artist},
-                 {"CategoryId", BookDescription::CategoryId},
-                 {"CoverArtImage", BookDescription::CoverArtImage},
-                 {"Duration", BookDescription::Duration},
-                 {"FileType", BookDescription::FileType},
-                 {"ISBN", BookDescription::ISBN},
-                 {"ISBN13", BookDescription::ISBN13},
-                 {"ItemID", BookDescription::ItemID},
-                 {"TavroID", BookDescription::TavroID},
-                 {"NumberOfFiles", BookDescription::NumberOfFiles},
-                 {"Status", BookDescription::Status},
-                 {"Title", BookDescription::Title}},
-      currentItem(BookDescription::FieldCount) {}
+XMLParser::XMLParser() : xmlParser(XML_ParserCreate("utf-8")), currentItem(emptyItem()) {
+    int field = 0;
+    for (const char* element : field_elements)
+        fieldIndex.emplace(element, field++);
+}
 
 XMLParser::~XMLParser() {
     XML_ParserFree(xmlParser);
@@ -54,8 +56,9 @@ bool XMLParser::parse(const char* data, unsigned length) {
     inItemsResponse = false;
     addedItems.clear();
     deletedItems.clear();
-    elementStack = {};
-    currentItem.assign(BookDescription::FieldCount, {});
+    while (!elementStack.empty())
+        elementStack.pop();
+    currentItem = emptyItem();
     // Never the final piece: what stands before a cut in the answer is still worth having.
     return XML_Parse(xmlParser, data, static_cast<int>(length), 0) != XML_STATUS_ERROR;
 }
@@ -65,8 +68,8 @@ void XMLParser::fStartElementHandler(void* user, const XML_Char* name,
     if (user == nullptr)
         return;
     auto& self = *static_cast<XMLParser*>(user);
-    self.elementStack.emplace(name);
     const std::string_view element = name;
+    self.elementStack.emplace(element);
     if (element == item_element)
         self.inItemsResponse = true;
     else if (element == added_element)
