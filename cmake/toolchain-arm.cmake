@@ -1,18 +1,26 @@
-# What the toolchain files for 32-bit ARM Linux share. They set TAVRO_SYSROOT_ARCHITECTURE (Debian's
-# name) and TAVRO_TARGET (the compiler's) and include this.
+# What the toolchain files for 32-bit ARM Linux share. They set TAVRO_TARGET, the compiler's name of
+# the machine, and include this. For Debian's compilers and libraries they set
+# TAVRO_SYSROOT_ARCHITECTURE, Debian's name of the machine, too; for a device's own (see
+# docs/porting.md) CMAKE_SYSROOT, CMAKE_C_COMPILER and CMAKE_CXX_COMPILER instead.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
-set(CMAKE_C_COMPILER ${TAVRO_TARGET}-gcc)
-set(CMAKE_CXX_COMPILER ${TAVRO_TARGET}-g++)
+if(NOT CMAKE_CXX_COMPILER)
+    set(CMAKE_C_COMPILER ${TAVRO_TARGET}-gcc)
+    set(CMAKE_CXX_COMPILER ${TAVRO_TARGET}-g++)
+endif()
+set(CMAKE_C_COMPILER_TARGET ${TAVRO_TARGET})  # Clang is one compiler for all machines
+set(CMAKE_CXX_COMPILER_TARGET ${TAVRO_TARGET})
 # All is built with one compiler; how older ones passed arguments does not matter.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 
 # Everything but the compiler's own parts comes from the sysroot, and programs run against it.
-get_filename_component(CMAKE_SYSROOT
-    ${CMAKE_CURRENT_LIST_DIR}/../build/sysroot/${TAVRO_SYSROOT_ARCHITECTURE} ABSOLUTE)
-if(NOT EXISTS ${CMAKE_SYSROOT}/.packages)
-    message(FATAL_ERROR "${CMAKE_SYSROOT} is missing. "
-        "Start scripts/sysroot ${TAVRO_SYSROOT_ARCHITECTURE} first.")
+if(NOT CMAKE_SYSROOT)
+    get_filename_component(CMAKE_SYSROOT
+        ${CMAKE_CURRENT_LIST_DIR}/../build/sysroot/${TAVRO_SYSROOT_ARCHITECTURE} ABSOLUTE)
+    if(NOT EXISTS ${CMAKE_SYSROOT}/.packages)
+        message(FATAL_ERROR "${CMAKE_SYSROOT} is missing. "
+            "Start scripts/sysroot ${TAVRO_SYSROOT_ARCHITECTURE} first.")
+    endif()
 endif()
 set(CMAKE_LIBRARY_ARCHITECTURE ${TAVRO_TARGET})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
