@@ -1,0 +1,47 @@
+#pragma once
+
+#include <dlfcn.h>
+
+#include <string>
+
+#include "device-check/check.h"
+
+// The program is linked to none of the libraries that it checks: then it starts on a device that
+// lacks one of them, and says so in the loader's words.
+
+namespace tavro::device_check {
+
+inline constexpr const char* lectern_library = "liblectern.so";
+inline constexpr const char* core_utils_library = "libcore_utils.so";
+inline constexpr const char* curl_library = "libcurl.so.4";
+inline constexpr const char* expat_library = "libexpat.so.1";
+inline constexpr const char* tavro_library = "libtavro.so";
+
+/// Loads the library `name`, found as a program's own libraries are. Functions that it lacks count
+/// at once when `binding` is RTLD_NOW, or when they are called.
+inline void load(const char* name, int binding = RTLD_LAZY) {
+    if (::dlopen(name, binding | RTLD_GLOBAL) == nullptr)
+        throw Wrong(::dlerror());
+}
+
+/// The address of `name`, to which the loader would bind a program.
+inline void* addressOf(const char* name) {
+    return ::dlsym(RTLD_DEFAULT, name);
+}
+
+/// The function or variable `name` of `library`, which is loaded.
+template <typename Symbol>
+Symbol* symbol(const char* library, const char* name) {
+    load(library);
+    void* const address = addressOf(name);
+    expect(address != nullptr, std::string(library) + " has no " + name);
+    return reinterpret_cast<Symbol*>(address);
+}
+
+/// The same in the platform's user interface library.
+template <typename Symbol>
+Symbol* lectern(const char* name) {
+    return symbol<Symbol>(lectern_library, name);
+}
+
+}  // namespace tavro::device_check
