@@ -51,7 +51,7 @@ std::string checkExpat(const Context&) {
 std::string checkTavro(const Context&) {
     load(lectern_library);
     load(core_utils_library);
-    load(tavro_library, RTLD_NOW);
+    load(tavro_library, Binding::AtOnce);
     const auto status =
         symbol<decltype(tavro_get_book_status)>(tavro_library, "tavro_get_book_status");
     const auto info = symbol<decltype(tavro_get_book_info)>(tavro_library, "tavro_get_book_info");

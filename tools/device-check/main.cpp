@@ -11,7 +11,6 @@
 #include "device-check/report.h"
 #include "device-check/scratch_folder.h"
 #include "platform/device_paths.h"
-#include "posix/inherited_descriptors.h"
 #include "posix/system_error.h"
 #include "program/run_program.h"
 
@@ -104,7 +103,6 @@ int run(int count, char** values) {
 }  // namespace
 
 int main(int count, char** values) {
-    posix::openStandardStreams();
     return tavro::tools::runProgram<std::invalid_argument>(
         program, [=] { return run(count, values); },
         [](const std::exception& error, int) { tavro::tools::printError(program, error); });

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <dlfcn.h>
-
 #include <string>
 
 #include "device-check/check.h"
@@ -17,17 +15,14 @@ inline constexpr const char* curl_library = "libcurl.so.4";
 inline constexpr const char* expat_library = "libexpat.so.1";
 inline constexpr const char* tavro_library = "libtavro.so";
 
-/// Loads the library `name`, found as a program's own libraries are. Functions that it lacks count
-/// at once when `binding` is RTLD_NOW, or when they are called.
-inline void load(const char* name, int binding = RTLD_LAZY) {
-    if (::dlopen(name, binding | RTLD_GLOBAL) == nullptr)
-        throw Wrong(::dlerror());
-}
+/// When a function that a library lacks counts: as soon as it is loaded, or when it is called.
+enum class Binding { AtOnce, Lazy };
 
-/// The address of `name`, to which the loader would bind a program.
-inline void* addressOf(const char* name) {
-    return ::dlsym(RTLD_DEFAULT, name);
-}
+/// Loads the library `name`, found as a program's own libraries are.
+void load(const char* name, Binding binding = Binding::Lazy);
+
+/// The address of `name`, to which the loader would bind a program; null if no library has it.
+void* addressOf(const char* name);
 
 /// The function or variable `name` of `library`, which is loaded.
 template <typename Symbol>
