@@ -122,6 +122,11 @@ TEST_F(DeviceCheck, TellsWhatADeviceLacks) {
         IsSupersetOf({Pair("libtavro.so", "ok"), Pair("layout", "ok"), Pair("OpenBook", "ok"),
                       Pair("sync folder", "skipped"), Pair("login wizard", "wrong")}));
     EXPECT_THAT(readFile(deviceFile("mnt/ext1/system/events.log")), HasSubstr("type=215"));
+    writeFile(folder / "liblectern.so", "no library");
+    ::setenv("LD_LIBRARY_PATH", (folder / "").c_str(), 1);
+    EXPECT_THAT(check({}, 1),
+                IsSupersetOf({Pair("liblectern.so", "wrong"), Pair("libcurl", "ok"),
+                              Pair("libtavro.so", "skipped"), Pair("FastBookHash", "skipped")}));
     for (const Words& words : {Words{"--nothing"}, {"--timeout", "0"}, {"--password-stdin"}})
         check(words, 2);
 }

@@ -35,6 +35,7 @@ std::string checkCoreUtils(const Context&) {
 }
 
 std::string checkCurl(const Context&) {
+    load(curl_library);
     const curl_version_info_data* const curl =
         symbol<decltype(curl_version_info)>(curl_library, "curl_version_info")(CURLVERSION_NOW);
     for (const char* const* protocol = curl->protocols; *protocol != nullptr; ++protocol)
@@ -44,13 +45,14 @@ std::string checkCurl(const Context&) {
 }
 
 std::string checkExpat(const Context&) {
+    load(expat_library);
     return symbol<decltype(XML_ExpatVersion)>(expat_library, "XML_ExpatVersion")();
 }
 
 /// Loads libtavro with all functions that it needs, and makes calls that touch no file.
 std::string checkTavro(const Context&) {
-    load(lectern_library);
-    load(core_utils_library);
+    need(lectern_library);
+    need(core_utils_library);
     load(tavro_library, Binding::AtOnce);
     const auto status =
         symbol<decltype(tavro_get_book_status)>(tavro_library, "tavro_get_book_status");

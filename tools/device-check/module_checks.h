@@ -21,6 +21,8 @@ using ModuleCheck = void(const Context& context, std::string& found);
 /// What runs the check called `name` there.
 inline auto inModule(const char* name) {
     return [name](const Context& context) {
+        need(tavro_library);
+        load(module_library);
         std::string found;
         symbol<ModuleCheck>(module_library, name)(context, found);
         return found;

@@ -17,6 +17,14 @@ void load(const char* name, Binding binding) {
         throw Wrong(::dlerror());
 }
 
+void need(const char* name) {
+    try {
+        load(name);
+    } catch (const Wrong&) {
+        throw Skipped(std::string(name) + " does not load");
+    }
+}
+
 void* addressOf(const char* name) {
     return ::dlsym(RTLD_DEFAULT, name);
 }

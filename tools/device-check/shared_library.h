@@ -21,13 +21,16 @@ enum class Binding { AtOnce, Lazy };
 /// Loads the library `name`, found as a program's own libraries are.
 void load(const char* name, Binding binding = Binding::Lazy);
 
+/// Loads it for a check of something else, which is skipped when that is impossible.
+void need(const char* name);
+
 /// The address of `name`, to which the loader would bind a program; null if no library has it.
 void* addressOf(const char* name);
 
-/// The function or variable `name` of `library`, which is loaded.
+/// The function or variable `name` of `library`, which the check needs.
 template <typename Symbol>
 Symbol* symbol(const char* library, const char* name) {
-    load(library);
+    need(library);
     void* const address = addressOf(name);
     expect(address != nullptr, std::string(library) + " has no " + name);
     return reinterpret_cast<Symbol*>(address);
