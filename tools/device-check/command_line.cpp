@@ -100,7 +100,7 @@ void apply(Options& result, int letter) {
 
 Options readCommandLine(int count, char** values) {
     Options result;
-    for (int letter; (letter = ::getopt_long(count, values, "", options, nullptr)) != -1;)
+    for (int letter = 0; (letter = ::getopt_long(count, values, "", options, nullptr)) != -1;)
         apply(result, letter);
     if (::optind != count)
         throw std::invalid_argument(std::string(values[::optind]) + " is no option; try --help");

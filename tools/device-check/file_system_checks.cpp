@@ -66,12 +66,12 @@ std::string checkRename(const Context& context) {
 }
 
 std::string checkSpace(const Context& context) {
-    constexpr unsigned long long mebibyte = 1024 * 1024, least = 10;
+    constexpr unsigned long long mebibyte = 1048576, least = 10;
     struct statvfs status = {};
     if (::statvfs(context.folder.c_str(), &status) != 0)
         posix::throwSystemError("cannot tell the free space of", context.folder);
     const unsigned long long space = status.f_bavail * 1ULL * status.f_frsize / mebibyte;
-    const std::string found = std::to_string(space) + " MiB";
+    std::string found = std::to_string(space) + " MiB";
     expect(space >= least, "only " + found);
     return found;
 }

@@ -22,7 +22,7 @@ inline posix::FileDescriptor openFile(const std::string& path, int flags) {
 /// @return its full path.
 inline std::string writeFile(const std::string& folder, const char* name,
                              const std::string& content) {
-    const std::string path = folder + "/" + name;
+    std::string path = folder + "/" + name;
     if (!posix::writeAll(openFile(path, O_WRONLY | O_CREAT | O_TRUNC).get(), content))
         posix::throwSystemError("cannot write", path);
     return path;

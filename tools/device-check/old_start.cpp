@@ -2,6 +2,8 @@
 // one's start-up object asks for a start function that an old one lacks, and leaves the
 // constructors to it.
 
+#ifdef __arm__
+
 extern "C" {
 
 using Constructor = void(int, char**, char**);
@@ -30,3 +32,5 @@ static void constructAll(int count, char** values, char** environment) {
     return startWithAnyLibrary(main, count, values, constructAll, destruct, loaderEnd, stackEnd);
 }
 }
+
+#endif
