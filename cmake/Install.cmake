@@ -1,5 +1,6 @@
-# What `cmake --install` lays down, by component: runtime (the library, all that a device gets),
-# development (what applications are built with) and desktop (tools, applications and stand-ins).
+# What `cmake --install` lays down, by component: runtime (the library, all that a device needs),
+# check (the program that checks a device), development (what applications are built with) and desktop
+# (tools, applications and stand-ins).
 include(CMakePackageConfigHelpers)
 
 # The stand-ins and the applications lie in a folder of their own, so that no other package's
@@ -68,18 +69,31 @@ foreach(target tavro_sync tavro_wizard)
     endif()
 endforeach()
 
-# 4. Manual pages and shell completion of the programs.
+# 4. The check of a device. Its two parts find each other in one folder as well.
+install_target(tavro-device-check check ${CMAKE_INSTALL_BINDIR}
+    "$ORIGIN" "$ORIGIN/${bin_to_libraries}" "$ORIGIN/${bin_to_libraries}/tavro")
+install_target(tavro_device_check_module check ${private_folder} "$ORIGIN" "$ORIGIN/..")
+
+# 5. Manual pages and shell completion of the programs.
+find_program(TAVRO_GZIP gzip REQUIRED)
+
+# install_page(program component): its manual page, with the programs of the component.
+function(install_page program component)
+    set(source ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
+    set(compressed ${PROJECT_BINARY_DIR}/package/${program}.1.gz)
+    add_custom_command(OUTPUT ${compressed} DEPENDS ${source} VERBATIM
+        COMMAND ${TAVRO_GZIP} -9nc ${source} > ${compressed})
+    add_custom_target(manual_page_of_${program} ALL DEPENDS ${compressed})
+    install(FILES ${compressed} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
+endfunction()
+
+if(TARGET tavro-device-check)
+    install_page(tavro-device-check check)
+endif()
 if(TARGET tavroctl)
-    find_program(TAVRO_GZIP gzip REQUIRED)
-    foreach(page tavroctl tavro-service tavro_sync.app tavro_wizard.app)
-        set(source ${PROJECT_SOURCE_DIR}/docs/man/${page}.1)
-        set(compressed ${PROJECT_BINARY_DIR}/package/${page}.1.gz)
-        add_custom_command(OUTPUT ${compressed} DEPENDS ${source} VERBATIM
-            COMMAND ${TAVRO_GZIP} -9nc ${source} > ${compressed})
-        list(APPEND pages ${compressed})
+    foreach(program tavroctl tavro-service tavro_sync.app tavro_wizard.app)
+        install_page(${program} desktop)
     endforeach()
-    add_custom_target(manual_pages ALL DEPENDS ${pages})
-    install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT desktop)
     install(FILES packaging/tavroctl.bash RENAME tavroctl COMPONENT desktop
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()

@@ -50,6 +50,16 @@ else()
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 endif()
+if(TARGET tavro-device-check AND NOT TAVRO_DEVICE_ROOT_PREFIX)
+    list(APPEND CPACK_COMPONENTS_ALL check)
+    set(CPACK_DEBIAN_CHECK_PACKAGE_NAME tavro-device-check)
+    set(CPACK_DEBIAN_CHECK_PACKAGE_SECTION utils)
+    set(CPACK_DEBIAN_CHECK_PACKAGE_DEPENDS "libtavro (= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_CHECK_DESCRIPTION "check of a device for the Tavro library
+Tells on an e-book reader whether libtavro works there: its libraries, the
+calls of the platform, the file system, the fixed paths and, if asked to, the
+service.")
+endif()
 if(TAVRO_DEVICE_ROOT_PREFIX AND TARGET tavroctl)
     list(APPEND CPACK_COMPONENTS_ALL desktop)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS tavro-desktop)
