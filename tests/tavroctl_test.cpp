@@ -141,7 +141,14 @@ TEST_F(Tavroctl, MissingDownloadFolderIsNotMadeForBooksThatWereInIt) {
          {Words{"download", "--all"}, {"replace", "first.txt", folder / "new.txt"}})
         EXPECT_EQ("the download folder " + root.syncFolder() + " is missing",
                   failed(words)["error"]);
+    const Outcome setup = run({"setup"});
+    EXPECT_EQ(0, setup.status);
+    EXPECT_THAT(setup.err, AllOf(HasSubstr("2 books of the book map are missing with"),
+                                 HasSubstr("insert the card")));
     EXPECT_FALSE(std::filesystem::exists(root.syncFolder()));
+    EXPECT_THAT(run({"setup", "--folder", folder / "new"}).err,
+                HasSubstr("2 books of the book map are missing in the new folder"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "new"));
 }
 
 TEST_F(Tavroctl, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
