@@ -4,6 +4,7 @@
 #include <string>
 
 #include "client/browser_file.h"
+#include "client/cover_extensions.h"
 #include "platform/device_paths.h"
 #include "tavro.h"
 #include "tavro_entry_points.h"
@@ -20,11 +21,11 @@ LecternBitmap* loadCover(const std::string& path, int width, int height) {
     constexpr int contrast = 105;
     constexpr int proportional = 1;
     constexpr int dither = 1;
-    if (const std::string file = path + ".jpeg"; exists(file))
+    if (const std::string file = path + cover_extension::jpeg; exists(file))
         return LoadJPEG(file.c_str(), width, height, brightness, contrast, proportional);
-    if (const std::string file = path + ".png"; exists(file))
+    if (const std::string file = path + cover_extension::png; exists(file))
         return LoadPNGStretch(file.c_str(), width, height, proportional, dither);
-    if (const std::string file = path + ".bmp"; exists(file))
+    if (const std::string file = path + cover_extension::bmp; exists(file))
         return LoadBitmap(file.c_str());
     return nullptr;
 }
