@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -16,8 +19,8 @@
 #include "account/books.h"
 #include "account/catalogue.h"
 #include "account/changes.h"
-#include "account/failure.h"
 #include "account/session.h"
+#include "program/failure.h"
 #include "session/account_keys.h"
 #include "support/logged_in_device.h"
 #include "tavro-sync/sync_round.h"
@@ -44,6 +47,11 @@ bool fails(const char* call, const fs::path& path) {
     return true;
 }
 
+fs::path pathOf(int descriptor) {
+    std::error_code none;
+    return fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none);
+}
+
 int openReally(const char* path, int flags) {
     return ::openat(AT_FDCWD, path, flags, 0666);
 }
@@ -64,10 +72,8 @@ extern "C" std::FILE* fopen(const char* path, const char* mode) {
 }
 
 extern "C" ssize_t write(int descriptor, const void* data, std::size_t size) {
-    std::error_code none;
-    const fs::path path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), none);
     const iovec bytes{const_cast<void*>(data), size};
-    return fails("write", path) ? -1 : ::writev(descriptor, &bytes, 1);
+    return fails("write", pathOf(descriptor)) ? -1 : ::writev(descriptor, &bytes, 1);
 }
 
 extern "C" int remove(const char* path) noexcept {
@@ -75,6 +81,17 @@ extern "C" int remove(const char* path) noexcept {
         return -1;
     const int removed = ::unlinkat(AT_FDCWD, path, 0);
     return removed == -1 && errno == EISDIR ? ::rmdir(path) : removed;
+}
+
+extern "C" int flock(int descriptor, int operation) noexcept {
+    return fails("flock", pathOf(descriptor))
+               ? -1
+               : static_cast<int>(::syscall(SYS_flock, descriptor, operation));
+}
+
+extern "C" int fstat(int descriptor, struct stat* status) noexcept {
+    return fails("fstat", pathOf(descriptor)) ? -1
+                                              : ::fstatat(descriptor, "", status, AT_EMPTY_PATH);
 }
 
 extern "C" int usleep(useconds_t) {
@@ -177,6 +194,16 @@ TEST_F(FailingCall, CutJournalRecordCostsNoOther) {
     journalChange("first.txt", "first-2.txt");
     fs::copy_file(journal, journal + "_replaying");
     fs::resize_file(journal, fs::file_size(journal) - 3);  // a replay was killed
+    for (const char* file : {".tavro_journal_replaying", ".tavro_journal"})
+        for (int number = 1; number <= 2; ++number) {
+            failing = {"fstat", file, number};  // what cannot be mapped is not empty
+            try {
+                const AccountLock lock(account);
+            } catch (const Failure&) {
+            }
+            failing = {};
+            EXPECT_TRUE(fs::exists(journal + "_replaying") || !pendingNames().empty()) << file;
+        }
     EXPECT_NO_THROW(AccountLock{account});
     EXPECT_THAT(pendingNames(), ElementsAre("first-2.txt"));
 
@@ -233,6 +260,31 @@ TEST_F(FailingCall, AnotherAddressEndsTheSessionAtOnce) {
     writeFile(account.file(".tavro_vendor_token"), "left by an interrupted call");
     account.store({{account_keys::email, "boris@reader.example"}});
     EXPECT_FALSE(fs::exists(account.file(".tavro_vendor_token")));
+}
+
+// Only somebody else's lock means that somebody else is at work; no reason is one of another call.
+TEST_F(FailingCall, ReasonIsThatOfTheCallThatFailed) {
+    const auto reasonOf = [](auto action) {
+        errno = ENOSPC;
+        try {
+            action();
+        } catch (const Failure& failure) {
+            return std::string(failure.what());
+        }
+        return std::string();
+    };
+    const std::string settings = account.file(".tavro.conf");
+    failing = {"flock", ".tavro_sync_lock", 1};
+    EXPECT_EQ(reasonOf([&] { AccountLock{account}; }),
+              "cannot lock " + account.file(".tavro_sync_lock") + ": Input/output error");
+    failing = {"open", ".tavro.conf", 1};
+    EXPECT_EQ(reasonOf([&] { account.forgetSession(); }), "cannot read " + settings);
+    fs::remove(settings);
+    fs::create_directory(settings);
+    EXPECT_EQ(reasonOf([&] {
+                  storeSettings(settings, {{"key", "value"}});
+              }),
+              "cannot read " + settings + ": Is a directory");
 }
 
 TEST_F(FailingCall, RoundThatSucceedsLeavesNoPlaceholder) {

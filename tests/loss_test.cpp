@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 
 #include "account/account_lock.h"
@@ -13,11 +12,11 @@
 #include "account/books.h"
 #include "account/catalogue.h"
 #include "account/changes.h"
-#include "account/failure.h"
 #include "account/session.h"
 #include "platform/account_files.h"
 #include "posix/atomic_file.h"
 #include "posix/temporary_file.h"
+#include "program/failure.h"
 #include "support/logged_in_device.h"
 #include "support/processes.h"
 #include "tavro_client.h"
@@ -123,24 +122,6 @@ TEST_F(Loss, MovedBookKeepsItsNewNameOnly) {
     EXPECT_THAT(mappedFiles(account), ElementsAre(testing::Key("new"), testing::Key("second.txt")));
 }
 
-// Root's files after sudo, a failing card: what cannot be read is not empty.
-TEST_F(Loss, UnreadableStoresFailAndSayWhy) {
-    journalChange("first.txt", "first.txt");
-    const struct {
-        std::string file;
-        std::function<void()> action;
-    } cases[] = {{mapFile(), [&] { mappedFiles(account); }},
-                 {mapFile(), [&] { presentFiles(account); }},
-                 {mapFile(), [&] { const AccountLock lock(account); }},
-                 {journal, [&] { pendingChanges(account); }},
-                 {account.file(account_files::configuration), [&] { Account(account.folder()); }}};
-    for (const auto& [file, action] : cases) {
-        const auto back = blocked(file);
-        EXPECT_THAT(failureOf(action), HasSubstr("cannot read " + file)) << file;
-    }
-    EXPECT_EQ(pendingChanges(account).size(), 1U);
-}
-
 TEST_F(Loss, DownloadWithoutAMapEntryFailsAndTakesItsFileBack) {
     const AccountLock lock(account);
     const BookDescription first = session->getAddedBooks().front();
@@ -219,22 +200,6 @@ TEST_F(Loss, TwoWritersOfTheSettingsLoseNoValue) {
             EXPECT_THAT(content, HasSubstr(key + std::to_string(number) + "=value\n"));
 }
 
-// Five attempts with pauses for it in every round, for ever, and no way to be rid of it.
-TEST_F(Loss, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
-    const AccountLock lock(account);
-    writeFile(book("new"), "edition 2");
-    journalChange("first.txt", "gone");
-    journalChange("second.txt", "new");
-    const auto result = replayChanges(*session, account);
-    EXPECT_EQ(result.uploaded.size(), 1U);
-    ASSERT_EQ(result.waiting.size(), 1U);
-    EXPECT_EQ(service.count(Operation::UploadContent), 1U);
-    EXPECT_EQ(pendingChanges(account).size(), 1U);
-    EXPECT_EQ(dropChanges(account, "first.txt").size(), 1U);
-    EXPECT_THAT(pendingChanges(account), IsEmpty());
-    EXPECT_NE(failureOf([&] { dropChanges(account, "first.txt"); }), "");
-}
-
 // Each change is replayed alone: what other programs journal meanwhile must not go with it.
 TEST_F(Loss, ChangeJournalledDuringAReplaySurvivesIt) {
     const AccountLock lock(account);
@@ -246,19 +211,6 @@ TEST_F(Loss, ChangeJournalledDuringAReplaySurvivesIt) {
     EXPECT_EQ(pendingChanges(account).size(), 1U);
     restoreJournal(account);  // as after a kill
     EXPECT_EQ(pendingChanges(account).size(), 2U);
-}
-
-TEST_F(Loss, OddNamesInTheMapStopNothing) {
-    fs::create_symlink("loop", book("loop"));
-    BookMap map;
-    map.path = mapFile();
-    map.Add("loop", 7);
-    map.Add(std::string(305, 'n'), 8);
-    EXPECT_EQ(presentFiles(account).size(), 2U);
-    const AccountLock lock(account);
-    const std::string longest(250, 'l');
-    posix::replaceFile(book(longest), "content");
-    EXPECT_EQ(readFile(book(longest)), "content");
 }
 
 // Some hold a token. The file of a writer that is still at work must stay.

@@ -262,6 +262,8 @@ TEST_F(Sync, ForeignFilesStayAndStopNothing) {
     writeFile(device.syncFolder() + "/5.file", "my own words");
     writeFile(device.syncFolder() + "/6.file", "6\n");  // of a book that is no longer missing
     writeFile(device.syncFolder() + "/notes.file", "");
+    writeFile(device.syncFolder() + "/" + std::string(250, '8') + ".file", "");
+    fs::create_symlink("9.file", device.syncFolder() + "/9.file");
     ASSERT_TRUE(round());
     EXPECT_EQ(readFile(device.syncFolder() + "/5.file"), "my own words");
     EXPECT_TRUE(fs::exists(device.syncFolder() + "/notes.file"));

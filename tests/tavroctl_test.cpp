@@ -141,7 +141,14 @@ TEST_F(Tavroctl, MissingDownloadFolderIsNotMadeForBooksThatWereInIt) {
          {Words{"download", "--all"}, {"replace", "first.txt", folder / "new.txt"}})
         EXPECT_EQ("the download folder " + root.syncFolder() + " is missing",
                   failed(words)["error"]);
+    const Outcome setup = run({"setup"});
+    EXPECT_EQ(0, setup.status);
+    EXPECT_THAT(setup.err, AllOf(HasSubstr("2 books of the book map are missing with"),
+                                 HasSubstr("insert the card")));
     EXPECT_FALSE(std::filesystem::exists(root.syncFolder()));
+    EXPECT_THAT(run({"setup", "--folder", folder / "new"}).err,
+                HasSubstr("2 books of the book map are missing in the new folder"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "new"));
 }
 
 TEST_F(Tavroctl, ChangeWithoutItsFileIsSetAsideUntilItIsDropped) {
@@ -173,6 +180,7 @@ TEST_F(Tavroctl, UnreadableStoresFailWithTheirReason) {
     done({"replace", "first.txt", "first.txt"});
     const std::vector<std::pair<const char*, std::vector<Words>>> cases{
         {account_files::journal, {{"journal"}, {"replay"}, {"status"}, {"drop", "first.txt"}}},
+        {".tavro_sync_lock", {{"sync"}, {"replay"}, {"download", "--all"}}},
         {account_files::book_map,
          {{"map"}, {"books"}, {"status"}, {"replay"}, {"logout", "--yes"}}},
         {account_files::configuration, {{"status"}, {"setup"}, {"logout", "--yes"}}}};

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "client/browser_file.h"
+#include "client/cover_extensions.h"
 #include "platform/device_paths.h"
 #include "posix/file_status.h"
 #include "tavro.h"
@@ -16,11 +17,11 @@ LecternBitmap* loadCover(const std::string& path, int width, int height) {
     constexpr int contrast = 105;
     constexpr int proportional = 1;
     constexpr int dither = 1;
-    if (const std::string file = path + ".jpeg"; posix::exists(file))
+    if (const std::string file = path + cover_extension::jpeg; posix::exists(file))
         return LoadJPEG(file.c_str(), width, height, brightness, contrast, proportional);
-    if (const std::string file = path + ".png"; posix::exists(file))
+    if (const std::string file = path + cover_extension::png; posix::exists(file))
         return LoadPNGStretch(file.c_str(), width, height, proportional, dither);
-    if (const std::string file = path + ".bmp"; posix::exists(file))
+    if (const std::string file = path + cover_extension::bmp; posix::exists(file))
         return LoadBitmap(file.c_str());
     return nullptr;
 }

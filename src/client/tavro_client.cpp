@@ -59,5 +59,5 @@ int TavroClient::StartSync() {
 int TavroClient::StartLoginWizard() {
     logCall(__LINE__, "int TavroClient::StartLoginWizard()",
             "[pid:%d]Tavro StartLoginWizard called");
-    return OpenBook(device_paths::wizard_application, "-library", 0);
+    return OpenBook(device_paths::wizard_application, device_paths::wizard_argument, 0);
 }

@@ -28,6 +28,8 @@ DeviceRoot::DeviceRoot() {
 }
 
 DeviceRoot::~DeviceRoot() {
+    std::error_code ignored;
+    fs::remove_all(root, ignored);  // programs outside the tests have the same device
     ::close(lock_);
 }
 

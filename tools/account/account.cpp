@@ -25,10 +25,9 @@ namespace {
 
 /// Opens the key/value file `path`, which need not exist, to change it. Throws Failure.
 platform::Configuration openToChange(const std::string& path) {
-    errno = 0;
     auto config = platform::openConfiguration(path);
     if (!config)
-        throwCannotRead(path);
+        throwUnreadable(path);
     return config;
 }
 
@@ -38,7 +37,6 @@ void write(LecternConfig* config, const Settings& settings) {
 }
 
 void saveOrThrow(platform::Configuration config, const std::string& path) {
-    errno = 0;
     if (platform::save(std::move(config)) != 0)
         throwCannotWrite(path);
 }
@@ -50,9 +48,10 @@ class FolderLock {
 public:
     explicit FolderLock(const std::string& folder)
         : folder_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        if (!folder_ ||
-            posix::retryAfterSignal([this] { return ::flock(folder_.get(), LOCK_EX); }) != 0)
-            throwCannotWrite(folder);
+        if (!folder_)
+            throwCannotWrite(folder, errno);
+        if (posix::retryAfterSignal([this] { return ::flock(folder_.get(), LOCK_EX); }) != 0)
+            throwCannotLock(folder, errno);
         posix::removeAbandonedReplacements(folder);
     }
 
@@ -67,12 +66,9 @@ std::string withoutTrailingSlashes(std::string folder) {
 }
 
 Settings settingsIn(const std::string& path) {
-    errno = 0;
     const auto config = platform::openConfiguration(path);
-    if (const int error = errno; !config && exists(path)) {
-        errno = error;
-        throwCannotRead(path);
-    }
+    if (!config && exists(path))
+        throwUnreadable(path);
     Settings settings;
     for (const char* const key : account_keys::all)
         settings[key] = ReadString(config.get(), key, "");

@@ -3,8 +3,9 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <cerrno>
+
 #include "account/book_map.h"
-#include "account/failure.h"
 #include "account/files.h"
 #include "account/journal.h"
 #include "account/own_files.h"
@@ -15,18 +16,22 @@ namespace tavro::tools {
 
 namespace {
 
-int openLockFile(const Account& account) {
-    return ::open(account.file(own_files::account_lock).c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
-                  0600);
+/// The open file `path`, locked for this process. Throws AlreadyRunning, Failure.
+posix::FileDescriptor locked(const std::string& path) {
+    posix::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!file)
+        throwCannotWrite(path, errno);
+    if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
+        return file;
+    if (errno == EWOULDBLOCK)
+        throw AlreadyRunning();
+    throwCannotLock(path, errno);
 }
 
 }  // namespace
 
-AccountLock::AccountLock(const Account& account) : file_(openLockFile(account)) {
-    if (!file_)
-        throwCannotWrite(account.file(own_files::account_lock));
-    if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0)
-        throw AlreadyRunning();
+AccountLock::AccountLock(const Account& account)
+    : file_(locked(account.file(own_files::account_lock))) {
     for (const std::string& folder :
          {account.folder(), account.file(account_files::covers), account.downloadFolder().string()})
         posix::removeAbandonedReplacements(folder);

@@ -2,8 +2,17 @@
 
 #include "account/account.h"
 #include "posix/file_descriptor.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
+
+/// Another process is at work on the account.
+class AlreadyRunning : public Failure {
+public:
+    AlreadyRunning()
+        : Failure("another synchronisation of this account is running",
+                  "the same command again when it has ended") {}
+};
 
 /// The right to move the account's books, catalogue and changes, which one process has at a time:
 /// two downloads of one book would write into the same partial file, and two replays would send

@@ -1,8 +1,9 @@
 #include "account/account_requests.h"
 
-#include "account/failure.h"
+#include "account/service_failure.h"
 #include "account/session.h"
 #include "platform/account_files.h"
+#include "program/failure.h"
 #include "session/account_keys.h"
 
 namespace tavro::tools {

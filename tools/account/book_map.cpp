@@ -25,7 +25,7 @@ void load(BookMap& map) {
     struct stat status = {};
     map.bookMap.clear();
     if (map.loadMapInt() != 0 && (::fstat(map.fd_, &status) != 0 || status.st_size > 0))
-        throwCannotRead(map.path);
+        throwUnreadable(map.path);
 }
 
 /// The entries of the book map in the file `path`.
@@ -36,7 +36,7 @@ MappedFiles entriesIn(const std::string& path) {
     map.path = path;
     const store::LockedBookMap locked(map);
     if (!locked)
-        throwCannotRead(path);
+        throwUnreadable(path);
     load(map);
     return map.bookMap;
 }
@@ -92,11 +92,15 @@ void copyMap(const Account& account, const std::string& copy) {
     map.path = mapFile(account);
     const store::LockedBookMap locked(map);
     if (!locked)
-        throwCannotRead(map.path);
+        throwUnreadable(map.path);
     replaceByCopy(copy, map.path);
 }
 
 }  // namespace
+
+Failure unknownToBookMap(const std::string& name) {
+    return Failure("the book map does not know " + name, "name one of the files of 'tavroctl map'");
+}
 
 MappedFiles mappedFiles(const Account& account) {
     return entriesIn(mapFile(account));
@@ -107,7 +111,7 @@ void requireBookMap(const Account& account, const MappedFiles& before, MappedFil
     map.path = mapFile(account);
     const store::LockedBookMap locked(map);
     if (!locked)
-        throwCannotRead(map.path);
+        throwUnreadable(map.path);
     load(map);
     for (const auto& entry : map.bookMap)
         if (before.count(entry.first) == 0 && isRegularFile(account.bookFile(entry.first)))

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "account/account.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 
@@ -12,6 +13,9 @@ using MappedFiles = std::map<std::string, int>;
 
 /// The book map of `account`; empty when there is none yet.
 MappedFiles mappedFiles(const Account& account);
+
+/// Why nothing can be done with the file `name`: the book map has no entry of it.
+Failure unknownToBookMap(const std::string& name);
 
 /// Sees that the book map, which was `before`, holds `expected` now, and writes it so where it does
 /// not: the library writes it in place and without a look at the outcome, and where one of its

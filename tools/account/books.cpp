@@ -2,10 +2,11 @@
 
 #include "account/book_map.h"
 #include "account/catalogue.h"
-#include "account/failure.h"
 #include "account/files.h"
 #include "account/journal.h"
 #include "account/present_files.h"
+#include "account/service_failure.h"
+#include "program/failure.h"
 
 namespace fs = std::filesystem;
 
@@ -52,9 +53,7 @@ void requireDownloadFolder(const Account& account) {
     if (exists(folder))
         return;
     if (!mappedFiles(account).empty())
-        throw Failure("the download folder " + folder + " is missing",
-                      "insert the card that it lies on, or name another folder with 'tavroctl "
-                      "setup --folder'");
+        throw Failure("the download folder " + folder + " is missing", missing_folder_advice);
     fs::create_directories(folder);
 }
 

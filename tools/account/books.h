@@ -14,6 +14,10 @@ namespace tavro::tools {
 /// then, and yet the book is not missing.
 std::map<int, std::vector<std::string>> presentFiles(const Account& account);
 
+/// What to try when the download folder is missing although books have been downloaded.
+inline constexpr const char* missing_folder_advice =
+    "insert the card that it lies on, or name another folder with 'tavroctl setup --folder'";
+
 /// Sees that the download folder is there, and makes it for an account without books. Throws
 /// Failure when it is missing although books have been downloaded, as when a card is not in: the
 /// account's books would all be downloaded again.

@@ -3,8 +3,8 @@
 #include <optional>
 #include <vector>
 
-#include "account/failure.h"
 #include "account/files.h"
+#include "account/service_failure.h"
 #include "platform/account_files.h"
 #include "server/result_codes.h"
 #include "session/item_number.h"

@@ -1,9 +1,9 @@
 #include "account/changes.h"
 
 #include "account/book_map.h"
-#include "account/failure.h"
 #include "account/files.h"
 #include "platform/account_files.h"
+#include "program/failure.h"
 #include "server/result_codes.h"
 
 namespace tavro::tools {
@@ -55,8 +55,7 @@ Change replaceBook(Tavro& session, const Account& account, const std::string& ol
         if (mappedFiles(account).count(oldName) > 0)  // so the library could not read the map
             throw Failure("cannot read " + account.file(account_files::book_map),
                           "run the same command again");
-        throw Failure("the book map does not know " + oldName,
-                      "name one of the files of 'tavroctl map'");
+        throw unknownToBookMap(oldName);
     }
     const auto changes = pendingChanges(account);
     for (std::size_t index = before; index < changes.size(); ++index)

@@ -3,17 +3,17 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 
-#include "account/failure.h"
 #include "posix/atomic_file.h"
 #include "posix/file_descriptor.h"
 #include "posix/flush.h"
 #include "posix/retry_after_signal.h"
+#include "program/failure.h"
 
 namespace fs = std::filesystem;
 
@@ -24,6 +24,11 @@ namespace {
 constexpr const char* advice_to_write = "free space or check the permissions";
 constexpr const char* advice_to_read =
     "check its owner and permissions (a command run with sudo leaves files of root behind)";
+
+/// ": CAUSE" for an `errno`, nothing for none.
+std::string reasonOf(int error) {
+    return error == 0 ? "" : ": " + std::generic_category().message(error);
+}
 
 template <typename Action>
 void failing(Action action) {
@@ -49,14 +54,18 @@ std::optional<std::string> contentOf(const std::string& path) {
     if (!file && errno == ENOENT)
         return std::nullopt;
     if (!file)
-        throwCannotRead(path);
+        throwCannotRead(path, errno);
+    return contentThrough(file.get(), path);
+}
+
+std::string contentThrough(int descriptor, const std::string& path) {
     std::string content;
     std::array<char, 65536> block;
     for (;;) {
         const ssize_t count =
-            posix::retryAfterSignal([&] { return ::read(file.get(), block.data(), block.size()); });
+            posix::retryAfterSignal([&] { return ::read(descriptor, block.data(), block.size()); });
         if (count == -1)
-            throwCannotRead(path);
+            throwCannotRead(path, errno);
         if (count == 0)
             return content;
         content.append(block.data(), static_cast<std::size_t>(count));
@@ -68,15 +77,17 @@ void flush(const std::string& path) {
 }
 
 void removeFile(const std::string& path) {
-    if (::unlink(path.c_str()) != 0 && errno != ENOENT)
-        throw Failure("cannot remove " + path + ": " + std::strerror(errno), advice_to_write);
+    if (::unlink(path.c_str()) == 0 || errno == ENOENT)
+        return;
+    const int error = errno;
+    throw Failure("cannot remove " + path + reasonOf(error), advice_to_write);
 }
 
 bool exists(const std::string& path) {
     std::error_code error;
     const bool found = fs::symlink_status(path, error).type() != fs::file_type::not_found;
     if (found && error)
-        throw Failure("cannot read " + path + ": " + error.message(), advice_to_read);
+        throwCannotRead(path, error.value());
     return found;
 }
 
@@ -85,13 +96,34 @@ bool isRegularFile(const std::string& path) {
     return fs::is_regular_file(path, unknown);
 }
 
-void throwCannotRead(const std::string& path) {
-    throw Failure("cannot read " + path + ": " + std::strerror(errno), advice_to_read);
+std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error))
+        names.push_back(entry->path().filename());
+    if (error && error != std::errc::no_such_file_or_directory)
+        throwCannotRead(folder, error.value());
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
-void throwCannotWrite(const std::string& path) {
-    const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
-    throw Failure("cannot write " + path + reason, advice_to_write);
+void throwCannotRead(const std::string& path, int error) {
+    throw Failure("cannot read " + path + reasonOf(error), advice_to_read);
+}
+
+void throwUnreadable(const std::string& path) {
+    contentOf(path);  // throws when it meets the reason
+    throwCannotRead(path, 0);
+}
+
+void throwCannotWrite(const std::string& path, int error) {
+    throw Failure("cannot write " + path + reasonOf(error), advice_to_write);
+}
+
+void throwCannotLock(const std::string& path, int error) {
+    throw Failure("cannot lock " + path + reasonOf(error),
+                  "run the same command again, or see whether its file system has locks");
 }
 
 void throwNotWritten(const std::string& path) {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tavro::tools {
 
@@ -19,6 +20,9 @@ void replaceByCopy(const std::string& path, const std::string& source);
 /// cannot be read, so that what cannot be read never counts as missing.
 std::optional<std::string> contentOf(const std::string& path);
 
+/// What is left to read of the open file `descriptor`, which is called `path`. Throws Failure.
+std::string contentThrough(int descriptor, const std::string& path);
+
 /// Waits until what another has written into the file `path` is on the disk. Throws Failure.
 void flush(const std::string& path);
 
@@ -33,12 +37,25 @@ bool exists(const std::string& path);
 /// longer than the file system has) is none.
 bool isRegularFile(const std::string& path);
 
-/// Throws the Failure that the file `path` cannot be read, with the reason that `errno` gives: only
-/// right behind the call that failed.
-[[noreturn]] void throwCannotRead(const std::string& path);
+/// Names of all that lies directly in `folder`, in order; none when there is no such folder. Throws
+/// Failure when they cannot be read.
+std::vector<std::string> namesIn(const std::string& folder);
 
-/// Throws the Failure that the file `path` cannot be written, likewise.
-[[noreturn]] void throwCannotWrite(const std::string& path);
+/// Throws the Failure that `path` cannot be read for the reason `error`, the `errno` of the call of
+/// the system that failed; 0 when nobody knows the reason.
+[[noreturn]] void throwCannotRead(const std::string& path, int error);
+
+/// Throws the Failure that `path` cannot be read, which a call of the library or of the platform
+/// has found. They do not tell why, and `errno` may be that of something else: the reason is what
+/// an attempt of our own meets, and none when that succeeds.
+[[noreturn]] void throwUnreadable(const std::string& path);
+
+/// Throws the Failure that `path` cannot be written for the reason `error`, as `throwCannotRead`
+/// has it; without one where the library or the platform was to write it.
+[[noreturn]] void throwCannotWrite(const std::string& path, int error = 0);
+
+/// Throws the Failure that the file `path` cannot be locked for the reason `error`.
+[[noreturn]] void throwCannotLock(const std::string& path, int error);
 
 /// Throws the Failure that the file `path`, read again, does not hold what was written to it: the
 /// library writes its stores without a look at the outcome.

@@ -13,7 +13,6 @@
 #include "account/own_files.h"
 #include "platform/account_files.h"
 #include "posix/file_descriptor.h"
-#include "posix/read_only_mapping.h"
 #include "posix/retry_after_signal.h"
 #include "store/record_reader.h"
 
@@ -29,15 +28,30 @@ std::string copyFile(const Account& account) {
     return account.file(own_files::journal_copy);
 }
 
+/// How many of the bytes `content` of a journal are whole records.
+std::size_t wholeRecords(std::string_view content) {
+    store::RecordReader reader(content);
+    std::size_t whole = 0;
+    std::string_view oldName;
+    std::string_view newName;
+    for (std::array<unsigned char, 4> flag = {};
+         reader.readText(oldName) && reader.readText(newName) && reader.readWord(flag);)
+        whole += oldName.size() + 1 + newName.size() + 1 + flag.size();
+    return whole;
+}
+
 /// The records of the journal file `path`, oldest first.
 std::vector<Change> recordsOf(const std::string& path) {
     SyncJournal journal(path);
     if (exists(path) && journal.reload() != 0)
-        throwCannotRead(path);
+        throwUnreadable(path);
     std::vector<Change> records;
     for (Change record; journal.pop(record);)
         records.push_back(record);
     std::reverse(records.begin(), records.end());
+    // A journal that cannot be mapped is an empty one to the library.
+    if (records.empty() && wholeRecords(contentOf(path).value_or("")) > 0)
+        throwCannotRead(path, 0);
     return records;
 }
 
@@ -60,31 +74,17 @@ std::vector<Change> without(const std::vector<Change>& records, std::vector<Chan
     return rest;
 }
 
-/// How many of the bytes `content` of a journal are whole records.
-std::size_t wholeRecords(std::string_view content) {
-    store::RecordReader reader(content);
-    std::size_t whole = 0;
-    std::string_view oldName;
-    std::string_view newName;
-    for (std::array<unsigned char, 4> flag = {};
-         reader.readText(oldName) && reader.readText(newName) && reader.readWord(flag);)
-        whole += oldName.size() + 1 + newName.size() + 1 + flag.size();
-    return whole;
-}
-
 void removeCutRecordOf(const std::string& path) {
     const posix::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CLOEXEC));
     if (!file && errno == ENOENT)
         return;
     // The lock that a writer holds while it appends a record.
     if (!file || posix::retryAfterSignal([&] { return ::lockf(file.get(), F_LOCK, 0); }) != 0)
-        throwCannotWrite(path);
-    const posix::ReadOnlyMapping mapping(file.get());
-    if (!mapping)
-        return;  // it is empty
-    const std::size_t whole = wholeRecords({mapping.data(), mapping.size()});
-    if (whole < mapping.size() && ::ftruncate(file.get(), static_cast<off_t>(whole)) != 0)
-        throwCannotWrite(path);
+        throwCannotWrite(path, errno);
+    const std::string content = contentThrough(file.get(), path);
+    const std::size_t whole = wholeRecords(content);
+    if (whole < content.size() && ::ftruncate(file.get(), static_cast<off_t>(whole)) != 0)
+        throwCannotWrite(path, errno);
 }
 
 /// Appends `changes` to the journal file `path`, one by one: behind a record that is cut the next

@@ -2,13 +2,11 @@
 
 #include <lectern.h>
 
-#include <cerrno>
-
-#include "account/failure.h"
 #include "account/files.h"
 #include "platform/account_files.h"
 #include "platform/configuration.h"
 #include "platform/device_paths.h"
+#include "program/failure.h"
 #include "server/connection_keys.h"
 #include "session/account_keys.h"
 
@@ -45,12 +43,9 @@ std::unique_ptr<Tavro> openSession(const Account& account, Need need) {
 void loadServerSettings() {
     TavroServer server("");
     const std::string path = device_paths::server_settings;
-    errno = 0;
     const auto file = platform::openConfiguration(path);
-    if (const int error = errno; !file && exists(path)) {
-        errno = error;
-        throwCannotRead(path);
-    }
+    if (!file && exists(path))
+        throwUnreadable(path);
     // Where it cannot open the file, the library speaks to the service that is built in. Devices
     // whose partner has no such file do so however often they are asked.
     const std::string url = ReadString(file.get(), connection_keys::base_api_url, "");

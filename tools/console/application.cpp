@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "account/failure.h"
+#include "program/failure.h"
 #include "program/run_program.h"
 
 namespace tavro::tools {

@@ -4,7 +4,7 @@
 
 #include <iostream>
 
-#include "account/failure.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 

@@ -11,8 +11,8 @@
 #include <cwctype>
 #include <utility>
 
-#include "account/failure.h"
 #include "posix/write_all.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 

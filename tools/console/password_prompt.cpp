@@ -11,8 +11,8 @@
 #include <iostream>
 #include <optional>
 
-#include "account/failure.h"
 #include "posix/file_descriptor.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 

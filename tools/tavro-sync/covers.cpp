@@ -8,8 +8,9 @@
 #include <string_view>
 #include <utility>
 
-#include "account/failure.h"
 #include "account/files.h"
+#include "client/cover_extensions.h"
+#include "program/failure.h"
 
 namespace fs = std::filesystem;
 
@@ -24,7 +25,9 @@ constexpr long most_redirects = 5;
 
 /// What an image begins with, and the extension by which the library browser knows its kind.
 constexpr std::pair<std::string_view, const char*> kinds[] = {
-    {"\xFF\xD8\xFF", ".jpeg"}, {"\x89PNG", ".png"}, {"BM", ".bmp"}};
+    {"\xFF\xD8\xFF", cover_extension::jpeg},
+    {"\x89PNG", cover_extension::png},
+    {"BM", cover_extension::bmp}};
 
 const char* extensionFor(std::string_view image) {
     for (const auto& [beginning, extension] : kinds)

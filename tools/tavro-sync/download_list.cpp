@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <cerrno>
 #include <chrono>
 #include <sstream>
 #include <thread>
@@ -20,7 +21,7 @@ void lockList(const posix::FileDescriptor& list) {
     constexpr int attempts = 30;
     constexpr std::chrono::milliseconds pause(100);
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        if (::flock(list.get(), LOCK_EX | LOCK_NB) == 0)
+        if (::flock(list.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
             return;
         std::this_thread::sleep_for(pause);
     }
@@ -31,7 +32,7 @@ void lockList(const posix::FileDescriptor& list) {
 void writeDownloadList(const std::string& path, const std::vector<std::string>& files) {
     const posix::FileDescriptor list(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!list)
-        throwCannotWrite(path);
+        throwCannotWrite(path, errno);
     lockList(list);
     std::ostringstream serialised;
     folium::utilities::SerializeStringVec(serialised, files);

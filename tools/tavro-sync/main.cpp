@@ -3,7 +3,7 @@
 #include <exception>
 #include <string>
 
-#include "account/failure.h"
+#include "account/account_lock.h"
 #include "account/own_files.h"
 #include "console/application.h"
 #include "console/quiet_library.h"

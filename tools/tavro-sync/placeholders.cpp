@@ -1,12 +1,15 @@
 #include "tavro-sync/placeholders.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <vector>
 
 #include "account/files.h"
 #include "client/placeholder.h"
+#include "posix/file_descriptor.h"
+#include "posix/write_all.h"
+#include "program/failure.h"
 
 namespace fs = std::filesystem;
 
@@ -17,7 +20,8 @@ namespace {
 /// Whether the file `path` is named like a placeholder and is one, or was interrupted on its way.
 bool isPlaceholder(const fs::path& path) {
     const std::string item = path.stem();
-    if (!fs::is_regular_file(fs::symlink_status(path)))
+    std::error_code unknown;
+    if (!fs::is_regular_file(fs::symlink_status(path, unknown)))
         return false;
     if (path.extension() != placeholder::extension ||
         item.find_first_not_of("-0123456789") != std::string::npos)
@@ -27,10 +31,20 @@ bool isPlaceholder(const fs::path& path) {
 }
 
 void write(const std::string& path, int item) {
-    errno = 0;
-    std::ofstream stream(path, std::ios::trunc);
-    if (!(stream << item << '\n').flush())
-        throwCannotWrite(path);
+    const posix::FileDescriptor file(::open(
+        path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+    if (!file || !posix::writeAll(file.get(), std::to_string(item) + "\n"))
+        throwCannotWrite(path, errno);
+}
+
+/// Does `action`, and notes in `problems` what it throws: no file may keep the others waiting.
+template <typename Action>
+void attempt(std::vector<std::string>& problems, Action action) {
+    try {
+        action();
+    } catch (const Failure& failure) {
+        problems.emplace_back(failure.what());
+    }
 }
 
 }  // namespace
@@ -39,20 +53,23 @@ std::string Placeholders::path(int item) const {
     return folder_ + "/" + std::to_string(item) + placeholder::extension;
 }
 
-void Placeholders::replace(const std::set<int>& items) const {
+std::vector<std::string> Placeholders::replace(const std::set<int>& items) const {
     std::set<std::string> wanted;
     for (const int item : items)
         wanted.insert(path(item));
-    std::vector<fs::path> superfluous;
-    for (const auto& entry : fs::directory_iterator(folder_))
-        if (wanted.count(entry.path()) == 0 && isPlaceholder(entry.path()))
-            superfluous.push_back(entry.path());
-    for (const auto& file : superfluous)
-        fs::remove(file);
+    std::vector<std::string> problems;
+    for (const std::string& name : namesIn(folder_)) {
+        const std::string file = folder_ + "/" + name;
+        if (wanted.count(file) == 0 && isPlaceholder(file))
+            attempt(problems, [&] { removeFile(file); });
+    }
     for (const int item : items)
-        if (!exists(path(item)) ||
-            (isPlaceholder(path(item)) && placeholder::itemIn(path(item)) == ""))
-            write(path(item), item);
+        attempt(problems, [&] {
+            if (!exists(path(item)) ||
+                (isPlaceholder(path(item)) && placeholder::itemIn(path(item)) == ""))
+                write(path(item), item);
+        });
+    return problems;
 }
 
 void Placeholders::remove(int item) const {

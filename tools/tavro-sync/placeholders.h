@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 namespace tavro::tools {
 
@@ -17,8 +18,11 @@ public:
     std::string path(int item) const;
 
     /// Makes the placeholders of `items` all that there are. A second call repairs what an
-    /// interrupted one left. Throws Failure.
-    void replace(const std::set<int>& items) const;
+    /// interrupted one left.
+    ///
+    /// @return what went wrong with single files, which stops none of the others. Throws Failure
+    /// when the folder cannot be read.
+    std::vector<std::string> replace(const std::set<int>& items) const;
 
     /// Removes the placeholder for `item`, if there is one.
     void remove(int item) const;

@@ -6,10 +6,10 @@
 #include "account/books.h"
 #include "account/catalogue.h"
 #include "account/changes.h"
-#include "account/failure.h"
 #include "account/files.h"
 #include "account/session.h"
 #include "platform/account_files.h"
+#include "program/failure.h"
 #include "session/account_keys.h"
 #include "tavro-sync/deleted_books.h"
 #include "tavro-sync/download_list.h"
@@ -115,7 +115,7 @@ void SyncRound::announce(const std::vector<BookDescription>& books) {
             missing_.insert(itemNumber(book));
     }
     updateList(true);
-    placeholders_.replace(missing_);
+    placeMissing();
     requireAccount();
 }
 
@@ -129,7 +129,7 @@ void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescriptio
             download(session, book);
     }
     requireAccount();
-    placeholders_.replace(missing_);  // one that could not be removed would count as pending
+    placeMissing();  // one that could not be removed would count as pending
     updateList(true);
 }
 
@@ -140,8 +140,9 @@ void SyncRound::download(Tavro& session, const BookDescription& book) {
     } catch (const Failure& failure) {
         return fail("did not get " + nameOf(book) + ": " + failure.what());
     }
+    std::error_code ignored;
     if (!isStillLoggedIn())  // a log-out takes the books with it, the one on its way as well
-        fs::remove(folder_ + "/" + name);
+        fs::remove(folder_ + "/" + name, ignored);
     requireAccount();
     log_.note("downloaded " + nameOf(book) + " as " + name);
     ++downloaded_;
@@ -160,6 +161,11 @@ void SyncRound::fetchCover(const BookDescription& book) {
     } catch (const Failure& failure) {
         log_.note(failure.what());
     }
+}
+
+void SyncRound::placeMissing() {
+    for (const std::string& problem : placeholders_.replace(missing_))
+        fail(problem);
 }
 
 void SyncRound::updateList(bool now) {

@@ -49,6 +49,7 @@ private:
     void downloadMissing(Tavro& session, const std::vector<BookDescription>& books);
     void download(Tavro& session, const BookDescription& book);
     void fetchCover(const BookDescription& book);
+    void placeMissing();
     void updateList(bool now);
     void requireAccount() const;
     bool isStillLoggedIn() const;

@@ -34,5 +34,6 @@ int holdDialogue(const Output& output) {
 int main(int count, char** values) {
     posix::openStandardStreams();
     posix::closeInheritedDescriptors();
-    return runApplication({"tavro_wizard.app", help, "-library", holdDialogue}, count, values);
+    return runApplication({"tavro_wizard.app", help, device_paths::wizard_argument, holdDialogue},
+                          count, values);
 }

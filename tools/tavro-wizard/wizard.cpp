@@ -5,8 +5,8 @@
 #include <iostream>
 #include <sstream>
 
-#include "account/failure.h"
 #include "console/password_prompt.h"
+#include "program/failure.h"
 #include "session/account_keys.h"
 #include "tavro_client.h"
 

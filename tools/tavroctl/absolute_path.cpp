@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "account/failure.h"
+#include "program/failure.h"
 
 namespace fs = std::filesystem;
 

@@ -1,6 +1,6 @@
 #include "tavroctl/account_steps.h"
 
-#include "account/failure.h"
+#include "program/failure.h"
 #include "session/account_keys.h"
 
 namespace tavro::tools {

@@ -3,10 +3,10 @@
 #include <cstdlib>
 
 #include "account/book_map.h"
-#include "account/failure.h"
 #include "account/files.h"
 #include "account/session.h"
 #include "client/placeholder.h"
+#include "program/failure.h"
 #include "tavroctl/absolute_path.h"
 #include "tavroctl/device_folder.h"
 
@@ -25,7 +25,7 @@ Failure unknownBook(const Account& account, const std::string& path) {
     const fs::path name = fs::path(path).filename();
     const bool placeholder = name.extension() == placeholder::extension && isRegularFile(path);
     if (!placeholder && mappedFiles(account).count(name) == 0)
-        return Failure("the book map does not know " + name.string() + ", and it is no placeholder",
+        return Failure(unknownToBookMap(name).what() + std::string(", and it is no placeholder"),
                        "name one of the files of 'tavroctl map' or a placeholder");
     return Failure("the catalogue has no item for " + path,
                    "run 'tavroctl sync' to fetch the catalogue");

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 
@@ -54,27 +53,10 @@ bool isPlaceholderName(const fs::path& name) {
            item.find_first_not_of("-0123456789") == std::string::npos;
 }
 
-/// Names of what lies directly in `folder`, in order, apart from what `isMeant` turns down.
-template <typename Filter>
-std::vector<std::string> namesIn(const std::string& folder, Filter isMeant) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error))
-        if (isMeant(*entry))
-            names.push_back(entry->path().filename());
-    if (error && error != std::errc::no_such_file_or_directory) {
-        errno = error.value();
-        throwCannotRead(folder);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-bool goesAtLogOut(const fs::directory_entry& entry) {
+bool staysAtLogOut(const fs::path& path) {
     std::error_code unknown;
-    return entry.path().filename().string()[0] != '.' &&
-           entry.symlink_status(unknown).type() != fs::file_type::directory;
+    return path.filename().string()[0] == '.' ||
+           fs::symlink_status(path, unknown).type() == fs::file_type::directory;
 }
 
 }  // namespace
@@ -91,11 +73,10 @@ std::string whyHarmful(const Account& account, const std::string& folder) {
 }
 
 std::vector<std::string> removedAtLogOut(const std::string& folder) {
-    return namesIn(folder, goesAtLogOut);
-}
-
-std::vector<std::string> namesIn(const std::string& folder) {
-    return namesIn(folder, [](const auto&) { return true; });
+    std::vector<std::string> names = namesIn(folder);
+    const auto stays = [&](const std::string& name) { return staysAtLogOut(folder + "/" + name); };
+    names.erase(std::remove_if(names.begin(), names.end(), stays), names.end());
+    return names;
 }
 
 std::vector<std::string> foreignFiles(const Account& account, const std::string& folder) {

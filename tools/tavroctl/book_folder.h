@@ -17,9 +17,6 @@ std::string whyHarmful(const Account& account, const std::string& folder);
 /// Failure when a folder that is there cannot be read.
 std::vector<std::string> removedAtLogOut(const std::string& folder);
 
-/// Names of what lies directly in `folder`, hidden files and subfolders as well. Throws likewise.
-std::vector<std::string> namesIn(const std::string& folder);
-
 /// Names of what log-out would remove in `folder` though it is no book of `account`, neither a
 /// mapped file nor a placeholder. Throws Failure.
 std::vector<std::string> foreignFiles(const Account& account, const std::string& folder);

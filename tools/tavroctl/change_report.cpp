@@ -1,6 +1,7 @@
 #include "tavroctl/change_report.h"
 
 #include "account/changes.h"
+#include "account/service_failure.h"
 
 namespace tavro::tools {
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "account/failure.h"
 #include "account/journal.h"
 #include "console/output.h"
+#include "program/failure.h"
 #include "tavro.h"
 
 namespace tavro::tools {

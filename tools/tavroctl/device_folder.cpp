@@ -2,9 +2,9 @@
 
 #include <unistd.h>
 
-#include "account/failure.h"
 #include "account/files.h"
 #include "platform/device_paths.h"
+#include "program/failure.h"
 
 namespace fs = std::filesystem;
 

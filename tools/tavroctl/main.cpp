@@ -4,9 +4,9 @@
 #include <clocale>
 #include <optional>
 
-#include "account/failure.h"
 #include "posix/file_descriptor.h"
 #include "posix/inherited_descriptors.h"
+#include "program/failure.h"
 #include "program/run_program.h"
 #include "tavroctl/command_line.h"
 

@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+
 #include "account/files.h"
 #include "console/quiet_library.h"
 #include "posix/file_descriptor.h"
@@ -31,7 +33,7 @@ void writeInPlace(const std::string& path, std::string_view content) {
         return ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY | O_CLOEXEC, 0600);
     }));
     if (!file || !posix::writeAll(file.get(), content) || file.close() != 0)
-        throwCannotWrite(path);
+        throwCannotWrite(path, errno);
 }
 
 }  // namespace
@@ -44,7 +46,7 @@ void writeOutputFile(const Output& output, const std::string& path, std::string_
         return writeInPlace(path, content);
     // Opened anew, a file would be written from its beginning, and again by what is printed next.
     if (!posix::writeAll(output.standardOutput(), content))
-        throwCannotWrite(path);
+        throwCannotWrite(path, errno);
 }
 
 }  // namespace tavro::tools

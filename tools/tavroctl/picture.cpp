@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "account/failure.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 

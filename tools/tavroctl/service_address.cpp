@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "account/failure.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 

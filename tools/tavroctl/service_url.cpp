@@ -1,6 +1,6 @@
 #include "tavroctl/service_url.h"
 
-#include "account/failure.h"
+#include "account/service_failure.h"
 #include "tavroserver.h"
 
 namespace tavro::tools {

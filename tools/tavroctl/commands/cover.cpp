@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "account/failure.h"
+#include "program/failure.h"
 #include "tavroctl/book_file.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_folder.h"
@@ -17,11 +17,12 @@ namespace tavro::tools {
 namespace {
 
 constexpr int largest_side = 8192;
+constexpr const char* default_size = "300x400";
 constexpr unsigned columns_without_terminal = 60;
 
 struct Options {
     std::string file;
-    std::string size = "300x400";
+    std::string size = default_size;
     std::string outputFile;  ///< empty for none
     bool ascii = false;
 };
@@ -89,8 +90,10 @@ void addCover(CommandLine& commandLine) {
         commandLine.add("cover", "Show or save a book's cover",
                         "cover novel.epub --output cover.png", withOptions(showCover, options));
     addFile(command, options->file, true);
-    command.add_option("--size", options->size, "Pixels at most, each from 1 to 8192")
-        ->option_text("WxH [300x400]");
+    command
+        .add_option("--size", options->size,
+                    "Pixels at most, each from 1 to " + std::to_string(largest_side))
+        ->option_text(std::string("WxH [") + default_size + "]");
     command.add_option("--output", options->outputFile, "Write it as a grey PNG")
         ->option_text("FILE.png");
     command.add_flag("--ascii", options->ascii, "Print it as a picture of characters");

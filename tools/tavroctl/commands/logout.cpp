@@ -6,11 +6,11 @@
 #include <optional>
 
 #include "account/account_lock.h"
-#include "account/failure.h"
 #include "account/files.h"
 #include "account/journal.h"
 #include "console/confirmation.h"
 #include "platform/device_paths.h"
+#include "program/failure.h"
 #include "tavro_client.h"
 #include "tavroctl/book_folder.h"
 #include "tavroctl/command_line.h"

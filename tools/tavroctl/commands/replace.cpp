@@ -31,8 +31,7 @@ struct Options {
 std::string mappedName(const MappedFiles& map, const std::string& path) {
     std::string name = fs::path(path).filename();
     if (map.count(name) == 0)
-        throw Failure("the book map does not know " + path,
-                      "name one of the files of 'tavroctl map'");
+        throw unknownToBookMap(path);
     return name;
 }
 

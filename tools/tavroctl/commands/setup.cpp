@@ -3,11 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <random>
 
-#include "account/failure.h"
+#include "account/book_map.h"
+#include "account/books.h"
+#include "account/files.h"
 #include "console/confirmation.h"
 #include "platform/device_paths.h"
+#include "program/failure.h"
 #include "server/built_in_settings.h"
 #include "server/connection_keys.h"
 #include "session/account_keys.h"
@@ -124,9 +128,27 @@ void storeServerSettings(const Settings& settings) {
                       "take partner code 12 or 16");
 }
 
+/// Makes the download folder, if it is not there: one that was `named` now, or that of an account
+/// without books. Otherwise its card is out, and a folder in its place would have all books
+/// downloaded again. @return what to tell of books that are missing with their folder.
+std::optional<Failure> makeDownloadFolder(const Account& account, bool named) {
+    const std::string folder = account.downloadFolder();
+    const std::size_t books = exists(folder) ? 0 : mappedFiles(account).size();
+    if (books == 0 || named)
+        fs::create_directories(folder);
+    if (books == 0)
+        return std::nullopt;
+    const std::string missing = std::to_string(books) + " books of the book map are missing";
+    if (named)
+        return Failure(missing + " in the new folder " + folder,
+                       "move the books there, or run 'tavroctl download --all'");
+    return Failure(missing + " with the download folder " + folder, missing_folder_advice);
+}
+
 void setUp(const Options& options, Account& account, const Output& output) {
     const Settings settings = completed(account, options.settings);
-    if (!options.settings.at(account_keys::download_folder).empty())
+    const bool named = !options.settings.at(account_keys::download_folder).empty();
+    if (named)
         requireBookFolder(account, settings.at(account_keys::download_folder), options.force,
                           output);
     if (!options.service.empty())
@@ -137,13 +159,14 @@ void setUp(const Options& options, Account& account, const Output& output) {
     account.store(settings);
     if (account.value(account_keys::email) != formerEmail)
         account.forgetSession();
-    fs::create_directories(account.downloadFolder());
-
+    const auto warning = makeDownloadFolder(account, named);
     output.summary({{"configuration", account.folder()},
                     {"downloadFolder", account.downloadFolder()},
                     {"serialNumber", account.value(account_keys::serial_number)},
                     {"email", account.value(account_keys::email)},
                     {"service", serviceUrl()}});
+    if (warning)
+        output.error(*warning);
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 #include <csignal>
 #include <optional>
 
-#include "account/failure.h"
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
+#include "program/failure.h"
 #include "tavro_client.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"

@@ -1,4 +1,4 @@
-#include "account/failure.h"
+#include "account/service_failure.h"
 
 #include "tavroserver.h"
 

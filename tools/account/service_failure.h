@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "program/failure.h"
+
+class TavroServer;
+
+namespace tavro::tools {
+
+/// Tells what became of the last device-API request or upload of `server`: the service's code and
+/// message, or that the answer cannot be read, or that none came from `address` ("HOST:PORT").
+///
+/// @param what what was being done, as "the login failed".
+Failure serviceFailure(const TavroServer& server, const std::string& what,
+                       const std::string& address, const std::string& advice);
+
+/// "HOST:PORT" of the device API, as the library has it now.
+std::string apiAddress();
+
+/// "HOST:PORT" of the upload page, as the library has it now.
+std::string uploadAddress();
+
+/// "HOST:PORT" of the download page, as the library has it now.
+std::string downloadAddress();
+
+}  // namespace tavro::tools
