@@ -80,6 +80,8 @@ if(TARGET tavroctl)
     endforeach()
     add_custom_target(manual_pages ALL DEPENDS ${pages})
     install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT desktop)
-    install(FILES packaging/tavroctl.bash RENAME tavroctl COMPONENT desktop
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    foreach(program tavroctl tavro-service)
+        install(FILES packaging/${program}.bash RENAME ${program} COMPONENT desktop
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    endforeach()
 endif()

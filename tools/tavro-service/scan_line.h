@@ -14,6 +14,10 @@ public:
     /// Shows nothing unless standard error is a terminal.
     ScanLine();
 
+    ~ScanLine() { remove(); }
+    ScanLine(const ScanLine&) = delete;
+    ScanLine& operator=(const ScanLine&) = delete;
+
     /// Shows, from time to time and only if it takes long, that `done` of `all` files were looked
     /// at. Removes the line in the end.
     void show(std::size_t done, std::size_t all);

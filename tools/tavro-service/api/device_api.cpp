@@ -61,6 +61,11 @@ std::vector<Book> DeviceApi::books() {
     return catalogue_.books();
 }
 
+int DeviceApi::bookCount() {
+    const std::lock_guard lock(mutex_);
+    return catalogue_.count();
+}
+
 std::optional<Book> DeviceApi::findBook(int id) {
     const std::lock_guard lock(mutex_);
     return catalogue_.find(id);

@@ -30,6 +30,9 @@ public:
     /// All items of the catalogue, deleted ones among them.
     std::vector<Book> books();
 
+    /// How many items the catalogue has, without deleted ones.
+    int bookCount();
+
     /// The item `id`, unless there is none or it was deleted.
     std::optional<Book> findBook(int id);
 

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <charconv>
 #include <stdexcept>
 
@@ -47,11 +46,8 @@ Json faults(const Command& command) {
 }
 
 Json status(const Command& command) {
-    const auto items = command.context.api.books();
-    const auto present =
-        std::count_if(items.begin(), items.end(), [](const Book& book) { return !book.deleted; });
     const RequestNumbers numbers = command.context.log.numbers();
-    return {{"books", present},
+    return {{"books", command.context.api.bookCount()},
             {"requests", numbers.count},
             {"lastRequest", numbers.last},
             {"started", timeText(command.context.started)},

@@ -246,6 +246,12 @@ std::vector<Book> Catalogue::books() {
     return books;
 }
 
+int Catalogue::count() {
+    return folder_.empty()
+               ? 0
+               : database_.execAndGet("SELECT COUNT(*) FROM items WHERE deleted = 0").getInt();
+}
+
 std::optional<Book> Catalogue::find(int id) {
     auto row = query(database_, select_books + "WHERE id = ? AND deleted = 0", id);
     if (folder_.empty() || !row.executeStep())

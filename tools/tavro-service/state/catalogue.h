@@ -62,6 +62,9 @@ public:
     /// All items in the order of their paths, deleted ones among them.
     std::vector<Book> books();
 
+    /// How many items there are, without deleted ones.
+    int count();
+
     /// The item `id`, unless there is none or it was deleted.
     std::optional<Book> find(int id);
 
