@@ -1,5 +1,6 @@
 #include <charconv>
 #include <stdexcept>
+#include <string_view>
 
 #include "faults/fault_syntax.h"
 #include "http/body_reader.h"
@@ -98,11 +99,13 @@ Json faultSyntax(const Command&) {
     return {{"operations", std::move(operations)}, {"keys", std::move(keys)}};
 }
 
+using CarryOut = Json (*)(const Command& command);
+
 /// Everything that may be asked below /control/.
 const struct {
-    const char* method;
+    std::string_view method;
     const char* path;
-    Json (*carryOut)(const Command& command);
+    CarryOut carryOut;
 } control_pages[] = {
     {"GET", "/control/status", status},         {"GET", "/control/books", books},
     {"GET", "/control/devices", devices},       {"GET", "/control/accounts", accounts},
@@ -111,37 +114,39 @@ const struct {
     {"DELETE", "/control/faults", clearFaults}, {"GET", "/control/fault-syntax", faultSyntax},
 };
 
+/// Sends as `response` what `carryOut` makes of `command`, or what is wrong with it.
+void answer(CarryOut carryOut, const Command& command, httplib::Response& response) {
+    try {
+        const Json json = carryOut(command);
+        response.set_header("Cache-Control", "no-store");
+        response.set_content(json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n",
+                             "application/json");
+    } catch (const std::invalid_argument& error) {
+        response.status = 400;
+        response.set_content(error.what(), "text/plain; charset=utf-8");
+    }
+}
+
 }  // namespace
 
 void addControlPages(const PageContext& context) {
+    httplib::Server& server = context.server.pages();
     for (const auto& page : control_pages) {
-        const auto answer = [context, carryOut = page.carryOut](const auto& request, auto& response,
-                                                                std::string body) {
-            try {
-                const Json json = carryOut({context, request, std::move(body)});
-                const auto replace = Json::error_handler_t::replace;
-                response.set_header("Cache-Control", "no-store");
-                response.set_content(json.dump(-1, ' ', false, replace) + "\n", "application/json");
-            } catch (const std::invalid_argument& error) {
-                response.status = 400;
-                response.set_content(error.what(), "text/plain; charset=utf-8");
-            }
+        const auto plain = [context, carryOut = page.carryOut](const auto& request,
+                                                               auto& response) {
+            answer(carryOut, {context, request, ""}, response);
         };
-        httplib::Server& server = context.server.pages();
-        const std::string_view method = page.method;
-        if (method == "GET")
-            server.Get(page.path, [answer](const auto& request, auto& response) {
-                answer(request, response, "");
-            });
-        else if (method == "DELETE")
-            server.Delete(page.path, [answer](const auto& request, auto& response) {
-                answer(request, response, "");
-            });
+        const auto withBody = [context, carryOut = page.carryOut](
+                                  const auto& request, auto& response, const auto& reader) {
+            const std::string body = readBody(request, reader, context.maximumBody);
+            answer(carryOut, {context, request, body}, response);
+        };
+        if (page.method == "GET")
+            server.Get(page.path, plain);
+        else if (page.method == "DELETE")
+            server.Delete(page.path, plain);
         else
-            server.Post(page.path, [answer, limit = context.maximumBody](
-                                       const auto& request, auto& response, const auto& reader) {
-                answer(request, response, readBody(request, reader, limit));
-            });
+            server.Post(page.path, withBody);
     }
 }
 
