@@ -28,13 +28,13 @@ struct Request {
     std::string soapAction;
     std::string contentType;
     std::string accept;
-    std::int64_t device = 0;   ///< number of the registered device that asked; 0 if unknown
-    std::size_t received = 0;  ///< size of the request's body as announced
-    std::string code;          ///< result code answered; empty if the connection was closed instead
-    std::string message;       ///< what the code means; empty alike
-    int status = 0;            ///< HTTP status answered; 0 if the connection was closed instead
-    bool faulty = false;       ///< whether a fault had its hand in it
-    std::size_t bytes = 0;     ///< size of the answer's body as announced
+    std::int64_t device = 0;     ///< number of the registered device that asked; 0 if unknown
+    std::uint64_t received = 0;  ///< size of the request's body as announced
+    std::string code;       ///< result code answered; empty if the connection was closed instead
+    std::string message;    ///< what the code means; empty alike
+    int status = 0;         ///< HTTP status answered; 0 if the connection was closed instead
+    bool faulty = false;    ///< whether a fault had its hand in it
+    std::size_t bytes = 0;  ///< size of the answer's body as announced
     std::chrono::milliseconds duration{0};  ///< from the first header line to the answer's start
 };
 
