@@ -94,6 +94,8 @@ if(TARGET tavroctl)
     foreach(program tavroctl tavro-service tavro_sync.app tavro_wizard.app)
         install_page(${program} desktop)
     endforeach()
-    install(FILES packaging/tavroctl.bash RENAME tavroctl COMPONENT desktop
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    foreach(program tavroctl tavro-service)
+        install(FILES packaging/${program}.bash RENAME ${program} COMPONENT desktop
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    endforeach()
 endif()

@@ -210,6 +210,27 @@ TEST(Service, DeviceWalksTheWholeRoad) {
     EXPECT_EQ(content->get_header_value("Content-Disposition"),
               "attachment; filename=new tides.txt");
     EXPECT_EQ(readFile(TAVRO_TEST_SAMPLES "/tides.txt"), original);
+
+    const auto uploads =
+        nlohmann::json::parse(served.get("/control/requests?operation=UploadContent&after=" +
+                                         std::to_string(served.requests().front().number)));
+    ASSERT_EQ(uploads.size(), 1u);
+    EXPECT_EQ(uploads[0].at("item"), id);
+    EXPECT_EQ(uploads[0].at("device"), 1);
+    EXPECT_EQ(uploads[0].at("code"), "1003");
+    EXPECT_GT(uploads[0].at("received"), changed.size());
+    EXPECT_EQ(served.get("/control/requests?after=" + std::to_string(request.number + 1)), "[]\n");
+    EXPECT_THAT(served.get("/control/accounts"), HasSubstr("\"ada@reader.example\""));
+    for (const char* page : {"status", "requests", "devices", "accounts", "books"}) {
+        const std::string told = served.get(std::string("/control/") + page);
+        for (const std::string& secret :
+             {served.token, served.session, std::string("pass word"), std::string("\"SN\"")})
+            EXPECT_EQ(told.find(secret), std::string::npos) << page << " tells " << secret;
+    }
+    EXPECT_EQ(served.client.Get("/control/requests?after=x")->status, 400);
+    EXPECT_EQ(served.client.Get("/control/requests?operation=Upload")->status, 400);
+    EXPECT_THAT(served.client.Delete("/control/requests")->body, HasSubstr("\"requests\":0"));
+    EXPECT_EQ(served.get("/control/requests"), "[]\n");
 }
 
 TEST(Service, CatalogueTellsWhatTheBooksSay) {
@@ -231,6 +252,11 @@ TEST(Service, CatalogueTellsWhatTheBooksSay) {
     EXPECT_THAT(served.get("/covers/" + std::to_string(epub.id)), testing::StartsWith("\x89PNG"));
     EXPECT_THAT(served.get("/covers/" + std::to_string(fb2.id)),
                 testing::StartsWith("\xFF\xD8\xFF"));
+
+    const std::string cover = "/covers/" + std::to_string(epub.id);
+    const std::string tag = served.client.Get(cover)->get_header_value("ETag");
+    const auto again = served.client.Get(cover, {{"If-None-Match", tag}});
+    EXPECT_EQ(std::pair(again->status, again->body), std::pair(304, std::string()));
 
     // Devices remember item ids for longer than a service without a state file lives.
     Options options = serving(TAVRO_TEST_SAMPLES);
@@ -380,6 +406,16 @@ TEST(Service, FaultsAreSetAndClearedWhileItRuns) {
     for (const char* wrong : {"LoginUser", "LoginUser:", "Login:code=1", "LoginUser:cod=1",
                               "LoginUser:times=x", "LoginUser:body-hex=0", "LoginUser:status=99"})
         EXPECT_THROW(parseFault(wrong), std::invalid_argument) << wrong;
+
+    const TemporaryFolder folder;
+    writeFile(folder / "faults", "# two\n\nLoginUser:code=2008,times=1\r\n" + json + "\n");
+    const auto faults = readFaults(folder / "faults");
+    ASSERT_EQ(faults.size(), 2u);
+    EXPECT_EQ(faults[0].second.resultCode, "2008");
+    EXPECT_EQ(faultToJson(faults[1]), json);
+    writeFile(folder / "faults", "\nLoginUser:cod=1\n");
+    EXPECT_THAT([&] { readFaults(folder / "faults"); },
+                testing::ThrowsMessage<std::invalid_argument>(HasSubstr("faults:2: ")));
 }
 
 // A restart that forgot a session or an upload would look to a device like lost books.
@@ -459,6 +495,23 @@ TEST(Service, ReportsAndSkipsUnreadableBooks) {
     EXPECT_FALSE(served.book("odd.fb2").deleted);
 }
 
+TEST(Service, KeepsWhatItReadBeforeItWasInterrupted) {
+    const TemporaryFolder folder;
+    for (const char* name : {"a.txt", "b.txt", "c.txt"})
+        writeFile(folder / (std::string("books/") + name), name);
+    Options options = serving(folder / "books", folder / "state");
+    std::vector<std::size_t> told;
+    options.progress = [&](std::size_t done, std::size_t all) {
+        told.push_back(done);
+        if (all == 3 && done == 2)
+            throw std::runtime_error("interrupted");
+    };
+    EXPECT_THROW(Service{options}, std::runtime_error);
+    EXPECT_THAT(told, ElementsAre(1, 2));
+    EXPECT_EQ(SQLite::Database(folder / "state").execAndGet("SELECT COUNT(*) FROM items").getInt(),
+              2);
+}
+
 // A device keeps only the last piece of a text that its XML reader splits.
 TEST(Service, TitlesReachTheDeviceWhole) {
     const TemporaryFolder folder;
@@ -534,6 +587,15 @@ TEST(Service, RefusesOtherSitesAndOtherNames) {
     expect(200, "Forwarded.example:8080", "http://forwarded.example:8080");
     for (const char* origin : {"http://attacker.example", "https://localhost:PORT", "null"})
         expect(403, "localhost:PORT", origin);
+    const auto fetched = [&](const char* site, const char* destination) {
+        return served.client
+            .Get(cover, {{"Sec-Fetch-Site", site}, {"Sec-Fetch-Dest", destination}})
+            ->status;
+    };
+    EXPECT_EQ(fetched("same-origin", "image"), 200);
+    EXPECT_EQ(fetched("cross-site", "document"), 200) << "a link that somebody follows";
+    for (const char* site : {"cross-site", "same-site"})
+        EXPECT_EQ(fetched(site, "image"), 403) << site;
     const posix::FileDescriptor unnamed = connectTo(served);
     EXPECT_TRUE(posix::writeAll(unnamed.get(), "GET /shop HTTP/1.0\r\n\r\n"));
     EXPECT_THAT(readAll(unnamed.get()), HasSubstr(" 403 "));

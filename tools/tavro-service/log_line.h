@@ -2,15 +2,15 @@
 
 #include <string>
 
-#include "http/request_log.h"
+#include "http/control_json.h"
 
 namespace tavro::service {
 
-/// `request` as a line for people: time, operation, code, HTTP status, size, duration, item. No
-/// password, token or session is among it.
-std::string readableLine(const Request& request);
+/// A request, as `toJson` tells of it, as a line for people: time, operation, code, HTTP status,
+/// size, duration, item. Throws `std::exception` if `request` is none.
+std::string readableLine(const Json& request);
 
 /// The same as one line of JSON.
-std::string jsonLine(const Request& request);
+std::string jsonLine(const Json& request);
 
 }  // namespace tavro::service

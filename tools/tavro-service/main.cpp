@@ -1,4 +1,3 @@
-#include <httplib.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,10 +9,12 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "control_client.h"
 #include "line_writer.h"
 #include "log_line.h"
 #include "posix/inherited_descriptors.h"
 #include "program/run_program.h"
+#include "scan_line.h"
 #include "service.h"
 #include "text/text.h"
 
@@ -31,23 +32,38 @@ constexpr const char* examples =
     "  tavro-service --fault LoginUser:code=2008,times=1\n"
     "  tavro-service fault DownloadContent cut=1000 times=2\n"
     "  tavro-service fault UploadContent body-file=answer.xml\n"
-    "  tavro-service fault --clear\n\n";
+    "  tavro-service fault --clear\n"
+    "  tavro-service requests --operation UploadContent\n\n";
+
+constexpr const char* default_service = "http://127.0.0.1:1510";
 
 struct ServeArguments {
     Options options;
     std::string consumer;
     std::vector<std::string> faults;
+    std::string faultFile;
     std::vector<NamedFault> parsedFaults;
     bool json = false;
     bool quiet = false;
 };
 
 struct FaultArguments {
-    std::string service = "http://127.0.0.1:1510";
+    std::string service = default_service;
     std::string operation;
     std::vector<std::string> settings;
+    std::string file;
     bool clear = false;
 };
+
+struct RequestsArguments {
+    std::string service = default_service;
+    std::string operation;
+    bool json = false;
+    bool clear = false;
+};
+
+/// Thrown when a signal ends the service before it has begun.
+struct Stopped {};
 
 /// The line that tells how many lines of the log nobody took.
 std::string droppedLine(std::size_t count, bool json) {
@@ -78,6 +94,13 @@ sigset_t blockStopSignals() {
     return signals;
 }
 
+/// Throws `Stopped` if one of `signals`, which are blocked, has come.
+void endWhenStopped(const sigset_t& signals) {
+    const timespec now = {};
+    if (::sigtimedwait(&signals, nullptr, &now) > 0)
+        throw Stopped();
+}
+
 int serve(ServeArguments& arguments) {
     const sigset_t signals = blockStopSignals();
     ::umask(S_IRWXG | S_IRWXO);
@@ -85,11 +108,19 @@ int serve(ServeArguments& arguments) {
     LineWriter output(STDOUT_FILENO,
                       [json](std::size_t count) { return droppedLine(count, json); });
     LineWriter errors(STDERR_FILENO, [](std::size_t count) { return droppedLine(count, false); });
+    ScanLine scan;
     Options& options = arguments.options;
-    options.report = [&](const std::string& text) { errors.write("tavro-service: " + text); };
+    options.report = [&](const std::string& text) {
+        scan.remove();
+        errors.write("tavro-service: " + text);
+    };
+    options.progress = [&](std::size_t done, std::size_t all) {
+        scan.show(done, all);
+        endWhenStopped(signals);
+    };
     if (!arguments.quiet)
         options.log = [&, json](const Request& request) {
-            output.write(json ? jsonLine(request) : readableLine(request));
+            output.write(json ? jsonLine(toJson(request)) : readableLine(toJson(request)));
         };
     Service service(options);
     for (const auto& [operation, fault] : arguments.parsedFaults)
@@ -100,26 +131,33 @@ int serve(ServeArguments& arguments) {
     return exit_status::done;
 }
 
-httplib::Result ask(httplib::Client& client, const FaultArguments& arguments) {
+int runFaultCommand(const FaultArguments& arguments) {
+    const ControlClient client(arguments.service);
+    std::vector<NamedFault> faults;
+    if (!arguments.file.empty())
+        faults = readFaults(arguments.file);
+    if (!arguments.operation.empty())
+        faults.push_back(parseFault(arguments.operation, arguments.settings));
+    std::string status;
+    for (const NamedFault& fault : faults)
+        status = client.post("/control/faults", faultToJson(fault));
     if (arguments.clear)
-        return client.Delete("/control/faults");
-    if (arguments.operation.empty())
-        return client.Get("/control/status");
-    const NamedFault fault = parseFault(arguments.operation, arguments.settings);
-    return client.Post("/control/faults", faultToJson(fault), "application/json");
+        status = client.remove("/control/faults");
+    std::cout << (status.empty() ? client.get("/control/status") : status);
+    return exit_status::done;
 }
 
-int control(const FaultArguments& arguments) {
-    const std::size_t end = arguments.service.find_last_not_of('/');
-    httplib::Client client(arguments.service.substr(0, end + 1));
-    const httplib::Result answer = ask(client, arguments);
-    if (!answer)
-        throw std::runtime_error("no service answers at " + arguments.service +
-                                 ". Start one, or give its address with --service.");
-    if (answer->status != 200)
-        throw std::runtime_error("the service refuses: HTTP status " +
-                                 std::to_string(answer->status) + " " + answer->body);
-    std::cout << answer->body;
+int runRequestsCommand(const RequestsArguments& arguments) {
+    const ControlClient client(arguments.service);
+    if (arguments.clear) {
+        std::cout << client.remove("/control/requests");
+        return exit_status::done;
+    }
+    const std::string& operation = arguments.operation;
+    const std::string filter =
+        operation.empty() ? "" : std::string("?operation=") + name(operationNamed(operation));
+    for (const Json& request : Json::parse(client.get("/control/requests" + filter)))
+        std::cout << (arguments.json ? jsonLine(request) : readableLine(request)) << "\n";
     return exit_status::done;
 }
 
@@ -153,6 +191,9 @@ void addServeOptions(CLI::App& app, ServeArguments& arguments) {
         ->option_text("OPERATION:KEY=VALUE,...")
         ->expected(1)
         ->take_all();
+    app.add_option("--faults", arguments.faultFile,
+                   "Misbehave from the start as FILE says, with such a fault on each line")
+        ->option_text("FILE");
     app.add_flag("--json", arguments.json, "Print JSON lines");
     app.add_flag("--quiet", arguments.quiet, "Print no line for each request");
 }
@@ -163,10 +204,30 @@ CLI::App* addFaultCommand(CLI::App& app, FaultArguments& arguments) {
     command->add_option("--service", arguments.service, "Address of the running service")
         ->capture_default_str();
     CLI::Option* const clear = command->add_flag("--clear", arguments.clear, "Drop all faults");
+    command
+        ->add_option("--file", arguments.file,
+                     "Add the faults of FILE: on each line OPERATION:KEY=VALUE,... or JSON")
+        ->option_text("FILE")
+        ->excludes(clear);
     command->add_option("operation", arguments.operation, "Operation that is to misbehave")
         ->excludes(clear);
     command->add_option("settings", arguments.settings, "What is to happen, as key=value");
     command->footer(faultHelp());
+    return command;
+}
+
+CLI::App* addRequestsCommand(CLI::App& app, RequestsArguments& arguments) {
+    CLI::App* const command =
+        app.add_subcommand("requests", "Show what a running service was asked, the oldest first");
+    command->add_option("--service", arguments.service, "Address of the running service")
+        ->capture_default_str();
+    CLI::Option* const operation =
+        command->add_option("--operation", arguments.operation, "Only requests of this operation");
+    operation->option_text("NAME");
+    command->add_flag("--json", arguments.json, "Print JSON lines");
+    command->add_flag("--clear", arguments.clear, "Forget all requests, and show none")
+        ->excludes(operation);
+    command->footer("Operations: " + operationNames());
     return command;
 }
 
@@ -175,8 +236,12 @@ void parseTexts(ServeArguments& arguments) {
     try {
         for (const std::string& text : arguments.faults)
             arguments.parsedFaults.push_back(parseFault(text));
+        if (!arguments.faultFile.empty()) {
+            const auto more = readFaults(arguments.faultFile);
+            arguments.parsedFaults.insert(arguments.parsedFaults.end(), more.begin(), more.end());
+        }
     } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError("--fault", error.what());
+        throw CLI::ValidationError("a fault", error.what());
     }
     const std::size_t colon = arguments.consumer.find(':');
     if (arguments.consumer.empty())
@@ -193,8 +258,10 @@ int run(int argc, char** argv) {
                  "tavro-service");
     ServeArguments serveArguments;
     FaultArguments faultArguments;
+    RequestsArguments requestsArguments;
     addServeOptions(app, serveArguments);
     const CLI::App* const faultCommand = addFaultCommand(app, faultArguments);
+    const CLI::App* const requestsCommand = addRequestsCommand(app, requestsArguments);
     app.set_version_flag("--version", "tavro-service " TAVRO_VERSION);
     app.require_subcommand(0, 1);
     app.footer(examples + faultHelp());
@@ -204,7 +271,15 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? exit_status::done : exit_status::wrong_usage;
     }
-    return faultCommand->parsed() ? control(faultArguments) : serve(serveArguments);
+    if (faultCommand->parsed())
+        return runFaultCommand(faultArguments);
+    if (requestsCommand->parsed())
+        return runRequestsCommand(requestsArguments);
+    try {
+        return serve(serveArguments);
+    } catch (const Stopped&) {
+        return exit_status::done;
+    }
 }
 
 }  // namespace

@@ -8,13 +8,15 @@ class Service::Implementation {
 public:
     explicit Implementation(const Options& options)
         : log(options.log, options.report),
-          api(options.database, options.books, options.consumer,
-              [this](const std::string& text) { log.report(text); }),
+          api(
+              options.database, options.books, options.consumer,
+              [this](const std::string& text) { log.report(text); }, options.progress),
           server(options.address, options.port, options.patience),
           names(options.address, options.hosts) {
         const PageContext context{
             server, api, faults, log, names, options.maximumBody, options.entityReferences};
         addDevicePages(context);
+        addControlPages(context);
         addServicePages(context);
         server.listen();
     }
@@ -60,6 +62,10 @@ void Service::clearFaults() {
 
 std::vector<Request> Service::requests() const {
     return implementation_->log.requests();
+}
+
+void Service::clearRequests() {
+    implementation_->log.clear();
 }
 
 std::vector<Book> Service::books() const {

@@ -32,6 +32,9 @@ struct Options {
     /// How long a client may keep its connection waiting, apart from what its bytes take on a slow
     /// line.
     std::chrono::milliseconds patience{20000};
+    /// Told, while the books are first read, how many of all files were looked at; what it throws
+    /// ends the start.
+    std::function<void(std::size_t done, std::size_t all)> progress;
     /// Told of each request before its answer goes out; calls never overlap.
     std::function<void(const Request&)> log;
     /// Told of what is wrong (unreadable books, unknown pages, failures); calls never overlap.
@@ -69,6 +72,9 @@ public:
     /// The last requests (1000, or fewer if they are large), the oldest first. Bodies stand here
     /// with their passwords.
     std::vector<Request> requests() const;
+
+    /// Forgets the requests that arrived so far.
+    void clearRequests();
 
     /// All items of the catalogue as of the last synchronisation, deleted ones among them.
     std::vector<Book> books() const;

@@ -17,12 +17,14 @@ const fs::path& checkedFolder(const fs::path& books) {
 
 DeviceApi::DeviceApi(const fs::path& database, const fs::path& books,
                      std::optional<Consumer> consumer,
-                     std::function<void(const std::string&)> report)
+                     std::function<void(const std::string&)> report, const ScanProgress& progress)
     : database_(openDatabase(database)),
       uploads_(database),
       accounts_(database_),
       catalogue_(database_, checkedFolder(books), uploads_.path(), std::move(report)),
-      consumer_(std::move(consumer)) {}
+      consumer_(std::move(consumer)) {
+    catalogue_.refresh(progress);
+}
 
 DeviceResponse DeviceApi::handle(DeviceRequest& request) {
     const std::lock_guard lock(mutex_);
@@ -30,9 +32,38 @@ DeviceResponse DeviceApi::handle(DeviceRequest& request) {
     return descriptionOf(request.operation).handler(call);
 }
 
+std::int64_t DeviceApi::deviceNumber(const DeviceRequest& request) {
+    try {
+        const Values values = readValues(request);
+        const auto token = values.find("Token");
+        const auto device = values.find("DeviceId");
+        const std::lock_guard lock(mutex_);
+        if (token != values.end())
+            return accounts_.deviceNumber(accounts_.deviceOf(token->second).value_or(""));
+        return device != values.end() ? accounts_.deviceNumber(device->second) : 0;
+    } catch (const RequestError&) {
+        return 0;  // it cannot be read
+    }
+}
+
+std::vector<RegisteredDevice> DeviceApi::devices() {
+    const std::lock_guard lock(mutex_);
+    return accounts_.devices();
+}
+
+std::vector<Account> DeviceApi::accounts() {
+    const std::lock_guard lock(mutex_);
+    return accounts_.all();
+}
+
 std::vector<Book> DeviceApi::books() {
     const std::lock_guard lock(mutex_);
     return catalogue_.books();
+}
+
+int DeviceApi::bookCount() {
+    const std::lock_guard lock(mutex_);
+    return catalogue_.count();
 }
 
 std::optional<Book> DeviceApi::findBook(int id) {

@@ -57,6 +57,21 @@ const std::vector<OperationDescription>& allOperations() {
     return operations;
 }
 
+std::string operationNames() {
+    std::string names;
+    for (const OperationDescription& operation : allOperations())
+        names += std::string(names.empty() ? "" : ", ") + operation.name;
+    return names;
+}
+
+Operation operationNamed(const std::string& name) {
+    for (const OperationDescription& operation : allOperations()) {
+        if (operation.name == name)
+            return operation.operation;
+    }
+    throw std::invalid_argument("there is no operation \"" + name + "\", only " + operationNames());
+}
+
 const OperationDescription& descriptionOf(Operation operation) {
     for (const OperationDescription& description : allOperations()) {
         if (description.operation == operation)

@@ -52,6 +52,12 @@ const std::vector<OperationDescription>& allOperations();
 /// What there is to say about `operation`.
 const OperationDescription& descriptionOf(Operation operation);
 
+/// The names of all operations, with commas between them.
+std::string operationNames();
+
+/// The operation called `name`. Throws `std::invalid_argument` that names those that there are.
+Operation operationNamed(const std::string& name);
+
 /// Name of `operation`, spelt as in its address.
 inline const char* name(Operation operation) {
     return descriptionOf(operation).name;

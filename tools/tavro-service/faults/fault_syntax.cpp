@@ -117,21 +117,6 @@ const std::vector<FaultKey>& faultKeys() {
     return keys;
 }
 
-std::string operationNames() {
-    std::string names;
-    for (const OperationDescription& operation : allOperations())
-        names += std::string(names.empty() ? "" : ", ") + operation.name;
-    return names;
-}
-
-Operation operationNamed(const std::string& name) {
-    for (const OperationDescription& operation : allOperations()) {
-        if (operation.name == name)
-            return operation.operation;
-    }
-    throw std::invalid_argument("there is no operation \"" + name + "\", only " + operationNames());
-}
-
 const FaultKey* findKey(const std::string& name) {
     const auto key =
         std::find_if(faultKeys().begin(), faultKeys().end(),
@@ -216,6 +201,34 @@ NamedFault faultFromJson(const std::string& text) {
             set(fault.second, {key, setting}, false);
     }
     return fault;
+}
+
+std::vector<NamedFault> readFaults(const std::string& path) {
+    std::ifstream stream(path);
+    if (!stream)
+        throw std::invalid_argument(path + ": the file cannot be read");
+    std::vector<NamedFault> faults;
+    std::string line;
+    for (int number = 1; std::getline(stream, line); ++number) {
+        const std::string text = cleanText(line);
+        if (text.empty() || text.front() == '#')
+            continue;
+        try {
+            faults.push_back(text.front() == '{' ? faultFromJson(line) : parseFault(text));
+        } catch (const std::invalid_argument& error) {
+            throw std::invalid_argument(path + ":" + std::to_string(number) + ": " + error.what());
+        }
+    }
+    return faults;
+}
+
+std::vector<FaultKeyHelp> faultKeyHelp() {
+    std::vector<FaultKeyHelp> keys;
+    for (const FaultKey& key : faultKeys()) {
+        if (!key.onlyFromCommandLine)
+            keys.push_back({key.name, key.argument, key.help});
+    }
+    return keys;
 }
 
 std::string faultHelp() {

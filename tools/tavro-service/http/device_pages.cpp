@@ -24,6 +24,7 @@ Request entryOf(Operation operation, const httplib::Request& request) {
     entry.soapAction = request.get_header_value("SOAPAction");
     entry.contentType = request.get_header_value("Content-Type");
     entry.accept = request.get_header_value("Accept");
+    entry.received = request.get_header_value<std::uint64_t>("Content-Length");
     return entry;
 }
 
@@ -65,6 +66,7 @@ struct DevicePages : PageContext {
         entry.faulty = hasEffect(fault);
         if (!fault.closeConnection) {
             entry.code = answered.code;
+            entry.message = answered.message;
             entry.status = answered.status;
             entry.bytes = body.size;
         }
@@ -80,18 +82,29 @@ struct DevicePages : PageContext {
 
     DeviceResponse answer(Request& entry, const httplib::Request& request,
                           const httplib::ContentReader& reader, const Fault& fault) const {
-        try {
+        return orFailure(entry.operation, [&] {
             DeviceRequest received = receive(entry.operation, request, reader);
             entry.body = received.body;
             entry.fields = received.form.fields;
             entry.fileContentType = received.form.fileContentType;
-            if (!isCarriedOut(fault))
-                return DeviceResponse(result::requested_fault);
-            return api.handle(received);
+            DeviceResponse response = orFailure(entry.operation, [&] {
+                return isCarriedOut(fault) ? api.handle(received)
+                                           : DeviceResponse(result::requested_fault);
+            });
+            entry.device = api.deviceNumber(received);  // which a registration has only now
+            return response;
+        });
+    }
+
+    /// What `work` answers, or the answer that tells why it failed.
+    template <typename Work>
+    DeviceResponse orFailure(Operation operation, Work work) const {
+        try {
+            return work();
         } catch (const RequestError& error) {
             return DeviceResponse(error.result());
         } catch (const std::exception& error) {
-            log.report(std::string(name(entry.operation)) + ": " + error.what());
+            log.report(std::string(name(operation)) + ": " + error.what());
             return DeviceResponse(result::server_error);
         }
     }

@@ -2,12 +2,12 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <nlohmann/json.hpp>
 
 #include "books/book_reader.h"
-#include "faults/fault_syntax.h"
 #include "http/body_reader.h"
 #include "http/pages.h"
+#include "page/page.h"
+#include "state/secrets.h"
 
 namespace tavro::service {
 
@@ -18,45 +18,11 @@ bool isLoopback(const std::string& address) {
            address.rfind("::ffff:127.", 0) == 0;
 }
 
-std::string describe(const PageContext& context) {
-    const auto items = context.api.books();
-    const auto present =
-        std::count_if(items.begin(), items.end(), [](const Book& book) { return !book.deleted; });
-    nlohmann::ordered_json json = {{"books", present}, {"requests", context.log.requests().size()}};
-    json["faults"] = nlohmann::json::array();
-    for (const NamedFault& fault : context.faults.pending())
-        json["faults"].push_back(nlohmann::ordered_json::parse(faultToJson(fault)));
-    return json.dump() + "\n";
-}
-
 /// Only this machine may make the service misbehave, and no web page that its browser shows.
 bool mayControl(const httplib::Request& request) {
     // A web page cannot send JSON to another site unasked.
     const bool json = request.get_header_value("Content-Type") == "application/json";
     return isLoopback(request.remote_addr) && (request.method != "POST" || json);
-}
-
-void addControlPages(const PageContext& context) {
-    httplib::Server& server = context.server.pages();
-    const auto sendStatus = [context](const auto&, auto& response) {
-        response.set_content(describe(context), "application/json");
-    };
-    server.Get("/control/status", sendStatus);
-    server.Delete("/control/faults", [context, sendStatus](const auto& request, auto& response) {
-        context.faults.clear();
-        sendStatus(request, response);
-    });
-    server.Post("/control/faults", [context, sendStatus](const auto& request, auto& response,
-                                                         const auto& reader) {
-        try {
-            auto [operation, fault] = faultFromJson(readBody(request, reader, context.maximumBody));
-            context.faults.add(operation, std::move(fault));
-            sendStatus(request, response);
-        } catch (const std::invalid_argument& error) {
-            response.status = 400;
-            response.set_content(error.what(), "text/plain; charset=utf-8");
-        }
-    });
 }
 
 void sendCover(DeviceApi& api, const httplib::Request& request, httplib::Response& response) {
@@ -65,11 +31,32 @@ void sendCover(DeviceApi& api, const httplib::Request& request, httplib::Respons
     response.status = 404;
     if (!book || !book->hasCover)
         return;
+    const std::string tag = "\"" + book->version + "\"";
+    response.set_header("ETag", tag);
+    response.set_header("Cache-Control", "no-cache");  // but to be asked for with the tag
+    if (request.get_header_value("If-None-Match") == tag) {
+        response.status = 304;
+        return;
+    }
     const BookDetails details = readBook(book->original);
     if (details.cover.empty())
         return;
     response.status = 200;
     response.set_content(details.cover, details.coverType);
+}
+
+/// Sends the page for people. It may fetch from this service only, and runs and shows only what
+/// bears this answer's own mark: whatever a book says of itself stays text.
+void sendPage(httplib::Response& response) {
+    const std::string nonce = randomToken();
+    response.set_header("Content-Security-Policy",
+                        "default-src 'none'; script-src 'nonce-" + nonce + "'; style-src 'nonce-" +
+                            nonce +
+                            "'; img-src 'self'; connect-src 'self'; frame-ancestors 'none';"
+                            " base-uri 'none'; form-action 'none'");
+    response.set_header("Cache-Control", "no-store");
+    response.set_header("Cross-Origin-Opener-Policy", "same-origin");
+    response.set_content(page(nonce), "text/html; charset=utf-8");
 }
 
 void addPublicPages(httplib::Server& server, DeviceApi& api) {
@@ -78,6 +65,10 @@ void addPublicPages(httplib::Server& server, DeviceApi& api) {
     server.Get("/covers/(\\d{1,10})", [&api, reading](const auto& request, auto& response) {
         const std::lock_guard lock(*reading);
         sendCover(api, request, response);
+    });
+    server.Get("/", [](const auto&, auto& response) { sendPage(response); });
+    server.Get("/icon.svg", [](const auto&, auto& response) {
+        response.set_content(page_icon.data(), page_icon.size(), "image/svg+xml");
     });
     server.Get("/(shop|terms)", [](const auto&, auto& response) {
         response.set_content("A local stand-in of the Tavro service has nothing to sell.\n",
@@ -97,6 +88,11 @@ std::string foreignness(const httplib::Request& request, const PageContext& cont
     if (request.get_header_value_count("Origin") > 1 ||
         (request.has_header("Origin") && !context.names.isOrigin(origin, port)))
         return "it comes from a page of \"" + origin + "\"";
+    // Browsers name no origin when a page embeds what lies elsewhere. Following a link is harmless.
+    const std::string site = request.get_header_value("Sec-Fetch-Site");
+    const bool link = request.get_header_value("Sec-Fetch-Dest") == "document";
+    if (!site.empty() && site != "same-origin" && site != "none" && !link)
+        return "it comes from a page of another site";
     return "";
 }
 
@@ -105,6 +101,10 @@ constexpr std::uint64_t largest_unread_body = 65536;
 
 Handled refuse(const httplib::Request& request, httplib::Response& response,
                const PageContext& context) {
+    // For browsers: take each answer for what it says it is, and for this site's own pages only.
+    response.set_header("X-Content-Type-Options", "nosniff");
+    response.set_header("Referrer-Policy", "no-referrer");
+    response.set_header("Cross-Origin-Resource-Policy", "same-origin");
     const std::string reason = foreignness(request, context);
     if (!reason.empty())
         context.log.report("refused: " + request.method + " " + request.path + ": " + reason);
@@ -151,7 +151,6 @@ void addRules(const PageContext& context) {
 }  // namespace
 
 void addServicePages(const PageContext& context) {
-    addControlPages(context);
     addPublicPages(context.server.pages(), context.api);
     addRules(context);
 }

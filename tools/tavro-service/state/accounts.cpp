@@ -51,4 +51,45 @@ bool Accounts::hasSession(const std::string& session, const std::string& token) 
         .executeStep();
 }
 
+std::int64_t Accounts::deviceNumber(const std::string& deviceId) {
+    auto row =
+        query(database_, "SELECT IFNULL(MIN(rowid), 0) FROM devices WHERE device_id = ?", deviceId);
+    row.executeStep();
+    return row.getColumn(0).getInt64();
+}
+
+std::vector<RegisteredDevice> Accounts::devices() {
+    std::vector<RegisteredDevice> devices;
+    auto row = query(database_,
+                     "SELECT MIN(rowid) AS number, device_id, device_type, COUNT(*) FROM devices"
+                     " GROUP BY device_id ORDER BY number");
+    while (row.executeStep())
+        devices.push_back({row.getColumn(0).getInt64(), row.getColumn(1), row.getColumn(2),
+                           row.getColumn(3).getInt64(), accountsOn(row.getColumn(1))});
+    return devices;
+}
+
+std::vector<std::string> Accounts::accountsOn(const std::string& deviceId) {
+    std::vector<std::string> emails;
+    auto row = query(database_,
+                     "SELECT email FROM accounts WHERE id IN (SELECT account FROM sessions"
+                     " JOIN devices USING (token) WHERE device_id = ?) ORDER BY id",
+                     deviceId);
+    while (row.executeStep())
+        emails.push_back(row.getColumn(0));
+    return emails;
+}
+
+std::vector<Account> Accounts::all() {
+    std::vector<Account> accounts;
+    auto row = query(database_,
+                     "SELECT email, first_name, last_name,"
+                     " (SELECT COUNT(*) FROM sessions WHERE account = accounts.id)"
+                     " FROM accounts ORDER BY id");
+    while (row.executeStep())
+        accounts.push_back(
+            {row.getColumn(0), row.getColumn(1), row.getColumn(2), row.getColumn(3).getInt64()});
+    return accounts;
+}
+
 }  // namespace tavro::service

@@ -3,10 +3,28 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "state/database.h"
 
 namespace tavro::service {
+
+/// A device, however often it registered.
+struct RegisteredDevice {
+    std::int64_t number = 0;  ///< by which it is spoken of
+    std::string id;           ///< its serial number, which is nobody else's business
+    std::string type;
+    std::int64_t registrations = 0;
+    std::vector<std::string> accounts;  ///< e-mails of those that ever logged in there
+};
+
+/// An account, without its password.
+struct Account {
+    std::string email;
+    std::string firstName;
+    std::string lastName;
+    std::int64_t sessions = 0;  ///< how many were ever started
+};
 
 /// Devices, accounts and their sessions. Every function throws `std::runtime_error` when the state
 /// cannot be read or written.
@@ -37,7 +55,18 @@ public:
     /// Whether `session` was started on the device of `token`.
     bool hasSession(const std::string& session, const std::string& token);
 
+    /// Number of the device `deviceId`; 0 if it is not registered.
+    std::int64_t deviceNumber(const std::string& deviceId);
+
+    /// All devices in the order of their numbers.
+    std::vector<RegisteredDevice> devices();
+
+    /// All accounts in the order in which they were opened.
+    std::vector<Account> all();
+
 private:
+    std::vector<std::string> accountsOn(const std::string& deviceId);
+
     SQLite::Database& database_;
 };
 

@@ -15,6 +15,7 @@ struct Book {
     std::string isbn13;
     std::string fileType;
     bool hasCover = false;
+    std::string version;             ///< changes with the book's own file
     bool deleted = false;            ///< the file is gone from the folder
     std::filesystem::path original;  ///< the book's own file, which no upload touches
     std::filesystem::path

@@ -21,7 +21,7 @@ namespace {
 /// What `bookOf` reads, in its order.
 const std::string select_books =
     "SELECT id, path, title, artist, isbn, isbn13, file_type, has_cover, deleted, upload,"
-    " upload_name FROM items ";
+    " upload_name, size, modified FROM items ";
 
 /// Whether `path` is `above` or lies below it; everything lies below "".
 bool liesBelow(const std::string& path, const std::string& above) {
@@ -140,10 +140,9 @@ Catalogue::Catalogue(SQLite::Database& database, fs::path folder, fs::path uploa
       report_(std::move(report)) {
     claimFolder(database_, folder_);
     removeUnfinishedUploads();
-    refresh();
 }
 
-void Catalogue::refresh() {
+void Catalogue::refresh(const ScanProgress& progress) {
     if (folder_.empty())
         return;
     const FolderContent content = FolderReader(folder_).content;
@@ -154,14 +153,30 @@ void Catalogue::refresh() {
     }
     unread_ = content.unread;
     const auto known = knownItems();
+    updateAll(content.files, known, progress);
     SQLite::Transaction transaction(database_);
-    for (const std::string& path : content.files)
-        update(path, known);
     for (const auto& [path, item] : known) {
         // What was not read is no reason to take books off the devices.
         const bool deleted = content.lacks(path);
         if (deleted || content.files.count(path) > 0)
             markDeleted(item, deleted);
+    }
+    transaction.commit();
+}
+
+void Catalogue::updateAll(const std::set<std::string>& files,
+                          const std::map<std::string, Known>& known, const ScanProgress& progress) {
+    SQLite::Transaction transaction(database_);
+    std::size_t done = 0;
+    try {
+        for (const std::string& path : files) {
+            update(path, known);
+            if (progress)
+                progress(++done, files.size());
+        }
+    } catch (...) {
+        transaction.commit();  // the next scan goes on from there
+        throw;
     }
     transaction.commit();
 }
@@ -231,6 +246,12 @@ std::vector<Book> Catalogue::books() {
     return books;
 }
 
+int Catalogue::count() {
+    return folder_.empty()
+               ? 0
+               : database_.execAndGet("SELECT COUNT(*) FROM items WHERE deleted = 0").getInt();
+}
+
 std::optional<Book> Catalogue::find(int id) {
     auto row = query(database_, select_books + "WHERE id = ? AND deleted = 0", id);
     if (folder_.empty() || !row.executeStep())
@@ -250,6 +271,7 @@ Book Catalogue::bookOf(const SQLite::Statement& row) const {
     book.hasCover = row.getColumn(7).getInt() != 0;
     book.deleted = row.getColumn(8).getInt() != 0;
     const std::string upload = row.getColumn(9).getString();
+    book.version = row.getColumn(11).getString() + "-" + row.getColumn(12).getString();
     book.original = folder_ / book.path;
     book.content = upload.empty() ? book.original : uploads_ / upload;
     book.fileName = row.getColumn(10).getString();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -19,6 +20,10 @@ namespace tavro::service {
 
 /// Begins the names of uploads that are still being received.
 inline constexpr const char* unfinished_upload = "receiving-";
+
+/// Told of a scan, how many of so many files it has looked at. What it throws ends the scan, and
+/// what was read until then is kept.
+using ScanProgress = std::function<void(std::size_t done, std::size_t all)>;
 
 /// The folder for the uploads of one service.
 class UploadFolder {
@@ -42,20 +47,23 @@ private:
 /// The books of a folder, one item for each file, and what devices uploaded in their place.
 class Catalogue {
 public:
-    /// Serves the files below `folder` (none if it is empty), remembers them in `database`, and
-    /// keeps uploads in the folder `uploads`, where it removes those that were never received to
-    /// the end. `report` is told of books and folders that cannot be read. Throws
+    /// Serves the files below `folder` (none if it is empty) as of the last refresh, remembers them
+    /// in `database`, and keeps uploads in the folder `uploads`, where it removes those that were
+    /// never received to the end. `report` is told of books and folders that cannot be read. Throws
     /// `std::runtime_error` if `database` remembers the files of another folder.
     Catalogue(SQLite::Database& database, std::filesystem::path folder,
               std::filesystem::path uploads, std::function<void(const std::string&)> report);
 
     /// Compares the items with the folder and reads the files that are new or changed. A file that
     /// cannot be read is reported once and skipped; an item that it had before stays as it was, as
-    /// do all items of a folder that cannot be read.
-    void refresh();
+    /// do all items of a folder that cannot be read. `progress` may be empty.
+    void refresh(const ScanProgress& progress = {});
 
     /// All items in the order of their paths, deleted ones among them.
     std::vector<Book> books();
+
+    /// How many items there are, without deleted ones.
+    int count();
 
     /// The item `id`, unless there is none or it was deleted.
     std::optional<Book> find(int id);
@@ -72,6 +80,8 @@ private:
         bool deleted;
     };
 
+    void updateAll(const std::set<std::string>& files, const std::map<std::string, Known>& known,
+                   const ScanProgress& progress);
     void markDeleted(const Known& item, bool deleted);
     std::map<std::string, Known> knownItems();
     void update(const std::string& path, const std::map<std::string, Known>& known);
