@@ -44,7 +44,7 @@ std::unique_ptr<Tavro> openSession(const Account& account, Need need) {
 
 void loadServerSettings() {
     TavroServer server("");
-    const std::string path = device_paths::server_settings;
+    const std::string path = device_paths::serverSettings();
     errno = 0;
     const auto file = platform::openConfiguration(path);
     if (const int error = errno; !file && exists(path)) {
