@@ -1,7 +1,6 @@
 /// The device's fixed paths, all in one place.
 #pragma once
 
-#include <iterator>
 #include <string>
 
 #include "device_root/device_root.h"
@@ -18,78 +17,69 @@ inline constexpr auto configuration = platform::joined(folder, "/", account_file
 inline constexpr auto login_marker = platform::joined(folder, "/", account_files::login_marker);
 inline constexpr auto download_list = platform::joined(folder, "/", account_files::download_list);
 inline constexpr auto covers = platform::joined(folder, "/", account_files::covers);
-inline constexpr char server_settings[] = "/mnt/ext1/system/config/server_connection_data.cfg";
-inline constexpr char hidden_files[] = "/mnt/ext1/.adobe-hidden-files";
-inline constexpr char applications[] = "/ebrmain/bin";
-inline constexpr auto sync_application = platform::joined(applications, "/tavro_sync.app");
-inline constexpr auto wizard_application = platform::joined(applications, "/tavro_wizard.app");
 
-/// The whole path of `Below` where the root is known only when the program runs.
-template <const auto& Below>
-const char* chosenPath() {
-    static const std::string path = device_root::root() + std::data(Below);
-    return path.c_str();
-}
-
-/// The whole path of `Below`: on a device a constant.
-template <const auto& Below>
-constexpr const char* path() {
-    if constexpr (device_root::is_fixed)
-        return std::data(Below);
-    else
-        return chosenPath<Below>();
+/// The whole path of what `below` returns: on a device that itself, a constant; elsewhere made once
+/// for each function `Below`, when the root is known.
+template <typename Below>
+const char* path(Below below) {
+    if constexpr (device_root::is_fixed) {
+        return below();
+    } else {
+        static const std::string whole = device_root::root() + below();
+        return whole.c_str();
+    }
 }
 
 }  // namespace below_root
 
 /// Folder of the account configuration.
 inline const char* configurationFolder() {
-    return below_root::path<below_root::folder>();
+    return below_root::path([] { return below_root::folder; });
 }
 
 /// Account configuration.
 inline const char* accountConfiguration() {
-    return below_root::path<below_root::configuration>();
+    return below_root::path([] { return below_root::configuration.data(); });
 }
 
 /// Login marker: logged in when it is not empty.
 inline const char* loginMarker() {
-    return below_root::path<below_root::login_marker>();
+    return below_root::path([] { return below_root::login_marker.data(); });
 }
 
 /// Files still to be downloaded; also the lock of that list.
 inline const char* downloadList() {
-    return below_root::path<below_root::download_list>();
+    return below_root::path([] { return below_root::download_list.data(); });
 }
 
 /// Folder of the cover images.
 inline const char* coverFolder() {
-    return below_root::path<below_root::covers>();
+    return below_root::path([] { return below_root::covers.data(); });
 }
 
 /// Device-wide settings of the connection to the service.
 inline const char* serverSettings() {
-    return below_root::path<below_root::server_settings>();
+    return below_root::path([] { return "/mnt/ext1/system/config/server_connection_data.cfg"; });
 }
 
 /// Hidden files that go with the account.
 inline const char* hiddenFilesFolder() {
-    return below_root::path<below_root::hidden_files>();
+    return below_root::path([] { return "/mnt/ext1/.adobe-hidden-files"; });
 }
 
 /// Folder of the applications that the device's programs start.
 inline const char* applicationFolder() {
-    return below_root::path<below_root::applications>();
+    return below_root::path([] { return "/ebrmain/bin"; });
 }
 
 /// Background synchronisation application.
 inline const char* syncApplication() {
-    return below_root::path<below_root::sync_application>();
+    return below_root::path([] { return "/ebrmain/bin/tavro_sync.app"; });
 }
 
 /// Login wizard.
 inline const char* wizardApplication() {
-    return below_root::path<below_root::wizard_application>();
+    return below_root::path([] { return "/ebrmain/bin/tavro_wizard.app"; });
 }
 
 }  // namespace device_paths

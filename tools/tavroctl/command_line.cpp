@@ -44,7 +44,9 @@ CommandLine::CommandLine()
         "  tavroctl register; tavroctl signup; tavroctl login\n"
         "  tavroctl sync; tavroctl books; tavroctl download --all\n"
         "As the library browser sees a book (FILE: a name in the download folder, or a path):\n"
-        "  tavroctl status FILE; tavroctl info FILE; tavroctl cover FILE --ascii");
+        "  tavroctl status FILE; tavroctl info FILE; tavroctl cover FILE --ascii\n"
+        "Another device, with an account of its own:\n"
+        "  tavroctl --device FOLDER setup --email bob@reader.example");
     addCommands(*this);
 }
 

@@ -148,10 +148,11 @@ void setUp(const Options& options, Account& account, const Output& output) {
 
 void addSetup(CommandLine& commandLine) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command =
-        commandLine.add("setup", "Write the account configuration, keeping what it holds",
-                        "setup --service http://127.0.0.1:8080 --email ada@reader.example",
-                        withOptions(setUp, options));
+    CLI::App& command = commandLine.add(
+        "setup",
+        "Make the device's folder and write the account configuration, keeping what it holds",
+        "setup --service http://127.0.0.1:8080 --email ada@reader.example",
+        withOptions(setUp, options));
     command.add_option("--service", options->service, "The service, as http://HOST:PORT");
     const auto add = [&](const char* name, const char* key, const char* description) {
         addSendable(command, name, options->settings[key], description);
