@@ -20,8 +20,7 @@ std::string environment(const char* name) {
 }
 
 std::string homeFolder() {
-    const std::string home = environment("HOME");
-    if (!home.empty())
+    if (std::string home = environment("HOME"); !home.empty())
         return home;
     const passwd* const entry = ::getpwuid(::getuid());
     return entry == nullptr ? std::string() : entry->pw_dir;
