@@ -25,7 +25,7 @@ public:
 };
 
 // In every test program: no test may reach the device of whoever runs it.
-[[maybe_unused]] const std::string& chosen_before_all = deviceRoot();
+[[maybe_unused]] const std::string& chosenBeforeAll = deviceRoot();
 
 }  // namespace
 

@@ -11,7 +11,7 @@ namespace {
 
 /// `choice` as a root. Throws UsageError when it cannot be one.
 std::string acceptedOrThrow(const device_root::Choice& choice) {
-    const std::string root = device_root::accepted(choice.path);
+    std::string root = device_root::accepted(choice.path);
     if (root.empty())
         throw UsageError("'" + choice.path + "', from " + choice.origin +
                          ", cannot be the folder of a device: log-out gives paths in it to the "
