@@ -58,15 +58,11 @@ foreach(target tavroctl tavro-service)
     install_target(${target} desktop ${CMAKE_INSTALL_BINDIR}
         "$ORIGIN/${bin_to_libraries}" "$ORIGIN/${bin_to_libraries}/tavro")
 endforeach()
+if(TARGET tavroctl)  # which links the applications to where the library starts them
+    target_compile_definitions(tavroctl PRIVATE TAVRO_PRIVATE_FOLDER="${bin_to_libraries}/tavro")
+endif()
 foreach(target tavro_sync tavro_wizard)
     install_target(${target} desktop ${private_folder} "$ORIGIN/.." "$ORIGIN")
-    if(TARGET ${target} AND TAVRO_DEVICE_ROOT_PREFIX)  # the library starts them from there
-        set(link_folder ${TAVRO_DEVICE_ROOT_PREFIX}/ebrmain/bin)
-        install(CODE "
-            file(MAKE_DIRECTORY \"\$ENV{DESTDIR}${link_folder}\")
-            file(CREATE_LINK \"\${CMAKE_INSTALL_PREFIX}/${private_folder}/${target}.app\"
-                \"\$ENV{DESTDIR}${link_folder}/${target}.app\" SYMBOLIC)" COMPONENT desktop)
-    endif()
 endforeach()
 
 # 4. The check of a device. Its two parts find each other in one folder as well.

@@ -20,8 +20,7 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_SET_DESTDIR ON)  # the device root lies outside the prefix
-set(CPACK_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 
 # 3. What each is. On a device (an empty device root) the applications and the platform libraries
 #    are the device's own, and so there is no desktop package.
@@ -73,15 +72,8 @@ A local service for books of your own, the command-line tool tavroctl, the
 reader's synchronisation and login applications, and stand-ins of the
 reader's platform libraries.
 
-The programs work on one device, below ${TAVRO_DEVICE_ROOT_PREFIX}.
-It is the administrator's until handed over; see tavroctl(1).")
-    foreach(script postinst postrm)
-        configure_file(packaging/${script}.in package/${script} @ONLY
-            FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
-                             WORLD_READ WORLD_EXECUTE)
-        list(APPEND CPACK_DEBIAN_DESKTOP_PACKAGE_CONTROL_EXTRA
-            ${PROJECT_BINARY_DIR}/package/${script})
-    endforeach()
+Each user has a device in the own data folder, and others on request; see
+tavroctl(1).")
     if(CMAKE_CROSSCOMPILING)
         set(CPACK_DEBIAN_DESKTOP_PACKAGE_SHLIBDEPS OFF)
         string(APPEND CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS ", libcpp-httplib0.11, libcrypt1, "

@@ -4,14 +4,14 @@ _tavroctl() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local commands="setup register signup login remind shop wizard logout sync books download map
         status info cover replace replay journal drop"
-    local command="" config=() word index files words
+    local command="" device=() word index files words
     COMPREPLY=()
 
     # 1. What stands on the line already?
     for ((index = 1; index < COMP_CWORD; ++index)); do
         word=${COMP_WORDS[index]}
-        if [[ $word == --config ]]; then
-            ((++index < COMP_CWORD)) && config=(--config "${COMP_WORDS[index]}")
+        if [[ $word == --device ]]; then
+            ((++index < COMP_CWORD)) && device=(--device "${COMP_WORDS[index]}")
         elif [[ -z $command && " ${commands//[[:space:]]/ } " == *" $word "* ]]; then
             command=$word
         fi
@@ -19,13 +19,13 @@ _tavroctl() {
 
     # 2. The value of an option.
     case $previous in
-        --config | --folder) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
+        --device | --folder) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- "$current"); return ;;
         --output) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$current"); return ;;
         --service | --email | --first-name | --last-name | --serial | --consumer | --type | --size) return ;;
     esac
 
     # 3. Options, the command, its arguments.
-    words="--help --version --config --json --trace"
+    words="--help --version --device --json --trace"
     case $command in
         setup) words+=" --service --email --first-name --last-name --serial --consumer --type --folder --force" ;;
         register) words+=" --renew" ;;
@@ -41,17 +41,17 @@ _tavroctl() {
     elif [[ -z $command ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
     elif [[ $command == download ]]; then
-        words=$("${COMP_WORDS[0]}" books --json "${config[@]}" 2>/dev/null | grep -oE '^ *"item": "-?[0-9]+' | grep -oE -- '-?[0-9]+$')
+        words=$("${COMP_WORDS[0]}" books --json "${device[@]}" 2>/dev/null | grep -oE '^ *"item": "-?[0-9]+' | grep -oE -- '-?[0-9]+$')
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
     elif [[ $command == drop ]]; then
-        mapfile -t files < <("${COMP_WORDS[0]}" journal --json "${config[@]}" 2>/dev/null | sed -nE 's/^ *"old": "(.*)",$/\1/p' | sort -u)
+        mapfile -t files < <("${COMP_WORDS[0]}" journal --json "${device[@]}" 2>/dev/null | sed -nE 's/^ *"old": "(.*)",$/\1/p' | sort -u)
         compopt -o filenames
         for word in "${files[@]}"; do
             [[ $word != "$current"* ]] || COMPREPLY+=("$word")
         done
     elif [[ $command =~ ^(status|info|cover|replace)$ ]]; then
         compopt -o filenames
-        mapfile -t files < <("${COMP_WORDS[0]}" map "${config[@]}" 2>/dev/null | sed -nE 's/^(.*[^ ]) +-?[0-9]+ +[a-z]+$/\1/p')
+        mapfile -t files < <("${COMP_WORDS[0]}" map "${device[@]}" 2>/dev/null | sed -nE 's/^(.*[^ ]) +-?[0-9]+ +[a-z]+$/\1/p')
         for word in "${files[@]}"; do
             [[ $word != "$current"* ]] || COMPREPLY+=("$word")
         done

@@ -148,7 +148,7 @@ TEST_F(BrowserCommands, CoverGoesIntoWhatTheOutputIs) {
 }
 
 TEST_F(BrowserCommands, BackgroundSyncReturnsWhileTheApplicationRuns) {
-    EXPECT_THAT(failed({"sync", "--background"})["advice"], HasSubstr("scripts/device-root"));
+    EXPECT_THAT(failed({"sync", "--background"})["advice"], HasSubstr("tavroctl setup"));
     installApplication("tavro_sync.app", "while [ ! -e '" + folder / "go" +
                                              "' ]; do sleep 0.05; done\n" + "echo $# > '" +
                                              folder / "arguments" + "'\n");
@@ -160,6 +160,33 @@ TEST_F(BrowserCommands, BackgroundSyncReturnsWhileTheApplicationRuns) {
     for (int attempt = 0; attempt < 200 && readFile(folder / "arguments").empty(); ++attempt)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ("0\n", readFile(folder / "arguments"));
+}
+
+TEST_F(BrowserCommands, DevicesLieSideBySide) {
+    downloadBooks();
+    const std::string other = folder / "devices/other";
+    const auto onOther = [&](Words words) {
+        words.insert(words.end(), {"--device", fs::relative(other)});
+        return done(words, password + "\n");
+    };
+    onOther({"setup", "--service", service.url(), "--email", "bob@reader.example"});
+    EXPECT_EQ(fs::perms::owner_all, fs::status(other).permissions());
+    onOther({"register"});
+    onOther({"signup", "--password-stdin"});
+    onOther({"login", "--password-stdin"});
+    const std::string log = onOther({"sync", "--background"})["log"];
+    for (int attempt = 0; attempt < 500 && readFile(log).find("ends") == std::string::npos;
+         ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ("The first book.\n", readFile(other + "/mnt/ext1/Tavro/first.txt"));
+    EXPECT_EQ("first", onOther({"info", "first.txt"})["title"]);
+
+    EXPECT_EQ(2, onOther({"logout", "--yes"})["removed"]);
+    EXPECT_EQ(false, onOther({"status"})["configured"]);
+    const json own = done({"status"});
+    EXPECT_EQ("ada@reader.example", own["email"]);
+    EXPECT_EQ(2, own["downloaded"]);
+    EXPECT_EQ(true, own["loggedIn"]);
 }
 
 // The library has the shell run "rm FOLDER/*": with a blank in FOLDER, that is another folder, here

@@ -29,7 +29,7 @@ namespace {
 /// What the library asked of the system and the platform, in order.
 std::vector<std::string> calls;
 
-const std::string root = TAVRO_TEST_DEVICE_ROOT;
+const std::string& root = deviceRoot();
 
 template <typename... Values>
 void note(const Values&... values) {

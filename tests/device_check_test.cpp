@@ -89,8 +89,7 @@ protected:
     /// All that the device has stored.
     std::map<std::string, std::string> stored() const {
         std::map<std::string, std::string> files;
-        for (const auto& entry :
-             std::filesystem::recursive_directory_iterator(TAVRO_TEST_DEVICE_ROOT))
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(deviceRoot()))
             files[entry.path()] = entry.is_directory() ? "" : readFile(entry.path());
         return files;
     }

@@ -13,11 +13,16 @@
 #include <string>
 #include <vector>
 
+#include "support/device_root.h"
+#include "support/processes.h"
 #include "tavro_client.h"
 #include "tavro_entry_points.h"
 #include "tavroserver.h"
 
 namespace {
+
+/// What the tests of the shipped configuration choose is not heard.
+const std::string root = device_root::is_fixed ? "" : deviceRoot();
 
 std::vector<std::string> asked;
 
@@ -48,7 +53,7 @@ extern "C" int stat(const char* path, struct stat* status) noexcept {
 
 extern "C" int execl(const char* path, const char*, ...) noexcept {
     refuse(path);
-    ::_exit(asked.back() == TAVRO_TEST_DEVICE_ROOT "/ebrmain/bin/tavro_sync.app" ? 0 : 1);
+    ::_exit(asked.back() == root + "/ebrmain/bin/tavro_sync.app" ? 0 : 1);
 }
 
 extern "C" int OpenBook(const char* path, const char*, int) {
@@ -64,8 +69,38 @@ extern "C" LecternConfig* OpenConfig(const char* path, const void*) {
     return nullptr;
 }
 
+// The first: what has asked for the root keeps it.
+TEST(FixedPaths, RootIsTheEnvironmentsIfAShellTakesItForOneWord) {
+    const std::string built = device_root::configured;
+    const std::pair<const char*, std::string> cases[] = {{"/a_1/b-c", "/a_1/b-c"},
+                                                         {"/a//", "/a"},
+                                                         {"/a/../b", "/a/../b"},
+                                                         {"", built},
+                                                         {"relative", built},
+                                                         {"/", built},
+                                                         {"/a/..", built},
+                                                         {"/../a", built},
+                                                         {"/a b", built},
+                                                         {"/$HOME", built},
+                                                         {"/a;b", built},
+                                                         {"/a\n", built},
+                                                         {"/B\xC3\xBC"
+                                                          "cher",
+                                                          built}};
+    inProcesses(std::size(cases), [&](int number) {
+        const auto& [value, chosen] = cases[number];
+        ::setenv(device_root::variable, value, 1);
+        EXPECT_EQ((device_root::is_fixed ? "" : chosen) + "/mnt/ext1/system/config/tavro",
+                  TavroClient().GetProfile())
+            << value;
+    });
+    const std::string binary = readFile(TAVRO_TEST_LIBRARY);
+    ASSERT_NE("", binary);
+    for (const char* word : {device_root::variable, "getenv"})
+        EXPECT_EQ(device_root::is_fixed, binary.find(word) == std::string::npos) << word;
+}
+
 TEST(FixedPaths, AreTheDevicesOwnBelowTheDeviceRoot) {
-    const std::string root = TAVRO_TEST_DEVICE_ROOT;
     const std::string config = root + "/mnt/ext1/system/config/tavro";
     ::setenv("TAVRO_PARTNER", "16", 1);
     listening = true;

@@ -211,7 +211,7 @@ TEST_F(Platform, EventsAndLogLinesTellAll) {
     const std::string process = std::to_string(::getpid());
     for (int sent = 0; sent < 2; ++sent)
         EXPECT_EQ(SendEventTo(-3, 215, 0, 7), 0);
-    EXPECT_THAT(readFile(TAVRO_TEST_DEVICE_ROOT "/mnt/ext1/system/events.log"),
+    EXPECT_THAT(readFile(deviceRoot() + "/mnt/ext1/system/events.log"),
                 MatchesRegex("(" + time + " target=-3 type=215 parameters=0,7 process=" + process +
                              "\n){2}"));
 

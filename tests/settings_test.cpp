@@ -28,7 +28,7 @@ TEST(ConnectionSettings, ComeFromTheFileWithThePartnersDefaults) {
                   1, 2, 3, "a u d", "x", "s"},
                  {"16", "# nothing\n", 80, 1510, 1510, builtIn, sixteenth, "Zabrin"}};
     for (const auto& expected : cases) {
-        writeFile(device_paths::server_settings, expected.settings);
+        writeFile(device_paths::serverSettings(), expected.settings);
         ::setenv("TAVRO_PARTNER", expected.partner, 1);
         const TavroServer server("SN");
         EXPECT_EQ(TavroServer::apiPort, expected.api) << expected.partner;
@@ -39,8 +39,8 @@ TEST(ConnectionSettings, ComeFromTheFileWithThePartnersDefaults) {
         EXPECT_EQ(TavroServer::defaultshopName, expected.name);
     }
     // An unreadable file changes nothing, not even to defaults.
-    std::filesystem::remove(device_paths::server_settings);
-    std::filesystem::create_directory(device_paths::server_settings);
+    std::filesystem::remove(device_paths::serverSettings());
+    std::filesystem::create_directory(device_paths::serverSettings());
     TavroServer::apiPort = 4;
     const TavroServer server("SN");
     EXPECT_EQ(TavroServer::apiPort, 4);

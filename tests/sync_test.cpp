@@ -29,7 +29,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::string root = TAVRO_TEST_DEVICE_ROOT;
+const std::string& root = deviceRoot();
 
 /// A device with its applications whose account is logged in, and nothing synchronised yet.
 class Sync : public LoggedInDevice {

@@ -258,7 +258,6 @@ TEST_F(Tavroctl, SetupKeepsWhatItIsNotTold) {
 
 TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
     setUpAccount();
-    const std::string elsewhere = folder / "account";
     const std::pair<Words, const char*> cases[] = {
         {{}, ""},
         {{"fly"}, "there is no command 'fly'"},
@@ -283,12 +282,9 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"cover", "first.txt", "--ascii", "--size", "0x10"}, "'0x10' is no size"},
         {{"cover", "first.txt", "--ascii", "--size", "8193x10"}, "'8193x10' is no size"},
         {{"cover", "first.txt", "--ascii", "--size", std::string(120'000, '1')}, "is no size"},
-        {{"info", "first.txt", "--config", elsewhere}, "--config"},
-        {{"status", "first.txt", "--config", elsewhere}, "--config"},
-        {{"cover", "first.txt", "--ascii", "--config", elsewhere}, "--config"},
-        {{"sync", "--background", "--config", elsewhere}, "--config"},
-        {{"wizard", "--config", elsewhere}, "--config"},
-        {{"logout", "--yes", "--config", elsewhere}, "--config"}};
+        {{"status", "--device", ""}, "from --device"},
+        {{"--device", folder / "a b", "setup"}, "a b', from --device"},
+        {{"logout", "--yes", "--device", "/tmp/.."}, "'/', from --device"}};
     for (auto [words, error] : cases) {
         EXPECT_THAT(run(words).err, testing::StartsWith("tavroctl: "));
         words.push_back("--json");
@@ -297,6 +293,12 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         EXPECT_THAT(json::parse(outcome.err)["error"], HasSubstr(error));
     }
     EXPECT_TRUE(done({"status"})["registered"]);
+    EXPECT_FALSE(std::filesystem::exists(folder / "a b"));
+    ::setenv(device_root::variable, "a", 1);
+    EXPECT_THAT(failed({"setup"}, {}, 2)["error"], HasSubstr("'a', from TAVRO_DEVICE_ROOT"));
+    for (const char* program : {TAVRO_TEST_SYNC_APPLICATION, TAVRO_TEST_WIZARD})
+        EXPECT_EQ(2, statusOf(::start({program}, {{2, folder / "err"}}))) << program;
+    ::setenv(device_root::variable, deviceRoot().c_str(), 1);
     for (const std::string address : {"http://[::1]:8080", "http://reader.example:80"})
         EXPECT_EQ(address, done({"setup", "--service", address + "/"})["service"]);
     EXPECT_EQ(0, run({"--help"}).status);
@@ -321,7 +323,7 @@ TEST_F(Tavroctl, PasswordPromptHidesItAndGivesTheEchoBack) {
 }
 
 TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
-    EXPECT_THAT(failed({"wizard"})["advice"], HasSubstr("scripts/device-root"));
+    EXPECT_THAT(failed({"wizard"})["advice"], HasSubstr("tavroctl setup"));
     installApplication("tavro_wizard.app", "printf 'Token? '; read token; echo \"$token\" > " +
                                                root.configuration() + "/.tavro_vendor_token\n");
     Terminal terminal(tavroctl({"wizard"}));

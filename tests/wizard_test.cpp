@@ -12,11 +12,7 @@ namespace {
 
 class Wizard : public Tavroctl {
 protected:
-    Wizard() {
-        std::filesystem::create_directories(deviceFile("ebrmain/bin"));
-        std::filesystem::create_symlink(TAVRO_TEST_WIZARD,
-                                        deviceFile("ebrmain/bin/tavro_wizard.app"));
-    }
+    Wizard() { installApplication("tavro_wizard.app", "exec " TAVRO_TEST_WIZARD " \"$@\"\n"); }
 
     /// Starts the wizard on a device that is set up.
     static std::unique_ptr<Terminal> start() {

@@ -32,12 +32,12 @@ void* tavro_get_book_cover(const char* path, int width, int height) {
     if (path == nullptr || !browser_file::isInSyncFolder(path))
         return nullptr;
     Tavro session;
-    session.init(device_paths::configuration_folder);
+    session.init(device_paths::configurationFolder());
     const std::vector<BookDescription>& books = session.getAddedBooks();
     const BookDescription* const book =
         browser_file::findBook(books, browser_file::itemKey(path, session));
     if (book == nullptr)
         return nullptr;
     const std::string& itemId = book->field(BookDescription::ItemID);
-    return loadCover(std::string(device_paths::cover_folder) + "/" + itemId, width, height);
+    return loadCover(std::string(device_paths::coverFolder()) + "/" + itemId, width, height);
 }

@@ -51,7 +51,7 @@ private:
 Tavro& processSession() {
     static Tavro session;
     if (!sessionInitialised) {
-        session.init(device_paths::configuration_folder);
+        session.init(device_paths::configurationFolder());
         sessionInitialised = true;
     }
     return session;

@@ -24,7 +24,7 @@ constexpr int pending = 2;
 /// The files still to be downloaded; none when the list is empty or cannot be read.
 std::vector<std::string> filesToDownload() {
     std::vector<std::string> files;
-    std::ifstream stream(device_paths::download_list);
+    std::ifstream stream(device_paths::downloadList());
     char first = 0;
     if (stream.get(first)) {
         stream.unget();
@@ -38,7 +38,7 @@ std::vector<std::string> filesToDownload() {
 int tavro_get_book_status(const char* path) {
     if (path == nullptr || std::strstr(path, placeholder::extension) == nullptr)
         return no_placeholder;
-    const int list = ::open(device_paths::download_list, O_RDWR | O_CREAT, 0777);
+    const int list = ::open(device_paths::downloadList(), O_RDWR | O_CREAT, 0777);
     if (list == -1) {
         fl_print_log2(platform::log_error, __FILE__, __LINE__,
                       "int tavro_get_book_status(const char *)",

@@ -22,15 +22,15 @@ void run(const std::string& command) {
 
 void TavroClient::LogOut() {
     Tavro session;
-    session.init(device_paths::configuration_folder);
+    session.init(device_paths::configurationFolder());
     const std::map<std::string, int> books = session.GetBooks();
     const std::string syncFolder = GetSyncFolder();  // before the file that names it goes
     // Folder and name are joined as they are stored: a folder without a last "/" joins to no path
     // of a book, whose file then goes with all others below.
     for (const auto& [name, itemId] : books)
         ::unlink((syncFolder + name).c_str());
-    run(std::string("rm -rf ") + device_paths::configuration_folder);
-    run(std::string("rm -rf ") + device_paths::hidden_files_folder);
+    run(std::string("rm -rf ") + device_paths::configurationFolder());
+    run(std::string("rm -rf ") + device_paths::hiddenFilesFolder());
     // Without -r: subfolders and hidden files are the user's.
     if (!syncFolder.empty())
         run("rm " + syncFolder + "/*");

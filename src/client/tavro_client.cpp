@@ -20,7 +20,7 @@ void logCall(int line, const char* signature, const char* format) {
 
 /// Becomes the synchronisation application, or ends this process with status 127.
 [[noreturn]] void becomeSyncApplication() {
-    ::execl(device_paths::sync_application, device_paths::sync_application,
+    ::execl(device_paths::syncApplication(), device_paths::syncApplication(),
             static_cast<char*>(nullptr));
     fl_print_log2(platform::log_error, __FILE__, __LINE__, "int TavroClient::StartSync()",
                   "[pid:%d]TavroClient::StartSync: exec() failed, errno=%i\n", g_process_pid,
@@ -33,19 +33,19 @@ void logCall(int line, const char* signature, const char* format) {
 TavroClient::TavroClient() = default;
 
 std::string TavroClient::GetProfile() {
-    return device_paths::configuration_folder;
+    return device_paths::configurationFolder();
 }
 
 bool TavroClient::IsLoggedIn() const {
     logCall(__LINE__, "bool TavroClient::IsLoggedIn() const", "[pid:%d]Tavro IsLoggedIn called");
-    const std::optional<posix::FileStatus> status = posix::statusOf(device_paths::login_marker);
+    const std::optional<posix::FileStatus> status = posix::statusOf(device_paths::loginMarker());
     return status && status->size > 0;
 }
 
 std::string TavroClient::GetSyncFolder() {
     logCall(__LINE__, "std::string TavroClient::GetSyncFolder()",
             "[pid:%d]Tavro GetSyncFolder called");
-    const auto config = platform::openConfiguration(device_paths::account_configuration);
+    const auto config = platform::openConfiguration(device_paths::accountConfiguration());
     return ReadString(config.get(), account_keys::download_folder, "");
 }
 
@@ -59,5 +59,5 @@ int TavroClient::StartSync() {
 int TavroClient::StartLoginWizard() {
     logCall(__LINE__, "int TavroClient::StartLoginWizard()",
             "[pid:%d]Tavro StartLoginWizard called");
-    return OpenBook(device_paths::wizard_application, device_paths::wizard_argument, 0);
+    return OpenBook(device_paths::wizardApplication(), device_paths::wizard_argument, 0);
 }

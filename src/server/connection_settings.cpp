@@ -41,7 +41,7 @@ void TavroServer::LoadServerConnectionData() {
     const PartnerDefaults* const defaults = partnerDefaults();
     if (defaults == nullptr)
         return;
-    const auto config = platform::openConfiguration(device_paths::server_settings);
+    const auto config = platform::openConfiguration(device_paths::serverSettings());
     if (!config)
         return;
     LecternConfig* const file = config.get();

@@ -1,9 +1,6 @@
 #include "support/device_root.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 
@@ -11,31 +8,43 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path root = device_paths::root;
+/// The folder of the root, chosen while it lives.
+class ChosenRoot {
+public:
+    ChosenRoot() : path(folder_ / "device") {
+        if (device_root::accepted(path).empty())
+            throw std::logic_error("the tests need a TMPDIR that is a plain path, not " + path);
+        ::setenv(device_root::variable, path.c_str(), 1);
+    }
+
+private:
+    const TemporaryFolder folder_;
+
+public:
+    const std::string path;
+};
+
+// In every test program: no test may reach the device of whoever runs it.
+[[maybe_unused]] const std::string& chosenBeforeAll = deviceRoot();
 
 }  // namespace
 
+const std::string& deviceRoot() {
+    static const ChosenRoot root;
+    return root.path;
+}
+
 DeviceRoot::DeviceRoot() {
-    if (root.empty())
+    if (device_root::root() != deviceRoot())
         throw std::logic_error("the tests need a build with TAVRO_DEVICE_ROOT set");
-    fs::create_directories(root.parent_path());
-    lock_ = ::open((root.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (lock_ == -1 || ::flock(lock_, LOCK_EX) == -1)
-        throw std::runtime_error("cannot lock the device root");
-    fs::remove_all(root);
+    fs::remove_all(deviceRoot());
     fs::create_directories(configuration());
     fs::create_directories(syncFolder());
 }
 
-DeviceRoot::~DeviceRoot() {
-    std::error_code ignored;
-    fs::remove_all(root, ignored);  // programs outside the tests have the same device
-    ::close(lock_);
-}
-
 void DeviceRoot::writeServerSettings(int port) const {
     const std::string number = std::to_string(port);
-    writeFile(device_paths::server_settings,
+    writeFile(device_paths::serverSettings(),
               "baseApiUrl=http://127.0.0.1/IOSCloudManagement.svc/\napiPort=" + number +
                   "\nuploadUrl=http://127.0.0.1/UploadContent.aspx\n" + "uploadPort=" + number +
                   "\ndownloadUrl=http://127.0.0.1/DownloadContent.aspx\n" +

@@ -3,18 +3,18 @@
 #include <cstdlib>
 #include <regex>
 
-#include "platform/device_paths.h"
+#include "support/device_root.h"
 #include "support/next_function.h"
 
 bool isBelowDeviceRoot(const std::string& path) {
-    const std::string root = device_paths::root;
-    return !root.empty() && path.rfind(root + "/", 0) == 0 && path.size() > root.size() + 1 &&
+    const std::string inside = deviceRoot() + "/";
+    return path.rfind(inside, 0) == 0 && path.size() > inside.size() &&
            path.find("..") == std::string::npos;
 }
 
 int runBelowDeviceRoot(const std::string& command) {
     static const std::regex removal(std::string("rm (-rf )?([A-Za-z0-9") +
-                                    device_paths::plain_punctuation + "]+?)(/\\*)?");
+                                    device_root::plain_punctuation + "]+?)(/\\*)?");
     std::smatch words;
     if (!std::regex_match(command, words, removal) || words[1].matched == words[3].matched ||
         !isBelowDeviceRoot(words[2]))
@@ -23,7 +23,7 @@ int runBelowDeviceRoot(const std::string& command) {
 }
 
 void guardStartedPrograms(const TemporaryFolder& folder) {
-    const std::string places = device_paths::root + std::string("/?* | ") + folder / "?*";
+    const std::string places = deviceRoot() + "/?* | " + folder / "?*";
     writeProgram(folder / "guard/killall", "");
     writeProgram(folder / "guard/rm", "for word; do case $word in *..*) exit 1 ;; -rf | " + places +
                                           ") ;; *) exit 1 ;; esac; done\nexec /bin/rm \"$@\"\n");

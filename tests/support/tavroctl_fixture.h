@@ -51,11 +51,11 @@ protected:
         return nlohmann::json::parse(outcome.out);
     }
 
-    /// Runs a command that must fail with status 1 and returns its error line.
-    nlohmann::json failed(Words words, const std::string& input = {}) const {
+    /// Runs a command that must fail with `status` and returns its error line.
+    nlohmann::json failed(Words words, const std::string& input = {}, int status = 1) const {
         words.push_back("--json");
         const Outcome outcome = run(words, input);
-        EXPECT_EQ(1, outcome.status) << words[0];
+        EXPECT_EQ(status, outcome.status) << words[0];
         return nlohmann::json::parse(outcome.err);
     }
 
@@ -75,13 +75,12 @@ protected:
 
     /// Puts the shell script `text` where the library starts the application `name`.
     static void installApplication(const std::string& name, const std::string& text) {
+        std::filesystem::remove(deviceFile("ebrmain/bin/" + name));  // a link to the real one
         writeProgram(deviceFile("ebrmain/bin/" + name), text);
     }
 
     /// Full path of the device's file `path`.
-    static std::string deviceFile(const std::string& path) {
-        return std::string(TAVRO_TEST_DEVICE_ROOT) + "/" + path;
-    }
+    static std::string deviceFile(const std::string& path) { return deviceRoot() + "/" + path; }
 
     std::string book(const std::string& name) const {
         return readFile(std::filesystem::path(root.syncFolder()) / name);

@@ -1,5 +1,7 @@
 #include "support/temporary_folder.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -10,7 +12,7 @@
 
 namespace fs = std::filesystem;
 
-TemporaryFolder::TemporaryFolder() {
+TemporaryFolder::TemporaryFolder() : owner_(::getpid()) {
     std::string name = fs::temp_directory_path() / "tavro-test-XXXXXX";
     if (::mkdtemp(name.data()) == nullptr)
         throw std::runtime_error("cannot make a temporary folder");
@@ -18,6 +20,8 @@ TemporaryFolder::TemporaryFolder() {
 }
 
 TemporaryFolder::~TemporaryFolder() {
+    if (::getpid() != owner_)  // a child that ends must not take it from the test
+        return;
     std::error_code ignored;
     fs::remove_all(path_, ignored);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -17,6 +19,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    const pid_t owner_;
 };
 
 /// Content of the file `path`; empty when it cannot be read.

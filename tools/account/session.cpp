@@ -42,7 +42,7 @@ std::unique_ptr<Tavro> openSession(const Account& account, Need need) {
 
 void loadServerSettings() {
     TavroServer server("");
-    const std::string path = device_paths::server_settings;
+    const std::string path = device_paths::serverSettings();
     const auto file = platform::openConfiguration(path);
     if (!file && exists(path))
         throwUnreadable(path);

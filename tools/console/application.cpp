@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 
+#include "account/device_root.h"
 #include "program/failure.h"
 #include "program/run_program.h"
 
@@ -13,8 +14,10 @@ namespace {
 
 int parseAndRun(const Application& application, int count, char** values) {
     const std::string argument = count == 2 ? values[1] : "";
-    if (count == 1 || (application.parameter != nullptr && argument == application.parameter))
+    if (count == 1 || (application.parameter != nullptr && argument == application.parameter)) {
+        requireDeviceRoot();
         return application.run(Output(application.name, false));
+    }
     if (argument == "--help")
         std::printf("%s", application.help);
     else if (argument == "--version")

@@ -24,28 +24,28 @@ std::string mayUse(const std::string& path, int mode) {
 }
 
 std::string checkConfigurationFolder(const Context&) {
-    const std::string folder = device_paths::configuration_folder;
+    const std::string folder = device_paths::configurationFolder();
     if (exists(folder))
         return mayUse(folder, R_OK | W_OK | X_OK);
     return mayUse(folder.substr(0, folder.rfind('/')), W_OK | X_OK) + ", where it is to be made";
 }
 
 std::string checkSyncFolder(const Context&) {
-    if (!exists(device_paths::account_configuration))
+    if (!exists(device_paths::accountConfiguration()))
         throw Skipped("no account is set up");
     LecternConfig* const config =
-        lectern<decltype(OpenConfig)>("OpenConfig")(device_paths::account_configuration, nullptr);
+        lectern<decltype(OpenConfig)>("OpenConfig")(device_paths::accountConfiguration(), nullptr);
     const std::string folder =
         lectern<decltype(ReadString)>("ReadString")(config, account_keys::download_folder, "");
     expect(!folder.empty(), std::string(account_keys::download_folder) + " is not set in " +
-                                device_paths::account_configuration);
+                                device_paths::accountConfiguration());
     return mayUse(folder, R_OK | W_OK | X_OK);
 }
 
 std::string checkServerSettings(const Context&) {
-    if (!exists(device_paths::server_settings))
+    if (!exists(device_paths::serverSettings()))
         return "no file, the built-in ones count";
-    return mayUse(device_paths::server_settings, R_OK);
+    return mayUse(device_paths::serverSettings(), R_OK);
 }
 
 std::string checkShell(const Context&) {
@@ -66,9 +66,9 @@ std::vector<Check> folderChecks() {
          checkConfigurationFolder},
         {"sync folder", "no book is downloaded", "make it, or set another one", checkSyncFolder},
         {"synchronisation application", "books come and go in the foreground only",
-         "install tavro_sync.app there", starts(device_paths::sync_application)},
+         "install tavro_sync.app there", starts(device_paths::syncApplication())},
         {"login wizard", "nobody can log in from the browser", "install tavro_wizard.app there",
-         starts(device_paths::wizard_application)},
+         starts(device_paths::wizardApplication())},
         {"server settings", "the built-in service is asked", "let everybody read the file",
          checkServerSettings},
         {"shell", "a log-out leaves the account's files", "put both programs into the path",

@@ -64,7 +64,7 @@ extern "C" void tavro_check_layout(const Context& context, std::string& found) {
     if (has_offsets)
         checkOffsets();
     checkObjects(context);
-    expect(TavroClient().GetProfile() == device_paths::configuration_folder,
+    expect(TavroClient().GetProfile() == device_paths::configurationFolder(),
            "libtavro.so was built for another device root: " + TavroClient().GetProfile());
     found = has_offsets
                 ? "members lie where the device's programs expect them"

@@ -66,7 +66,7 @@ ScratchFolder folderFor(const Options& options) {
     if (!options.folder.empty())
         return ScratchFolder(options.folder);
     try {
-        const std::string configuration = device_paths::configuration_folder;
+        const std::string configuration = device_paths::configurationFolder();
         return ScratchFolder(configuration.substr(0, configuration.rfind('/')));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s; checking the file system of /tmp\n", program, error.what());

@@ -21,12 +21,12 @@ namespace {
 
 /// The account's value of `key`; empty when it has none.
 std::string accountValue(const char* key) {
-    return ReadString(platform::openConfiguration(device_paths::account_configuration).get(), key,
+    return ReadString(platform::openConfiguration(device_paths::accountConfiguration()).get(), key,
                       "");
 }
 
 std::string accountFile(const char* name) {
-    return std::string(device_paths::configuration_folder) + "/" + name;
+    return std::string(device_paths::configurationFolder()) + "/" + name;
 }
 
 /// Keeps `value` for the checks to come.
@@ -59,7 +59,7 @@ public:
 extern "C" void tavro_check_registration(const Context& context, std::string& found) {
     for (const char* key : account_keys::required)
         expect(!accountValue(key).empty(),
-               std::string(device_paths::account_configuration) + " lacks " + key);
+               std::string(device_paths::accountConfiguration()) + " lacks " + key);
     const std::string stored = posix::readFile(accountFile(account_files::token));
     keep(context.service->token, stored);
     if (!stored.empty())

@@ -33,7 +33,7 @@ Exit status: 0 done, or another round is running; 1 something failed; 2 wrong us
 /// Runs a round. @return the exit status.
 int synchronise(const Output& output) {
     const QuietLibrary quiet(output, false);
-    const Account account(device_paths::configuration_folder);
+    const Account account(device_paths::configurationFolder());
     const ActivityLog log(account.file(own_files::sync_log));
     try {
         return SyncRound(account, log).run() ? 0 : 1;

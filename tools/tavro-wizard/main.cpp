@@ -25,7 +25,7 @@ Exit status: 0 logged in; 1 left without logging in, or something failed; 2 wron
 
 int holdDialogue(const Output& output) {
     const QuietLibrary quiet(output, false);
-    Account account(device_paths::configuration_folder);
+    Account account(device_paths::configurationFolder());
     return Wizard(account, output).run() ? 0 : 1;
 }
 

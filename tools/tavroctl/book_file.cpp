@@ -8,7 +8,6 @@
 #include "client/placeholder.h"
 #include "program/failure.h"
 #include "tavroctl/absolute_path.h"
-#include "tavroctl/device_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -34,7 +33,6 @@ Failure unknownBook(const Account& account, const std::string& path) {
 }  // namespace
 
 std::string fullPath(const Account& account, const std::string& file) {
-    requireDevicesFolder(account);
     if (account.downloadFolder().empty())
         throw Failure("no download folder is configured", "run 'tavroctl setup' first");
     if (file.find('/') != std::string::npos)

@@ -10,7 +10,6 @@
 #include "account/book_map.h"
 #include "account/files.h"
 #include "client/placeholder.h"
-#include "platform/device_paths.h"
 
 namespace fs = std::filesystem;
 
@@ -65,10 +64,8 @@ std::string whyHarmful(const Account& account, const std::string& folder) {
     for (const std::string& home : homeFolders())
         if (isSameFolder(folder, home))
             return "it is a home folder";
-    for (const std::string& configuration :
-         {account.folder(), std::string(device_paths::configuration_folder)})
-        if (leadsTo(folder, configuration) || leadsTo(folder, resolved(configuration)))
-            return "it is or holds the configuration folder " + configuration;
+    if (leadsTo(folder, account.folder()) || leadsTo(folder, resolved(account.folder())))
+        return "it is or holds the configuration folder " + account.folder();
     return {};
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "account/device_root.h"
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
 #include "program/failure.h"
@@ -27,12 +28,13 @@ std::string reasonOf(const CLI::ParseError& error, const CLI::App& app) {
 
 CommandLine::CommandLine()
     : app_(std::make_unique<CLI::App>(
-          "Works with the Tavro cloud book service as a reader's applications do")),
-      folder_(device_paths::configuration_folder) {
+          "Works with the Tavro cloud book service as a reader's applications do")) {
     app_->require_subcommand(1);
     app_->fallthrough();
     app_->set_version_flag("--version", "tavroctl " TAVRO_VERSION);
-    app_->add_option("--config", folder_, "Configuration folder")->capture_default_str();
+    if (!device_root::is_fixed)
+        app_->add_option("--device", device_,
+                         "Folder of the device (default: TAVRO_DEVICE_ROOT, or the build's)");
     app_->add_flag("--json", json_, "Results as JSON, errors as a JSON line");
     app_->add_flag("--trace", trace_, "Show the exchange with the service");
     app_->footer(
@@ -42,7 +44,9 @@ CommandLine::CommandLine()
         "  tavroctl register; tavroctl signup; tavroctl login\n"
         "  tavroctl sync; tavroctl books; tavroctl download --all\n"
         "As the library browser sees a book (FILE: a name in the download folder, or a path):\n"
-        "  tavroctl status FILE; tavroctl info FILE; tavroctl cover FILE --ascii");
+        "  tavroctl status FILE; tavroctl info FILE; tavroctl cover FILE --ascii\n"
+        "Another device, with an account of its own:\n"
+        "  tavroctl --device FOLDER setup --email bob@reader.example");
     addCommands(*this);
 }
 
@@ -67,11 +71,12 @@ int CommandLine::run(int count, char** values) {
             return app_->exit(error);
         throw UsageError(reasonOf(error, *app_));
     }
+    chooseDevice();
     const Output output("tavroctl", json_);
     std::optional<QuietLibrary> quiet;
     if (streams_ == Streams::KeptFromLibrary)
         quiet.emplace(output, trace_);
-    Account account(folder_);
+    Account account(device_paths::configurationFolder());
     command_(account, output);
     return exit_status::done;
 }
@@ -80,8 +85,12 @@ void CommandLine::parse(int count, char** values) {
     // The parser sets nothing before all is right, but errors have to know.
     json_ = std::find(values, values + count, std::string("--json")) != values + count;
     app_->parse(count, values);
-    if (folder_ != device_paths::configuration_folder)
-        folder_ = absolutePath(folder_);
+}
+
+void CommandLine::chooseDevice() {
+    if (!device_)
+        return requireDeviceRoot();
+    chooseDeviceRoot(device_->empty() ? "" : absolutePath(*device_), "--device");
 }
 
 void CommandLine::tell(const std::exception& error, int status) const {

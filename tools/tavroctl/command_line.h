@@ -3,6 +3,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -51,9 +52,10 @@ public:
 
 private:
     void parse(int count, char** values);
+    void chooseDevice();
 
     std::unique_ptr<CLI::App> app_;
-    std::string folder_;  // of the configuration
+    std::optional<std::string> device_;  // its folder
     bool json_ = false;
     bool trace_ = false;
     Command command_;

@@ -6,7 +6,6 @@
 #include "program/failure.h"
 #include "tavroctl/book_file.h"
 #include "tavroctl/command_line.h"
-#include "tavroctl/device_folder.h"
 #include "tavroctl/joined.h"
 #include "tavroctl/output_file.h"
 #include "tavroctl/picture.h"
@@ -58,7 +57,6 @@ Bitmap coverOf(const Account& account, const std::string& path, std::pair<int, i
 }
 
 void showCover(const Options& options, const Account& account, const Output& output) {
-    requireDevicesFolder(account);
     if (options.outputFile.empty() && !options.ascii)
         throw UsageError("cover needs --output FILE.png, --ascii or both");
     const auto size = sizeOf(options.size);

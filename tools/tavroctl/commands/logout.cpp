@@ -9,13 +9,12 @@
 #include "account/files.h"
 #include "account/journal.h"
 #include "console/confirmation.h"
+#include "device_root/device_root.h"
 #include "platform/device_paths.h"
 #include "program/failure.h"
 #include "tavro_client.h"
 #include "tavroctl/book_folder.h"
 #include "tavroctl/command_line.h"
-#include "tavroctl/device_folder.h"
-#include "tavroctl/plain_word.h"
 #include "tavroctl/shared_options.h"
 
 namespace fs = std::filesystem;
@@ -32,14 +31,15 @@ std::string whatGoes(const Account& account, std::size_t files) {
     return "Log-out removes\n  the account's configuration folder " + account.folder() + lost +
            "\n  " + std::to_string(files) + " files directly in the download folder " +
            account.downloadFolder().string() + "\n  the hidden files folder " +
-           device_paths::hidden_files_folder + "\n";
+           device_paths::hiddenFilesFolder() + "\n";
 }
 
 /// Sees that the shell, to which the library gives `folder` as it is, reads no other path.
-void requirePlainFolder(const std::string& folder, const std::string& advice) {
-    if (!folder.empty() && (folder[0] != '/' || !isPlainWord(folder)))
+void requirePlainFolder(const std::string& folder) {
+    if (!folder.empty() && (folder[0] != '/' || !device_root::isPlainWord(folder)))
         throw Failure("log-out would have the shell read '" + folder + "' as something else",
-                      advice);
+                      "move the books to a folder with a plain name and name that with 'tavroctl "
+                      "setup --folder'");
 }
 
 /// Sees that the files of `folder` are for log-out to remove, however it came to be configured.
@@ -75,13 +75,9 @@ void requireGone(const Account& account, const std::string& folder) {
 }
 
 void logOut(bool confirmed, const Account& account, const Output& output) {
-    requireDevicesFolder(account);
     const std::string folder = account.downloadFolder();
-    requirePlainFolder(folder,
-                       "move the books to a folder with a plain name and name that with 'tavroctl "
-                       "setup --folder'");
+    requirePlainFolder(folder);
     requireHarmlessFolder(account, folder);
-    requirePlainFolder(account.folder(), "build with a TAVRO_DEVICE_ROOT that has a plain name");
     const std::size_t files = removedAtLogOut(folder).size();
     if (!confirmed)
         confirm(output, whatGoes(account, files) + "Log out?",

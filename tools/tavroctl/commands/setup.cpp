@@ -10,6 +10,7 @@
 #include "account/books.h"
 #include "account/files.h"
 #include "console/confirmation.h"
+#include "device_root/device_root.h"
 #include "platform/device_paths.h"
 #include "program/failure.h"
 #include "server/built_in_settings.h"
@@ -18,7 +19,7 @@
 #include "tavroctl/absolute_path.h"
 #include "tavroctl/book_folder.h"
 #include "tavroctl/command_line.h"
-#include "tavroctl/plain_word.h"
+#include "tavroctl/device_applications.h"
 #include "tavroctl/service_address.h"
 #include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
@@ -45,23 +46,20 @@ std::string newSerialNumber() {
     return "DESKTOP-" + digits;
 }
 
-/// Where the device keeps its books; beside a configuration folder elsewhere, a folder inside it.
-fs::path defaultDownloadFolder(const Account& account) {
-    const fs::path standard = device_paths::configuration_folder;
-    if (account.folder() != standard)
-        return fs::path(account.folder()) / "books";
-    return standard.parent_path().parent_path().parent_path() / "Tavro";
+/// Where the device keeps its books.
+std::string defaultDownloadFolder() {
+    return device_root::root() + "/mnt/ext1/Tavro";
 }
 
 /// Full path of the download folder `folder`. Throws UsageError when log-out could not delete it.
 std::string plainFolder(const std::string& folder) {
     std::string path = absolutePath(folder);
-    if (!isPlainWord(path))
+    if (!device_root::isPlainWord(path))
         throw UsageError(
             "'" + path +
             "' is no folder for books: log-out gives its path to the shell as it is, so "
             "it may hold letters, digits and " +
-            device_paths::plain_punctuation + " only");
+            device_root::plain_punctuation + " only");
     return path;
 }
 
@@ -91,12 +89,11 @@ Settings completed(const Account& account, const Settings& given) {
     for (const auto& [key, value] : given)
         if (!value.empty())
             settings[key] = key == account_keys::download_folder ? plainFolder(value) : value;
-    const Settings defaults{
-        {account_keys::serial_number, newSerialNumber()},
-        {account_keys::consumer_id, "tavro-desktop"},
-        {account_keys::consumer_password, "tavro-desktop"},
-        {account_keys::device_type, "desktop"},
-        {account_keys::download_folder, defaultDownloadFolder(account).string()}};
+    const Settings defaults{{account_keys::serial_number, newSerialNumber()},
+                            {account_keys::consumer_id, "tavro-desktop"},
+                            {account_keys::consumer_password, "tavro-desktop"},
+                            {account_keys::device_type, "desktop"},
+                            {account_keys::download_folder, defaultDownloadFolder()}};
     for (const auto& [key, value] : defaults)
         if (account.value(key).empty())
             settings.emplace(key, value);
@@ -117,7 +114,7 @@ Settings serverSettings(const std::string& address) {
 
 /// Writes `settings` into the device's server-settings file and sees that the library takes them.
 void storeServerSettings(const Settings& settings) {
-    const fs::path file = device_paths::server_settings;
+    const fs::path file = device_paths::serverSettings();
     fs::create_directories(file.parent_path());
     storeSettings(file, settings);
     const TavroServer reader("");
@@ -151,6 +148,7 @@ void setUp(const Options& options, Account& account, const Output& output) {
     if (named)
         requireBookFolder(account, settings.at(account_keys::download_folder), options.force,
                           output);
+    makeDevice();
     if (!options.service.empty())
         storeServerSettings(serverSettings(options.service));
 
@@ -173,10 +171,11 @@ void setUp(const Options& options, Account& account, const Output& output) {
 
 void addSetup(CommandLine& commandLine) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command =
-        commandLine.add("setup", "Write the account configuration, keeping what it holds",
-                        "setup --service http://127.0.0.1:8080 --email ada@reader.example",
-                        withOptions(setUp, options));
+    CLI::App& command = commandLine.add(
+        "setup",
+        "Make the device's folder and write the account configuration, keeping what it holds",
+        "setup --service http://127.0.0.1:8080 --email ada@reader.example",
+        withOptions(setUp, options));
     command.add_option("--service", options->service, "The service, as http://HOST:PORT");
     const auto add = [&](const char* name, const char* key, const char* description) {
         addSendable(command, name, options->settings[key], description);

@@ -7,7 +7,7 @@
 #include "platform/device_paths.h"
 #include "tavro_client.h"
 #include "tavroctl/command_line.h"
-#include "tavroctl/device_folder.h"
+#include "tavroctl/device_applications.h"
 #include "tavroctl/shared_options.h"
 
 namespace tavro::tools {
@@ -15,7 +15,7 @@ namespace tavro::tools {
 namespace {
 
 void syncInBackground(const Account& account, const Output& output) {
-    requireApplication(account, device_paths::sync_application);
+    requireApplication(device_paths::syncApplication());
     TavroClient().StartSync();
     const std::string log = account.file(own_files::sync_log);
     output.result({{"started", true}, {"log", log}},

@@ -10,7 +10,7 @@
 #include "tavro_client.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
-#include "tavroctl/device_folder.h"
+#include "tavroctl/device_applications.h"
 
 namespace tavro::tools {
 
@@ -24,7 +24,7 @@ void waitForProgram() {
 }
 
 void runWizard(const Account& account, const Output& output) {
-    requireApplication(account, device_paths::wizard_application);
+    requireApplication(device_paths::wizardApplication());
     std::optional<QuietLibrary> divertedFromResult;
     if (output.isJson())
         divertedFromResult.emplace(output, true);
@@ -32,7 +32,7 @@ void runWizard(const Account& account, const Output& output) {
     TavroClient client;
     if (client.StartLoginWizard() < 0)
         throw Failure("the login wizard cannot be started",
-                      "lay the device root out with scripts/device-root again");
+                      "run 'tavroctl setup' again, which links it to its place");
     waitForProgram();
     if (!client.IsLoggedIn())
         throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
