@@ -21,7 +21,6 @@
 #include "support/processes.h"
 
 using namespace tavro::tools;
-using tavro::service::Operation;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
