@@ -83,6 +83,10 @@ extern "C" int remove(const char* path) noexcept {
     return removed == -1 && errno == EISDIR ? ::rmdir(path) : removed;
 }
 
+extern "C" int stat(const char* path, struct stat* status) noexcept {
+    return fails("stat", path) ? -1 : ::fstatat(AT_FDCWD, path, status, 0);
+}
+
 extern "C" int flock(int descriptor, int operation) noexcept {
     return fails("flock", pathOf(descriptor))
                ? -1
@@ -241,6 +245,16 @@ TEST_F(FailingCall, ReplayedChangesAreSentAndNoLongerPending) {
     }
     EXPECT_GE(service.count(Operation::UploadContent), 20U);
     EXPECT_EQ(mappedFiles(account).size(), 3U);
+}
+
+// Its second download would stand beside it for ever.
+TEST_F(FailingCall, BookThatCannotBeLookedAtIsNotMissing) {
+    downloadAll();
+    failing = {"stat", "first.txt", 1};
+    EXPECT_THROW(presentFiles(account), Failure);
+    journalChange("second.txt", "first.txt");
+    failing = {"stat", "first.txt", 1};
+    EXPECT_THROW(isWaitingForFile(account, pendingChanges(account).front()), Failure);
 }
 
 // The old file may be gone, and a refused upload must not fetch the old text again.

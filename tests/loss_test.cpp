@@ -22,7 +22,6 @@
 #include "tavro_client.h"
 
 using namespace tavro::tools;
-using tavro::service::Operation;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

@@ -180,6 +180,7 @@ TEST_F(Tavroctl, UnreadableStoresFailWithTheirReason) {
     done({"replace", "first.txt", "first.txt"});
     const std::vector<std::pair<const char*, std::vector<Words>>> cases{
         {account_files::journal, {{"journal"}, {"replay"}, {"status"}, {"drop", "first.txt"}}},
+        {account_files::token, {{"sync"}, {"status"}, {"register"}}},
         {".tavro_sync_lock", {{"sync"}, {"replay"}, {"download", "--all"}}},
         {account_files::book_map,
          {{"map"}, {"books"}, {"status"}, {"replay"}, {"logout", "--yes"}}},

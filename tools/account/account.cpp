@@ -96,9 +96,12 @@ bool Account::isConfigured() const {
 }
 
 bool Account::isRegistered() const {
-    std::error_code missing;
-    const auto size = fs::file_size(file(account_files::token), missing);
-    return !missing && size > 0;
+    const std::string token = file(account_files::token);
+    std::error_code error;
+    const auto size = fs::file_size(token, error);
+    if (error && error != std::errc::no_such_file_or_directory)
+        throwCannotRead(token, error.value());
+    return !error && size > 0;
 }
 
 bool Account::isLoggedIn() const {

@@ -38,7 +38,7 @@ public:
     /// Whether the settings have all that the library requires.
     bool isConfigured() const;
 
-    /// Whether a device token is stored.
+    /// Whether a device token is stored. Throws Failure when that cannot be told.
     bool isRegistered() const;
 
     /// Whether a session is stored. The service may have ended it meanwhile.

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 #include "posix/atomic_file.h"
@@ -24,6 +25,12 @@ namespace {
 constexpr const char* advice_to_write = "free space or check the permissions";
 constexpr const char* advice_to_read =
     "check its owner and permissions (a command run with sudo leaves files of root behind)";
+
+/// Why a path leads to no file, however healthy the disk is.
+constexpr std::errc reasons_of_odd_paths[] = {
+    std::errc::no_such_file_or_directory, std::errc::not_a_directory,
+    std::errc::too_many_symbolic_link_levels, std::errc::filename_too_long,
+    std::errc::permission_denied};
 
 /// ": CAUSE" for an `errno`, nothing for none.
 std::string reasonOf(int error) {
@@ -92,8 +99,13 @@ bool exists(const std::string& path) {
 }
 
 bool isRegularFile(const std::string& path) {
-    std::error_code unknown;
-    return fs::is_regular_file(path, unknown);
+    std::error_code error;
+    const bool regular = fs::is_regular_file(path, error);
+    const auto isOdd = [&](std::errc kind) { return error == kind; };
+    if (error &&
+        std::none_of(std::begin(reasons_of_odd_paths), std::end(reasons_of_odd_paths), isOdd))
+        throwCannotRead(path, error.value());
+    return regular;
 }
 
 std::vector<std::string> namesIn(const std::string& folder) {

@@ -34,7 +34,7 @@ void removeFile(const std::string& path);
 bool exists(const std::string& path);
 
 /// Whether `path` is a regular file; what cannot be looked at (a link that leads to itself, a name
-/// longer than the file system has) is none.
+/// longer than the file system has) is none. Throws Failure when the disk does not tell.
 bool isRegularFile(const std::string& path);
 
 /// Names of all that lies directly in `folder`, in order; none when there is no such folder. Throws
