@@ -22,6 +22,7 @@
 #include "tavro_client.h"
 
 using namespace tavro::tools;
+using tavro::service::Operation;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "account/device_root.h"
+#include "program/device_root.h"
 #include "program/failure.h"
 #include "program/run_program.h"
 

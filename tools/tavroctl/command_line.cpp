@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "account/device_root.h"
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
+#include "program/device_root.h"
 #include "program/failure.h"
 #include "program/run_program.h"
 #include "tavroctl/absolute_path.h"

@@ -4,10 +4,10 @@
 
 #include <filesystem>
 
-#include "program/failure.h"
 #include "account/files.h"
 #include "device_root/device_root.h"
 #include "platform/device_paths.h"
+#include "program/failure.h"
 
 namespace fs = std::filesystem;
 

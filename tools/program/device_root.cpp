@@ -1,9 +1,9 @@
-#include "account/device_root.h"
+#include "program/device_root.h"
 
 #include <cstdlib>
 
-#include "program/failure.h"
 #include "device_root/device_root.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 
