@@ -4,6 +4,7 @@
 #include <getopt.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <cstdio>
 
@@ -89,7 +90,7 @@ void endOnSignals() {
         ::sigaction(signal, &action, nullptr);
 }
 
-/// A hidden folder of its own, for one check, that goes with all that is in it.
+/// A hidden folder of its own that goes with all files in it.
 class ScratchFolder {
 public:
     /// Makes it in `parent`. Throws `std::system_error`.
@@ -99,30 +100,33 @@ public:
             posix::throwSystemError("cannot make a folder in", parent);
     }
     ~ScratchFolder() {
-        const auto remove = [](const char* file, const struct stat*, int, FTW*) {
-            return std::remove(file);
-        };
-        ::nftw(path.c_str(), remove, 8, FTW_DEPTH | FTW_PHYS);
+        clear();
+        ::rmdir(path.c_str());
     }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    /// Removes all that is in it.
+    void clear() const {
+        const auto remove = [](const char* file, const struct stat*, int, FTW* place) {
+            return place->level > 0 ? std::remove(file) : 0;
+        };
+        ::nftw(path.c_str(), remove, 8, FTW_DEPTH | FTW_PHYS);
+    }
 
     std::string path;
 };
 
 /// Where the checks write: beside the configuration folder, which may be missing still.
-std::string parentFor(const Options& options) {
-    const std::string configuration = device_paths::configuration_folder;
-    const std::string parent =
-        options.folder.empty() ? configuration.substr(0, configuration.rfind('/')) : options.folder;
+ScratchFolder folderFor(const Options& options) {
+    if (!options.folder.empty())
+        return ScratchFolder(options.folder);
     try {
-        ScratchFolder{parent};
-        return parent;
+        const std::string configuration = device_paths::configuration_folder;
+        return ScratchFolder(configuration.substr(0, configuration.rfind('/')));
     } catch (const std::exception& error) {
-        if (!options.folder.empty())
-            throw;
         std::fprintf(stderr, "%s: %s; checking the file system of /tmp\n", program, error.what());
-        return "/tmp";
+        return ScratchFolder("/tmp");
     }
 }
 
@@ -149,16 +153,15 @@ std::vector<Check> chosenChecks(const Options& options) {
 
 int checkDevice(const Options& options) {
     endOnSignals();
-    const std::string parent = parentFor(options);
-    Context context{"", options.readPassword ? readLine() : "", options.verbose != 0};
+    const ScratchFolder folder = folderFor(options);
+    Context context{folder.path, options.readPassword ? readLine() : "", options.verbose != 0};
     int wrong = 0;
     std::string json;
     for (const Check& check : chosenChecks(options)) {
         if (interrupted)
             return tavro::tools::exit_status::failed;
-        const ScratchFolder folder(parent);
-        context.folder = folder.path;
         const Result result = runInChild(check, context);
+        folder.clear();
         wrong += result.status == 'w';
         if (options.json)
             json += (json.empty() ? "" : ",\n") + asObject(check, result);
