@@ -32,6 +32,9 @@ void* addressOf(const char* name) {
 
 std::function<std::string(Context& context)> inModule(const char* name) {
     return [name](Context& context) {
+        // libtavro.so does not say where the platform's libraries lie; it tells if one is missing.
+        for (const char* library : {lectern_library, core_utils_library})
+            ::dlopen(library, RTLD_LAZY | RTLD_GLOBAL);
         need(tavro_library);
         load(module_library);
         return symbol<const ModuleChecks>(module_library, "tavro_device_checks")->at(name)(context);
