@@ -5,14 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "posix/file_descriptor.h"
+
 namespace tavro::device_check {
 
-/// Thrown by a check that finds something wrong; the text says what.
-class [[gnu::visibility("default")]] Wrong : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// Thrown by a check that cannot be made here; the text says why.
+/// Thrown by a check that cannot be made here; the text says why. Other exceptions say what is
+/// wrong.
 class [[gnu::visibility("default")]] Skipped : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -20,43 +18,48 @@ class [[gnu::visibility("default")]] Skipped : public std::runtime_error {
 /// Says `problem` unless `holds`.
 inline void expect(bool holds, const std::string& problem) {
     if (!holds)
-        throw Wrong(problem);
+        throw std::runtime_error(problem);
 }
 
-/// What one request to the service hands to the next. It lies in memory that all processes share,
-/// so that no secret is written to a file.
-struct ServiceState {
-    char token[1024];    ///< device token
-    char session[1024];  ///< session ID
-    char item[64];       ///< item ID of a book to download
-};
-
-/// What the checks work with.
+/// What the checks work with, and what one request to the service leaves for the next.
 struct Context {
-    std::string folder;       ///< an empty folder for whatever a check writes
-    std::string password;     ///< of the account; empty for the stored one
-    std::string application;  ///< that is to be opened
-    ServiceState* service = nullptr;
+    std::string folder;    ///< an empty folder for whatever a check writes
+    std::string password;  ///< of the account; empty for the stored one
+    bool verbose = false;  ///< whether what the libraries print is shown
+    std::string token = {}, session = {}, item = {};  ///< of the device, the log-in, a book
 };
 
-/// One check. It runs in a process of its own.
+/// One check.
 struct Check {
     const char* name;
     const char* breaks;  ///< what does not work where it fails
     const char* advice;  ///< what to do then; may be empty
     /// Returns what it found, or throws.
-    std::function<std::string(const Context& context)> run;
+    std::function<std::string(Context& context)> run;
     int seconds = 20;  ///< how long it may take
 };
 
-/// How a check ended.
-enum class Status : char { Ok = 'o', Wrong = 'w', Skipped = 's' };
-
 /// What came of a check.
 struct Result {
-    Status status;
+    char status;        ///< 'o' for ok, 's' for skipped, 'w' for wrong
     std::string found;  ///< in words, on one line
 };
+
+/// Runs `check` in a child of this process, so that a crash, an exit or a hang of what it calls is
+/// a result like any other. The child is killed when its time is over, and when a signal interrupts
+/// this process. What it prints goes to standard error, or nowhere.
+Result runInChild(const Check& check, Context& context);
+
+/// The result of `check` for a person and, as a JSON object, for a program.
+std::string asLine(const Check& check, const Result& result);
+std::string asObject(const Check& check, const Result& result);
+
+/// Opens the file `path`. Throws `std::system_error`.
+posix::FileDescriptor openFile(const std::string& path, int flags);
+
+/// Makes `content` the whole content of the file `name` in the context's folder. Throws
+/// `std::system_error`. @return its full path.
+std::string writeFile(const Context& context, const std::string& name, const std::string& content);
 
 /// Whether the libraries load, and their versions.
 std::vector<Check> libraryChecks();
@@ -64,21 +67,12 @@ std::vector<Check> libraryChecks();
 /// What the platform's libraries do when they are called.
 std::vector<Check> platformChecks();
 
-/// How the platform keeps settings and secrets.
-std::vector<Check> settingsChecks();
-
-/// What the platform's image loaders make of small pictures.
-std::vector<Check> imageChecks();
-
-/// What the file system of the context's folder can do.
-std::vector<Check> fileSystemChecks();
-
-/// The device's fixed paths, and what log-out needs.
-std::vector<Check> folderChecks();
-
-/// Calls with a visible effect, made only when asked for.
+/// Calls with a visible effect: the event of a log-out, and the opening of `application`.
 Check eventCheck();
-Check applicationCheck();
+Check applicationCheck(const std::string& application);
+
+/// What the file system of the context's folder can do, and whether the fixed paths can be used.
+std::vector<Check> fileChecks();
 
 /// A round of requests to the configured service.
 std::vector<Check> serviceChecks();

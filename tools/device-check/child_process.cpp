@@ -1,6 +1,5 @@
-#include "device-check/child_process.h"
-
 #include <fcntl.h>
+#include <limits.h>
 #include <poll.h>
 #include <signal.h>
 #include <string.h>
@@ -9,8 +8,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <sstream>
 
-#include "posix/file_descriptor.h"
+#include "device-check/check.h"
 #include "posix/retry_after_signal.h"
 #include "posix/system_error.h"
 #include "posix/write_all.h"
@@ -19,36 +19,40 @@ namespace tavro::device_check {
 
 namespace {
 
-// One write of so much is not divided, so that one read has the whole result.
-constexpr std::size_t longest_result = 4096;
-
-Result resultOf(const Check& check, const Context& context) {
+std::string statusAndFindings(const Check& check, Context& context) {
     try {
-        return {Status::Ok, check.run(context)};
+        return 'o' + check.run(context);
     } catch (const Skipped& reason) {
-        return {Status::Skipped, reason.what()};
+        return std::string("s") + reason.what();
     } catch (const std::exception& error) {
-        return {Status::Wrong, error.what()};
+        return std::string("w") + error.what();
     }
 }
 
-/// Sends what the libraries print to standard error, or nowhere.
-void redirectOutput(bool verbose) {
-    const posix::FileDescriptor nowhere(::open("/dev/null", O_RDWR | O_CLOEXEC));
-    ::dup2(verbose ? STDERR_FILENO : nowhere.get(), STDOUT_FILENO);
-    if (!verbose)
-        ::dup2(nowhere.get(), STDERR_FILENO);
+/// What a child tells its parent: what it leaves for the next check, and the result at the end.
+std::string messageOf(const Check& check, Context& context) {
+    const std::string result = statusAndFindings(check, context);
+    return context.token + '\0' + context.session + '\0' + context.item + '\0' + result;
 }
 
-[[noreturn]] void runAndTell(const Check& check, const Context& context, int pipe, bool verbose) {
+Result resultIn(const std::string& message, Context& context) {
+    std::string result;
+    std::istringstream fields(message);
+    for (std::string* field : {&context.token, &context.session, &context.item, &result})
+        std::getline(fields, *field, '\0');
+    expect(!result.empty(), "an answer is too long");
+    return {result[0], result.substr(1)};
+}
+
+[[noreturn]] void runAndTell(const Check& check, Context& context, int pipe) {
     ::setpgid(0, 0);
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         ::signal(signal, SIG_DFL);
-    redirectOutput(verbose);
-    const Result result = resultOf(check, context);
-    const std::string message = static_cast<char>(result.status) + result.found;
-    posix::writeAll(pipe, message.substr(0, longest_result));
+    if (!context.verbose)
+        ::dup2(openFile("/dev/null", O_RDWR).get(), STDERR_FILENO);
+    ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    posix::writeAll(pipe, messageOf(check, context).substr(0, PIPE_BUF));  // undivided
     ::_exit(EXIT_SUCCESS);
 }
 
@@ -60,28 +64,26 @@ std::string endOf(int status) {
            "; start again with --verbose to see what it printed";
 }
 
-Result waitFor(pid_t child, int pipe, int seconds) {
+Result waitFor(pid_t child, int pipe, int seconds, Context& context) {
     pollfd answer{pipe, POLLIN, 0};
     const int ready = ::poll(&answer, 1, seconds * 1000);
-    std::string message(longest_result, '\0');
-    const ssize_t size =
-        ready == 1
-            ? posix::retryAfterSignal([&] { return ::read(pipe, &message[0], message.size()); })
-            : 0;
+    char message[PIPE_BUF];
+    const auto read = [&] { return ::read(pipe, message, sizeof message); };
+    const ssize_t size = ready == 1 ? posix::retryAfterSignal(read) : 0;
     if (ready != 1)
         ::kill(-child, SIGKILL);
     int status = 0;
     posix::retryAfterSignal([&] { return ::waitpid(child, &status, 0); });
     if (size > 0)
-        return {Status{message[0]}, message.substr(1, static_cast<std::size_t>(size) - 1)};
+        return resultIn({message, static_cast<std::size_t>(size)}, context);
     if (ready == 0)
-        return {Status::Wrong, "it did not end within " + std::to_string(seconds) + " seconds"};
-    return {Status::Wrong, ready == -1 ? "it was interrupted" : endOf(status)};
+        return {'w', "it did not end within " + std::to_string(seconds) + " seconds"};
+    return {'w', ready == -1 ? "it was interrupted" : endOf(status)};
 }
 
 }  // namespace
 
-Result runInChild(const Check& check, const Context& context, int seconds, bool verbose) {
+Result runInChild(const Check& check, Context& context) {
     int ends[2] = {-1, -1};
     if (::pipe2(ends, O_CLOEXEC) == -1)
         posix::throwSystemError("cannot make", "a pipe");
@@ -91,10 +93,10 @@ Result runInChild(const Check& check, const Context& context, int seconds, bool 
     if (child == -1)  // to which a signal would go to all processes
         posix::throwSystemError("cannot start", "a process");
     if (child == 0)
-        runAndTell(check, context, in.get(), verbose);
+        runAndTell(check, context, in.get());
     ::setpgid(child, child);
     in.close();
-    return waitFor(child, out.get(), seconds);
+    return waitFor(child, out.get(), check.seconds, context);
 }
 
 }  // namespace tavro::device_check

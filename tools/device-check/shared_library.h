@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "device-check/check.h"
@@ -11,15 +12,11 @@ namespace tavro::device_check {
 
 inline constexpr const char* lectern_library = "liblectern.so";
 inline constexpr const char* core_utils_library = "libcore_utils.so";
-inline constexpr const char* curl_library = "libcurl.so.4";
-inline constexpr const char* expat_library = "libexpat.so.1";
 inline constexpr const char* tavro_library = "libtavro.so";
 
-/// When a function that a library lacks counts: as soon as it is loaded, or when it is called.
-enum class Binding { AtOnce, Lazy };
-
-/// Loads the library `name`, found as a program's own libraries are.
-void load(const char* name, Binding binding = Binding::Lazy);
+/// Loads the library `name`, found as a program's own libraries are, with all functions that it
+/// needs if `complete`; otherwise those that are called.
+void load(const char* name, bool complete = false);
 
 /// Loads it for a check of something else, which is skipped when that is impossible.
 void need(const char* name);
@@ -36,10 +33,19 @@ Symbol* symbol(const char* library, const char* name) {
     return reinterpret_cast<Symbol*>(address);
 }
 
-/// The same in the platform's user interface library.
-template <typename Symbol>
-Symbol* lectern(const char* name) {
-    return symbol<Symbol>(lectern_library, name);
-}
+/// The function `name` of the platform's user interface library.
+#define LECTERN(name) symbol<decltype(name)>(lectern_library, #name)
+
+// What can only be called from C++ lies in a library of its own, which is linked to libtavro and
+// the platform as any application is.
+
+inline constexpr const char* module_library = "libtavro-device-check.so";
+
+/// The checks in it by their names.
+using ModuleChecks = std::map<std::string, std::string (*)(Context& context)>;
+extern "C" [[gnu::visibility("default")]] const ModuleChecks tavro_device_checks;
+
+/// What runs the check called `name` there.
+std::function<std::string(Context& context)> inModule(const char* name);
 
 }  // namespace tavro::device_check
