@@ -16,10 +16,11 @@ set(TAVRO_EACH_USERS_OWN user)
 set(TAVRO_PLAIN_PUNCTUATION "_./+@:,=-")
 string(REGEX REPLACE "/+$" "" TAVRO_DEVICE_ROOT_PREFIX "${TAVRO_DEVICE_ROOT}")
 if(NOT TAVRO_DEVICE_ROOT STREQUAL "" AND NOT TAVRO_DEVICE_ROOT STREQUAL TAVRO_EACH_USERS_OWN AND
-   NOT TAVRO_DEVICE_ROOT_PREFIX MATCHES "^/[A-Za-z0-9${TAVRO_PLAIN_PUNCTUATION}]+$")
+   (NOT TAVRO_DEVICE_ROOT_PREFIX MATCHES "^/[A-Za-z0-9${TAVRO_PLAIN_PUNCTUATION}]+$" OR
+    TAVRO_DEVICE_ROOT_PREFIX MATCHES "/[.][.](/|$)"))
     message(FATAL_ERROR
         "TAVRO_DEVICE_ROOT is \"${TAVRO_DEVICE_ROOT}\". It must be empty, \"user\" for each user's "
-        "own device, or an absolute path below / of letters, digits and _ . / + @ : , = - only, "
+        "own device, or an absolute path below / of letters, digits and _ . / + @ : , = - only, without \"..\", "
         "because log-out hands it to the shell. Move the build to a folder without blanks or shell "
         "characters in its path.")
 endif()

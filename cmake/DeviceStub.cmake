@@ -10,6 +10,7 @@ function(tavro_link_with_stub target library name version)
     set(list ${CMAKE_CURRENT_SOURCE_DIR}/${name}_calls.txt)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
     file(STRINGS ${list} calls)
+    set(code "")
     foreach(call ${calls})
         string(APPEND code "void ${call}(void);\nvoid ${call}(void) {}\n")
     endforeach()
@@ -29,7 +30,8 @@ function(tavro_link_with_stub target library name version)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS $<TARGET_FILE:${stub}>)
     target_link_libraries(${target}
         INTERFACE ${library}
-        PRIVATE -L${folder} -l:lib${name}.so.${version})
+        PRIVATE -l:lib${name}.so.${version})
+    target_link_directories(${target} PRIVATE ${folder})
     target_include_directories(${target} SYSTEM PRIVATE
         $<TARGET_PROPERTY:${library},INTERFACE_INCLUDE_DIRECTORIES>)
 endfunction()

@@ -7,5 +7,6 @@ file(SIZE ${STRIPPED} size)
 get_filename_component(name ${LIBRARY} NAME)
 message(STATUS "${name}: ${size} bytes stripped")
 if(LIMIT AND size GREATER LIMIT)
-    message(FATAL_ERROR "${name} may have ${LIMIT} bytes: space is short on a device")
+    message(FATAL_ERROR "${name} may have ${LIMIT} bytes: space is short on a device. "
+        "Another compiler than ours may need TAVRO_DEVICE_CHECKS=OFF.")
 endif()

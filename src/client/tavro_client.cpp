@@ -18,10 +18,9 @@ void logCall(int line, const char* signature, const char* format) {
     fl_print_log2(platform::log_trace, __FILE__, line, signature, format, g_process_pid);
 }
 
-/// Becomes the synchronisation application, or ends this process with status 127.
-[[noreturn]] void becomeSyncApplication() {
-    ::execl(device_paths::syncApplication(), device_paths::syncApplication(),
-            static_cast<char*>(nullptr));
+/// Becomes `application`, or ends this process with status 127.
+[[noreturn]] void become(const char* application) {
+    ::execl(application, application, static_cast<char*>(nullptr));
     fl_print_log2(platform::log_error, __FILE__, __LINE__, "int TavroClient::StartSync()",
                   "[pid:%d]TavroClient::StartSync: exec() failed, errno=%i\n", g_process_pid,
                   errno);
@@ -51,8 +50,9 @@ std::string TavroClient::GetSyncFolder() {
 
 int TavroClient::StartSync() {
     logCall(__LINE__, "int TavroClient::StartSync()", "[pid:%d]Tavro StartSync called");
+    const char* const application = device_paths::syncApplication();
     if (::fork() == 0)
-        becomeSyncApplication();
+        become(application);
     return 0;
 }
 

@@ -82,7 +82,7 @@ inline const char* wizardApplication() {
     return below_root::path([] { return "/ebrmain/bin/tavro_wizard.app"; });
 }
 
-/// The argument that it is started with.
+/// The argument that the login wizard is started with.
 inline constexpr const char* wizard_argument = "-library";
 
 }  // namespace device_paths

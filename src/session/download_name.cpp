@@ -37,7 +37,7 @@ std::string freeName(const std::string& folder, const std::string& serverName) {
     const std::string base = name.substr(0, position);
     const std::string extension = name.substr(position);
     std::string candidate = name;
-    for (unsigned number = 1; posix::exists(folder + "/" + candidate); ++number)
+    for (unsigned number = 1; posix::statusOf((folder + "/" + candidate).c_str()); ++number)
         candidate = base + "_" + std::to_string(number) + extension;
     return candidate;
 }
