@@ -1,7 +1,6 @@
 // Where the library looks on a device. It also runs against the shipped configuration, whose paths
 // are the device's own: nothing that it asks for here reaches the system.
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <lectern.h>
 #include <sys/stat.h>
@@ -111,13 +110,19 @@ TEST(FixedPaths, AreTheDevicesOwnBelowTheDeviceRoot) {
     tavro_get_book_status("/a.file");
     const TavroServer server("");
     client.LogOut();
-    EXPECT_THAT(
-        asked, testing::ElementsAre(
-                   config + "/.tavro_vendor_token", root + "/ebrmain/bin/tavro_wizard.app",
-                   config + "/.files_to_download",
-                   root + "/mnt/ext1/system/config/server_connection_data.cfg",
-                   config + "/.tavro.conf", testing::_, config + "/.tavro.conf", "rm -rf " + config,
-                   "rm -rf " + root + "/mnt/ext1/.adobe-hidden-files", "killall browser.app"));
+    std::vector<std::string> expected{config + "/.tavro_vendor_token",
+                                      root + "/ebrmain/bin/tavro_wizard.app",
+                                      config + "/.files_to_download",
+                                      root + "/mnt/ext1/system/config/server_connection_data.cfg",
+                                      config + "/.tavro.conf",
+                                      "",
+                                      config + "/.tavro.conf",
+                                      "rm -rf " + config,
+                                      "rm -rf " + root + "/mnt/ext1/.adobe-hidden-files",
+                                      "killall browser.app"};
+    if (sizeof(void*) == 4)  // the library asks a 32-bit system for the marker past the C library
+        expected.erase(expected.begin());
+    EXPECT_EQ(asked, expected);
 
     client.StartSync();
     listening = false;
