@@ -263,6 +263,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{}, ""},
         {{"fly"}, "there is no command 'fly'"},
         {{"sync", "--fast"}, "--fast"},
+        {{"sync", "--wait"}, "--background"},
         {{"replace", "only-one.txt"}, ""},
         {{"download"}, ""},
         {{"download", "1", "--all"}, "--all"},
