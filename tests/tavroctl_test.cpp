@@ -130,6 +130,16 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     EXPECT_EQ("failed", report[0]["result"]);
     EXPECT_EQ("downloaded", report[1]["result"]);
     EXPECT_THAT(failed({"download", "999"})["advice"], HasSubstr("tavroctl books"));
+
+    const std::string item = report[0]["item"];
+    const std::string other = report[1]["item"];
+    service.stop();
+    const Outcome down = run({"download", item, other});
+    EXPECT_EQ(1, down.status);
+    EXPECT_THAT(down.out, testing::EndsWith("0 downloaded, 0 present, 1 failed\n"));
+    EXPECT_THAT(down.err, HasSubstr("with 1 books not tried: no answer from 127.0.0.1:"));
+    EXPECT_THAT(run({"download", "--all"}).out,
+                testing::EndsWith("0 downloaded, 1 present, 1 failed\n"));
 }
 
 // The card is not in: a folder in its place would have all books downloaded again.
