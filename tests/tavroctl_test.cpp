@@ -82,6 +82,13 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
     const json journal = done({"journal"});
     ASSERT_EQ(1U, journal.size());
     EXPECT_EQ("first.txt", journal[0]["old"]);
+
+    Terminal watched(tavroctl({"replay"}));
+    watched.expect("attempt 1 to upload first-2.txt failed: the service answered 2009");
+    watched.expect("next step in 5 s");
+    watched.expect("attempt 2 to upload");
+    watched.type("\x03");
+    EXPECT_EQ(-SIGINT, watched.wait());
 }
 
 TEST_F(Tavroctl, ReplaceOverwritesNoOtherBook) {
