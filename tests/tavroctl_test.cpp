@@ -120,6 +120,12 @@ TEST_F(Tavroctl, RefusalsNameTheServiceAndItsCode) {
     EXPECT_THAT(failed({"sync"})["error"], HasSubstr("nobody is logged in"));
 
     done({"login", "--password-stdin"}, password + "\n");
+    service.inject("SysnWithCloud:delay=2300,times=1");
+    Terminal patient(tavroctl({"sync"}));
+    patient.expect("waiting for " + service.url() + " ...");
+    patient.expect("\x1B[K2 books");
+    EXPECT_EQ(0, patient.wait());
+
     // The library calls this sync a success: it only looks whether an answer came.
     service.inject("SysnWithCloud:code=2009");
     const json sync = failed({"sync"});

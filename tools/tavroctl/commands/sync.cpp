@@ -15,7 +15,9 @@
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_applications.h"
 #include "tavroctl/joined.h"
+#include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
+#include "tavroctl/waiting_note.h"
 
 namespace tavro::tools {
 
@@ -52,7 +54,7 @@ void syncInBackground(const Options& options, const Account& account, const Outp
     TavroClient().StartSync();
     const std::string log = account.file(own_files::sync_log);
     if (options.wait) {
-        waitForRound(account, log);
+        waitingFor("tavro_sync.app", output, [&] { waitForRound(account, log); });
         return output.result({{"started", true}, {"log", log}},
                              "The round is done; what it did stands in " + log);
     }
@@ -63,7 +65,7 @@ void syncInBackground(const Options& options, const Account& account, const Outp
 void sync(const Account& account, const Output& output) {
     const auto session = openSession(account, Need::Session);
     const AccountLock lock(account);
-    synchronise(*session, account);
+    waitingFor(serviceUrl(), output, [&] { synchronise(*session, account); });
     const std::size_t books = catalogueOf(*session, account).size();
     const std::size_t deleted = session->server->getDeletedBooks().size();
     output.result(
