@@ -84,6 +84,7 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
     EXPECT_EQ("first.txt", journal[0]["old"]);
 
     Terminal watched(tavroctl({"replay"}));
+    watched.expect("uploading first-2.txt to 127.0.0.1:");
     watched.expect("attempt 1 to upload first-2.txt failed: the service answered 2009");
     watched.expect("next step in 5 s");
     watched.expect("attempt 2 to upload");

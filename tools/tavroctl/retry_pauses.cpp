@@ -4,6 +4,7 @@
 
 #include <ctime>
 
+#include "account/service_failure.h"
 #include "tavroctl/change_report.h"
 
 namespace {
@@ -68,17 +69,20 @@ RetryPauses::RetryPauses(const Output& output, const Tavro& session)
 void RetryPauses::beginUpload(const std::string& name) {
     file_ = name;
     attempt_ = 0;
+    showRemaining(0);
 }
 
 void RetryPauses::tellFailure() {
     const std::string what =
         "attempt " + std::to_string(++attempt_) + " to upload " + file_ + " failed";
+    output_.transient("");
     if (output_.hasTerminal())
         output_.prompt(displayable(uploadFailure(session_, what).what()) + "\n");
 }
 
 void RetryPauses::showRemaining(unsigned seconds) const {
-    output_.transient(seconds == 0 ? "" : "next step in " + std::to_string(seconds) + " s");
+    output_.transient(seconds == 0 ? "uploading " + file_ + " to " + uploadAddress() + " ..."
+                                   : "next step in " + std::to_string(seconds) + " s");
 }
 
 bool RetryPauses::areInterrupted() const {
@@ -87,6 +91,7 @@ bool RetryPauses::areInterrupted() const {
 
 RetryPauses::~RetryPauses() {
     current = nullptr;
+    output_.transient("");
     ::sigprocmask(SIG_SETMASK, &previous_, nullptr);
 }
 

@@ -26,7 +26,7 @@ public:
     /// Tells that an attempt has failed, and why.
     void tellFailure();
 
-    /// Shows how long the pause still lasts; nothing with 0 seconds.
+    /// Shows how long the pause still lasts; with 0 seconds, whom the upload waits for.
     void showRemaining(unsigned seconds) const;
 
     /// Whether a signal waits that will take effect when the object goes.

@@ -81,7 +81,8 @@ void replace(const Options& options, const Account& account, const Output& outpu
     bringIntoFolder(options.newPath, account.bookFile(newName), oldName);
     const Change change = [&] {
         RetryPauses pauses(output, *session);
-        pauses.beginUpload(newName);
+        if (options.upload)
+            pauses.beginUpload(newName);
         return replaceBook(*session, account, oldName, newName, options.upload);
     }();
     const std::string text = displayable(oldName) + " is replaced by " + displayable(newName);
