@@ -31,7 +31,7 @@ _tavroctl() {
         register) words+=" --renew" ;;
         signup | login) words+=" --password-stdin" ;;
         logout) words+=" --yes" ;;
-        sync) words+=" --background" ;;
+        sync) words+=" --background --wait" ;;
         download) words+=" --all" ;;
         cover) words+=" --size --output --ascii" ;;
         replace) words+=" --upload" ;;

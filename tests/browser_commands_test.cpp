@@ -38,7 +38,8 @@ protected:
     std::string coverOf(const std::string& file, const std::string& extension) const {
         for (const auto& entry : done({"map"}))
             if (entry["file"] == file)
-                return root.configuration() + "/covers/" + entry["item"].dump() + extension;
+                return root.configuration() + "/covers/" + entry["item"].get<std::string>() +
+                       extension;
         return {};
     }
 
@@ -49,7 +50,7 @@ protected:
 
 TEST_F(BrowserCommands, InfoAndStatusTakeNamesAndPaths) {
     downloadBooks();
-    const std::string item = done({"map"})[0]["item"].dump();
+    const std::string item = done({"map"})[0]["item"];
     writeFile(filePath("7.file"), item + "\n");
     writeFile(filePath("8.file"), "999\n");
     std::ofstream list(root.file(account_files::download_list));
@@ -187,6 +188,31 @@ TEST_F(BrowserCommands, DevicesLieSideBySide) {
     EXPECT_EQ("ada@reader.example", own["email"]);
     EXPECT_EQ(2, own["downloaded"]);
     EXPECT_EQ(true, own["loggedIn"]);
+}
+
+TEST_F(BrowserCommands, WaitedForRoundEndsWithItsStatusWhichStatusShows) {
+    downloadBooks();
+    const Words round{"sync", "--background", "--wait"};
+    EXPECT_EQ("", done({"status"})["lastRound"]);
+    done(round);
+    EXPECT_EQ("done", done({"status"})["lastRound"]);
+    service.inject("SysnWithCloud:code=2009,times=1");
+    EXPECT_THAT(failed(round)["error"], HasSubstr("the service answered 2009"));
+    EXPECT_THAT(done({"status"})["lastRoundProblems"][0], HasSubstr("2009"));
+    EXPECT_THAT(run({"status"}).out, HasSubstr("Last round           failed"));
+
+    service.inject("SysnWithCloud:delay=600");
+    done({"sync", "--background"});
+    while (done({"status"})["lastRound"] != "running")
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ("tavroctl status", done({"status"})["next"]);
+    EXPECT_THAT(failed(round)["error"], HasSubstr("another synchronisation"));
+    while (done({"status"})["lastRound"] == "running")
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (const char* content : {"{", "{\"outcome\": 1}"}) {
+        writeFile(root.file(".tavro_sync_round"), content);
+        EXPECT_EQ("unknown", done({"status"})["lastRound"]);
+    }
 }
 
 // The library has the shell run "rm FOLDER/*": with a blank in FOLDER, that is another folder, here

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "account/book_map.h"
+#include "account/round_record.h"
 #include "core_utils.h"
 #include "support/logged_in_device.h"
 #include "support/processes.h"
@@ -70,6 +71,8 @@ protected:
     /// Whether a round in this process did all that it should.
     bool round() const { return tavro::tools::SyncRound(account, log).run(); }
 
+    std::string outcome() const { return tavro::tools::lastRound(account).outcome; }
+
     /// Waits until `isTrue`, for some seconds.
     static bool soon(const std::function<bool()>& isTrue) {
         for (int attempt = 0; attempt < 500 && !isTrue(); ++attempt)
@@ -100,6 +103,7 @@ TEST_F(Sync, BackgroundRoundTurnsPendingBooksIntoPresentOnes) {
     ASSERT_TRUE(soon([&] { return downloadList().size() == books.size() && files().size() >= 4; }));
     const std::string pending = downloadList().back();
     EXPECT_EQ(tavro_get_book_status(pending.c_str()), 2);
+    EXPECT_EQ(outcome(), "running");
     tavro_book_info info = {};
     EXPECT_EQ(tavro_get_book_info(pending.c_str(), &info), 0);
     for (char* text : {info.title, info.author, info.category_id, info.isbn})
@@ -143,6 +147,8 @@ TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
     const std::string catalogue = readFile(account.file(account_files::catalogue));
     service.inject("SysnWithCloud:code=2009,times=1");
     EXPECT_EQ(statusOf(start()), 1);
+    EXPECT_EQ(outcome(), "failed");
+    EXPECT_THAT(tavro::tools::lastRound(account).problems, ElementsAre(HasSubstr("2009")));
     service.stop();
     EXPECT_EQ(statusOf(start()), 1);
     EXPECT_EQ(readFile(account.file(account_files::catalogue)), catalogue);
@@ -190,9 +196,17 @@ TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
         std::this_thread::sleep_for(life);
         ::kill(process, SIGKILL);
         statusOf(process);
+        EXPECT_NE(outcome(), "running");
     }
+    service.inject("SysnWithCloud:delay=2000");
+    const pid_t process = start();
+    EXPECT_TRUE(soon([&] { return outcome() == "running"; }));
+    ::kill(process, SIGKILL);
+    statusOf(process);
+    EXPECT_EQ(outcome(), "interrupted");
     service.clearFaults();
     ASSERT_TRUE(round());
+    EXPECT_EQ(outcome(), "done");
     EXPECT_THAT(files(),
                 ElementsAre("first-2.txt", "first.txt", "pepper.epub", "second.txt", "third.txt"));
     EXPECT_EQ(tavro::tools::mappedFiles(account).size(), books.size());
@@ -231,6 +245,7 @@ TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
     EXPECT_EQ(statusOf(process), 1);
     EXPECT_THAT(files(), ElementsAre());
     EXPECT_TRUE(fs::exists(account.file(account_files::configuration)));
+    EXPECT_EQ(outcome(), "") << "another account's";
 }
 
 // Cover addresses come from the service, and item ids become file names.

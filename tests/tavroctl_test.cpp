@@ -56,10 +56,11 @@ TEST_F(Tavroctl, ReplacedBookWaitsInTheJournalUntilReplayed) {
 
     const json replayed = done({"replay"});
     EXPECT_EQ("second-2.txt", replayed["uploaded"][0]["new"]);
+    EXPECT_EQ(true, replayed["uploaded"][0]["uploaded"]);
     EXPECT_EQ(0U, done({"journal"}).size());
     const json map = done({"map"});
     EXPECT_EQ("second-2.txt", map[1]["file"]);
-    const json again = done({"download", std::to_string(map[1]["item"].get<int>())});
+    const json again = done({"download", map[1]["item"]});
     EXPECT_EQ("The second book, corrected.\n", book(again[0]["detail"]));
 }
 
@@ -81,6 +82,14 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
     const json journal = done({"journal"});
     ASSERT_EQ(1U, journal.size());
     EXPECT_EQ("first.txt", journal[0]["old"]);
+
+    Terminal watched(tavroctl({"replay"}));
+    watched.expect("uploading first-2.txt to 127.0.0.1:");
+    watched.expect("attempt 1 to upload first-2.txt failed: the service answered 2009");
+    watched.expect("next step in 5 s");
+    watched.expect("attempt 2 to upload");
+    watched.type("\x03");
+    EXPECT_EQ(-SIGINT, watched.wait());
 }
 
 TEST_F(Tavroctl, ReplaceOverwritesNoOtherBook) {
@@ -112,6 +121,12 @@ TEST_F(Tavroctl, RefusalsNameTheServiceAndItsCode) {
     EXPECT_THAT(failed({"sync"})["error"], HasSubstr("nobody is logged in"));
 
     done({"login", "--password-stdin"}, password + "\n");
+    service.inject("SysnWithCloud:delay=2300,times=1");
+    Terminal patient(tavroctl({"sync"}));
+    patient.expect("waiting for " + service.url() + " ...");
+    patient.expect("\x1B[K2 books");
+    EXPECT_EQ(0, patient.wait());
+
     // The library calls this sync a success: it only looks whether an answer came.
     service.inject("SysnWithCloud:code=2009");
     const json sync = failed({"sync"});
@@ -130,6 +145,16 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     EXPECT_EQ("failed", report[0]["result"]);
     EXPECT_EQ("downloaded", report[1]["result"]);
     EXPECT_THAT(failed({"download", "999"})["advice"], HasSubstr("tavroctl books"));
+
+    const std::string item = report[0]["item"];
+    const std::string other = report[1]["item"];
+    service.stop();
+    const Outcome down = run({"download", item, other});
+    EXPECT_EQ(1, down.status);
+    EXPECT_THAT(down.out, testing::EndsWith("0 downloaded, 0 present, 1 failed\n"));
+    EXPECT_THAT(down.err, HasSubstr("with 1 books not tried: no answer from 127.0.0.1:"));
+    EXPECT_THAT(run({"download", "--all"}).out,
+                testing::EndsWith("0 downloaded, 1 present, 1 failed\n"));
 }
 
 // The card is not in: a folder in its place would have all books downloaded again.
@@ -263,6 +288,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{}, ""},
         {{"fly"}, "there is no command 'fly'"},
         {{"sync", "--fast"}, "--fast"},
+        {{"sync", "--wait"}, "--background"},
         {{"replace", "only-one.txt"}, ""},
         {{"download"}, ""},
         {{"download", "1", "--all"}, "--all"},

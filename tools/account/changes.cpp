@@ -41,7 +41,7 @@ void replay(Tavro& session, const Account& account, ReplayJournal& journal, cons
     else if (isWaitingForFile(account, change))
         result.waiting.push_back(change);
     else if (replayAlone(session, account, journal, change, map))
-        result.uploaded.push_back(change);
+        result.uploaded.push_back({change.oldName, change.newName, true});
     else
         result.kept.push_back(change);
 }
@@ -71,13 +71,16 @@ bool isWaitingForFile(const Account& account, const Change& change) {
     return !change.flag && !isRegularFile(account.bookFile(change.newName));
 }
 
-ReplayResult replayChanges(Tavro& session, const Account& account) {
+ReplayResult replayChanges(Tavro& session, const Account& account,
+                           const std::function<void(const Change&)>& beginning) {
     ReplayJournal journal(account);
     if (journal.changes().empty())
         return {};
     ReplayResult result;
-    for (auto change = journal.changes().rbegin(); change != journal.changes().rend(); ++change)
+    for (auto change = journal.changes().rbegin(); change != journal.changes().rend(); ++change) {
+        beginning(*change);
         replay(session, account, journal, *change, result);
+    }
     auto left = result.kept;
     left.insert(left.end(), result.waiting.begin(), result.waiting.end());
     journal.putBack(left);

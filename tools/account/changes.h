@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,9 +35,12 @@ struct ReplayResult {
 ///     remove the copy
 ///
 /// A change whose new file is missing would only cost its attempts and pauses, so it is not tried.
+/// `beginning` is told each change when its turn comes.
 /// Throws Failure when journal or book map cannot be read or written; the copy then stays, for
 /// `restoreJournal`. To be called under the account's lock.
-ReplayResult replayChanges(Tavro& session, const Account& account);
+ReplayResult replayChanges(
+    Tavro& session, const Account& account,
+    const std::function<void(const Change&)>& beginning = [](const Change&) {});
 
 /// Whether a replay would not try `change`, because its new file is missing.
 bool isWaitingForFile(const Account& account, const Change& change);

@@ -1,10 +1,16 @@
 #include "account/service_failure.h"
 
+#include <curl/curl.h>
+
+#include <memory>
+
 #include "tavroserver.h"
 
 namespace tavro::tools {
 
 namespace {
+
+constexpr long connect_seconds = 10;
 
 /// The host of `url` with `port`: the library overrides the port of an address by its own setting.
 std::string hostAndPort(const std::string& url, int port) {
@@ -31,9 +37,25 @@ Failure serviceFailure(const TavroServer& server, const std::string& what,
             what + ": the answer of " + address + " cannot be read",
             "put TAVRO_LOG=FILE TAVRO_LOG_LEVEL=4 before the same command, which keeps the answer "
             "in FILE");
+    return noAnswer(what, address);
+}
+
+Failure noAnswer(const std::string& what, const std::string& address) {
     return Failure(what + ": no answer from " + address + ": is the service running?",
                    "see the address in use with 'tavroctl status', change it with 'tavroctl setup "
                    "--service', see the exchange with --trace");
+}
+
+bool isDownloadPageReachable() {
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> attempt(curl_easy_init(),
+                                                                      curl_easy_cleanup);
+    CURL* const curl = attempt.get();
+    curl_easy_setopt(curl, CURLOPT_URL, TavroServer::downloadUrl.c_str());
+    curl_easy_setopt(curl, CURLOPT_PORT, long{TavroServer::downloadPort});
+    curl_easy_setopt(curl, CURLOPT_CONNECT_ONLY, 1L);
+    curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, connect_seconds);
+    curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+    return curl_easy_perform(curl) == CURLE_OK;
 }
 
 std::string apiAddress() {

@@ -15,6 +15,13 @@ namespace tavro::tools {
 Failure serviceFailure(const TavroServer& server, const std::string& what,
                        const std::string& address, const std::string& advice);
 
+/// Tells that no answer came from `address` to what was being done.
+Failure noAnswer(const std::string& what, const std::string& address);
+
+/// Whether somebody takes connections at the download page, of whose failures the library tells no
+/// reason. Blocks for some seconds where nobody answers.
+bool isDownloadPageReachable();
+
 /// "HOST:PORT" of the device API, as the library has it now.
 std::string apiAddress();
 

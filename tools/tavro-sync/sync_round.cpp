@@ -7,6 +7,7 @@
 #include "account/catalogue.h"
 #include "account/changes.h"
 #include "account/files.h"
+#include "account/round_record.h"
 #include "account/session.h"
 #include "platform/account_files.h"
 #include "program/failure.h"
@@ -45,21 +46,26 @@ SyncRound::SyncRound(const Account& account, const ActivityLog& log)
 
 bool SyncRound::run() {
     log_.note("a round begins");
-    const auto session = openSession(account_, Need::Session);
+    requireConfiguration(account_);
     const AccountLock lock(account_);
-    sessionId_ = session->sessionID();
-    requireDownloadFolder(account_);
+    const RoundRecord record(account_);
+    sessionId_ = account_.value(account_keys::session);
     try {
+        const auto session = openSession(account_, Need::Session);
+        requireDownloadFolder(account_);
         synchroniseWith(*session);
-    } catch (...) {
-        if (!isStillLoggedIn())
+    } catch (const std::exception& error) {
+        if (isStillLoggedIn())
+            record.end({error.what()});
+        else
             cleanUp();
         throw;
     }
+    record.end(problems_);
     log_.note("the round ends: " + std::to_string(downloaded_) + " downloaded, " +
-              std::to_string(missing_.size()) + " missing, " + std::to_string(failures_) +
+              std::to_string(missing_.size()) + " missing, " + std::to_string(problems_.size()) +
               " failures");
-    return failures_ == 0;
+    return problems_.empty();
 }
 
 void SyncRound::synchroniseWith(Tavro& session) {
@@ -198,7 +204,7 @@ void SyncRound::cleanUp() const {
 }
 
 void SyncRound::fail(const std::string& what) {
-    ++failures_;
+    problems_.push_back(what);
     log_.note(what);
 }
 

@@ -30,7 +30,8 @@ namespace tavro::tools {
 ///     covers that other books lack
 ///
 /// Each step leaves files from which the next round goes on, so the process may be ended at any
-/// moment. Blocks the calling thread, and holds the account's lock meanwhile.
+/// moment. Blocks the calling thread, and holds the account's lock meanwhile. How the round ended
+/// is recorded (account/round_record.h), unless a log-out has taken the account away.
 class SyncRound {
 public:
     /// A round for `account` that tells `log` what it does; both must outlive it.
@@ -66,8 +67,8 @@ private:
     std::string sessionId_;  ///< a log-in during the round is another one's
     std::set<int> missing_;  ///< items still to be downloaded
     std::chrono::steady_clock::time_point listed_;
+    std::vector<std::string> problems_;
     std::size_t downloaded_ = 0;
-    std::size_t failures_ = 0;
 };
 
 }  // namespace tavro::tools

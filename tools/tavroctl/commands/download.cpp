@@ -1,10 +1,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <map>
 #include <memory>
+#include <optional>
 
 #include "account/account_lock.h"
 #include "account/books.h"
 #include "account/catalogue.h"
+#include "account/service_failure.h"
 #include "account/session.h"
 #include "program/failure.h"
 #include "tavroctl/command_line.h"
@@ -42,16 +45,27 @@ Books chosen(const std::vector<std::string>& items, const Books& books) {
     return wanted;
 }
 
-/// What a download run has done: the results to print, and the number of failures.
+/// What a download run has done: the results to print, and their numbers.
 struct Report {
     Listing listing{"ITEM", "TITLE", "RESULT"};
-    std::size_t failures = 0;
+    std::map<std::string, std::size_t> counts;
 
     void add(const BookDescription& book, const std::string& result, const std::string& detail) {
+        ++counts[result];
         const std::string& item = book.field(BookDescription::ItemID);
         const std::string& title = book.field(BookDescription::Title);
         listing.add({{"item", item}, {"title", title}, {"result", result}, {"detail", detail}},
                     {item, title, result + ": " + detail});
+    }
+
+    void print(const Output& output) {
+        const auto count = [this](const char* result) {
+            return std::to_string(counts[result]) + " " + result;
+        };
+        if (listing.table.rows.empty())
+            return output.list(listing, "There are no books to download. Next: tavroctl sync");
+        output.result(listing.json, listing.table.text() + count("downloaded") + ", " +
+                                        count("present") + ", " + count("failed"));
     }
 };
 
@@ -67,9 +81,10 @@ Books missing(const Account& account, const Books& books, Report& report) {
     return wanted;
 }
 
-/// Downloads `books` one after the other; one that fails does not stop the others.
-void downloadEach(Tavro& session, const Account& account, const Output& output, const Books& books,
-                  Report& report) {
+/// Downloads `books` one after the other; one that fails does not stop the others, unless the
+/// service is down. @return the failure that tells so, if it is.
+std::optional<Failure> downloadEach(Tavro& session, const Account& account, const Output& output,
+                                    const Books& books, Report& report) {
     const auto folder = account.downloadFolder();
     std::size_t number = 0;
     for (const auto& book : books) {
@@ -79,10 +94,15 @@ void downloadEach(Tavro& session, const Account& account, const Output& output, 
             const DownloadProgress progress(output, folder, label);
             report.add(book, "downloaded", downloadBook(session, account, book));
         } catch (const Failure& failure) {
-            ++report.failures;
             report.add(book, "failed", failure.what());
+            if (isDownloadPageReachable())
+                continue;
+            return noAnswer("the download stopped, with " + std::to_string(books.size() - number) +
+                                " books not tried",
+                            downloadAddress());
         }
     }
+    return std::nullopt;
 }
 
 void download(const Options& options, const Account& account, const Output& output) {
@@ -95,12 +115,13 @@ void download(const Options& options, const Account& account, const Output& outp
     const auto& catalogue = catalogueOf(*session, account);
     const Books books =
         options.all ? missing(account, catalogue, report) : chosen(options.items, catalogue);
-    downloadEach(*session, account, output, books, report);
-    output.list(report.listing, "There are no books to download. Next: tavroctl sync");
-    if (report.failures > 0)
+    const auto down = downloadEach(*session, account, output, books, report);
+    report.print(output);
+    if (down)
+        throw *down;
+    if (const std::size_t failures = report.counts["failed"]; failures > 0)
         throw Failure(
-            std::to_string(report.failures) + " of " + std::to_string(books.size()) +
-                " downloads failed",
+            std::to_string(failures) + " of " + std::to_string(books.size()) + " downloads failed",
             "run the same command again; 'tavroctl sync' tells whether service and session "
             "are alive, --trace shows the exchange");
 }

@@ -5,7 +5,9 @@
 #include "console/password_prompt.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
+#include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
+#include "tavroctl/waiting_note.h"
 
 namespace tavro::tools {
 
@@ -14,7 +16,8 @@ namespace {
 void logInAndTell(bool passwordFromStandardInput, Account& account, const Output& output) {
     requireEmail(account);
     openSession(account, Need::Device);  // rather than ask for a password in vain
-    logIn(account, readPassword(output, passwordFromStandardInput, false));
+    const std::string password = readPassword(output, passwordFromStandardInput, false);
+    waitingFor(serviceUrl(), output, [&] { logIn(account, password); });
     printLoggedIn(account, output);
 }
 

@@ -2,14 +2,17 @@
 
 #include "account/account_requests.h"
 #include "tavroctl/command_line.h"
+#include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
+#include "tavroctl/waiting_note.h"
 
 namespace tavro::tools {
 
 namespace {
 
 void registerAndTell(bool renew, Account& account, const Output& output) {
-    const bool changed = registerDevice(account, renew);
+    const bool changed =
+        waitingFor(serviceUrl(), output, [&] { return registerDevice(account, renew); });
     output.result(
         {{"registered", true}, {"changed", changed}},
         changed

@@ -4,7 +4,9 @@
 #include "session/account_keys.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
+#include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
+#include "tavroctl/waiting_note.h"
 
 namespace tavro::tools {
 
@@ -15,7 +17,7 @@ void remind(std::string email, const Account& account, const Output& output) {
         requireEmail(account);
         email = account.value(account_keys::email);
     }
-    remindPassword(account, email);
+    waitingFor(serviceUrl(), output, [&] { remindPassword(account, email); });
     output.result({{"reminded", email}},
                   "The service sends a password reminder to " + displayable(email) + ".");
 }

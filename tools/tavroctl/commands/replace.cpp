@@ -80,7 +80,9 @@ void replace(const Options& options, const Account& account, const Output& outpu
     requireDownloadFolder(account);
     bringIntoFolder(options.newPath, account.bookFile(newName), oldName);
     const Change change = [&] {
-        const RetryPauses pauses(output);
+        RetryPauses pauses(output, *session);
+        if (options.upload)
+            pauses.beginUpload(newName);
         return replaceBook(*session, account, oldName, newName, options.upload);
     }();
     const std::string text = displayable(oldName) + " is replaced by " + displayable(newName);

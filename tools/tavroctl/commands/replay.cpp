@@ -12,8 +12,9 @@ namespace {
 
 /// Replays, telling when a signal has cut the pauses short.
 ReplayResult replayWithPauses(Tavro& session, const Account& account, const Output& output) {
-    const RetryPauses pauses(output);
-    auto result = replayChanges(session, account);
+    RetryPauses pauses(output, session);
+    auto result = replayChanges(session, account,
+                                [&](const Change& change) { pauses.beginUpload(change.newName); });
     if (pauses.areInterrupted())  // the signal ends the program when `pauses` goes
         output.error(
             Failure("interrupted: " + std::to_string(result.kept.size()) + " changes stay pending",

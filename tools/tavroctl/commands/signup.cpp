@@ -6,7 +6,9 @@
 #include "session/account_keys.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
+#include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
+#include "tavroctl/waiting_note.h"
 
 namespace tavro::tools {
 
@@ -15,7 +17,8 @@ namespace {
 void signUp(bool passwordFromStandardInput, const Account& account, const Output& output) {
     requireEmail(account);
     openSession(account, Need::Device);  // rather than ask for a password in vain
-    openAccount(account, readPassword(output, passwordFromStandardInput, true));
+    const std::string password = readPassword(output, passwordFromStandardInput, true);
+    waitingFor(serviceUrl(), output, [&] { openAccount(account, password); });
     const std::string email = account.value(account_keys::email);
     output.result({{"account", email}},
                   "The account " + displayable(email) + " is open. Next: tavroctl login");

@@ -6,12 +6,14 @@
 #include "account/changes.h"
 #include "account/files.h"
 #include "account/journal.h"
+#include "account/round_record.h"
 #include "account/session.h"
 #include "program/failure.h"
 #include "session/account_keys.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/book_file.h"
 #include "tavroctl/command_line.h"
+#include "tavroctl/joined.h"
 #include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
 
@@ -55,6 +57,8 @@ void showStatus(const Account& account, const Output& output) {
     });
     const Changes changes = changesOf(account);
     const std::string step = missingStep(account);
+    const LastRound round = lastRound(account);
+    const bool running = round.outcome == round_outcome::running;
     const bool complete = static_cast<std::size_t>(downloaded) == books.size();
     output.summary({{"configuration", account.folder()},
                     {"configured", configured},
@@ -66,7 +70,12 @@ void showStatus(const Account& account, const Output& output) {
                     {"books", books.size()},
                     {"downloaded", downloaded},
                     {"pending", changes.pending},
+                    {"lastRound", round.outcome},
+                    {"lastRoundTime", round.time},
+                    {"lastRoundProblems",
+                     output.isJson() ? Json(round.problems) : Json(joined(round.problems, "; "))},
                     {"next", !step.empty()                       ? step
+                             : running                           ? "tavroctl status"
                              : changes.waiting < changes.pending ? "tavroctl replay"
                              : books.empty()                     ? "tavroctl sync"
                              : !complete                         ? "tavroctl download --all"

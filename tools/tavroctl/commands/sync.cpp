@@ -1,23 +1,63 @@
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
 #include <memory>
 
 #include "account/account_lock.h"
 #include "account/catalogue.h"
 #include "account/own_files.h"
+#include "account/round_record.h"
 #include "account/session.h"
 #include "platform/device_paths.h"
+#include "program/failure.h"
 #include "tavro_client.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_applications.h"
+#include "tavroctl/joined.h"
+#include "tavroctl/service_url.h"
 #include "tavroctl/shared_options.h"
+#include "tavroctl/waiting_note.h"
 
 namespace tavro::tools {
 
 namespace {
 
-void syncInBackground(const Account& account, const Output& output) {
+struct Options {
+    bool background = false;
+    bool wait = false;
+};
+
+/// Waits until the application has ended, and throws Failure unless it did so with success: of the
+/// round itself, as it was recorded, or AlreadyRunning.
+void waitForRound(const Account& account, const std::string& log) {
+    int status = 0;
+    pid_t process = -1;
+    while ((process = ::wait(&status)) == -1 && errno == EINTR)
+        continue;
+    const LastRound round = lastRound(account);
+    const bool isRecorded = round.process == process;
+    if (process != -1 && WIFEXITED(status) && WEXITSTATUS(status) == 0) {
+        if (!isRecorded && !round.outcome.empty())
+            throw AlreadyRunning();
+        return;
+    }
+    throw Failure(
+        "the round failed" +
+            (isRecorded && !round.problems.empty() ? ": " + joined(round.problems, "; ") : ""),
+        "see " + log + " and 'tavroctl status', run the same command again");
+}
+
+void syncInBackground(const Options& options, const Account& account, const Output& output) {
     requireApplication(device_paths::syncApplication());
+    std::signal(SIGCHLD, SIG_DFL);  // else the application's status would get lost
     TavroClient().StartSync();
     const std::string log = account.file(own_files::sync_log);
+    if (options.wait) {
+        waitingFor("tavro_sync.app", output, [&] { waitForRound(account, log); });
+        return output.result({{"started", true}, {"log", log}},
+                             "The round is done; what it did stands in " + log);
+    }
     output.result({{"started", true}, {"log", log}},
                   "The synchronisation has started; what it does stands in " + log);
 }
@@ -25,7 +65,7 @@ void syncInBackground(const Account& account, const Output& output) {
 void sync(const Account& account, const Output& output) {
     const auto session = openSession(account, Need::Session);
     const AccountLock lock(account);
-    synchronise(*session, account);
+    waitingFor(serviceUrl(), output, [&] { synchronise(*session, account); });
     const std::size_t books = catalogueOf(*session, account).size();
     const std::size_t deleted = session->server->getDeletedBooks().size();
     output.result(
@@ -34,17 +74,22 @@ void sync(const Account& account, const Output& output) {
             " deleted by the service. Next: tavroctl books, tavroctl download --all");
 }
 
+void run(const Options& options, const Account& account, const Output& output) {
+    if (options.wait && !options.background)
+        throw UsageError("--wait waits for the round of --background");
+    options.background ? syncInBackground(options, account, output) : sync(account, output);
+}
+
 }  // namespace
 
 void addSync(CommandLine& commandLine) {
-    const auto background = std::make_shared<bool>(false);
-    CLI::App& command =
-        commandLine.add("sync", "Fetch the catalogue", "sync --background",
-                        [background](const Account& account, const Output& output) {
-                            *background ? syncInBackground(account, output) : sync(account, output);
-                        });
-    addFlag(command, "--background", *background,
+    const auto options = std::make_shared<Options>();
+    CLI::App& command = commandLine.add("sync", "Fetch the catalogue", "sync --background --wait",
+                                        withOptions(run, options));
+    addFlag(command, "--background", options->background,
             "Start the device's synchronisation application instead: all in one round");
+    addFlag(command, "--wait", options->wait,
+            "With --background: wait until the round has ended, and fail if it failed");
 }
 
 }  // namespace tavro::tools

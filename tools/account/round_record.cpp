@@ -1,0 +1,102 @@
+#include "account/round_record.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <system_error>
+
+#include "account/files.h"
+#include "account/own_files.h"
+#include "posix/atomic_file.h"
+#include "posix/temporary_file.h"
+#include "program/failure.h"
+
+namespace tavro::tools {
+
+namespace {
+
+using Json = nlohmann::json;
+
+/// More would flood whoever asks; the log has all.
+constexpr std::size_t most_problems = 10;
+
+/// Now, as "2026-11-23T12:30:00+0000".
+std::string localTime() {
+    const std::time_t now = std::time(nullptr);
+    std::tm time{};
+    ::localtime_r(&now, &time);
+    std::array<char, 32> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", &time)};
+}
+
+/// The content of a record of a round of this process.
+std::string recordOf(const char* outcome, const std::vector<std::string>& problems) {
+    return Json{{"outcome", outcome},
+                {"time", localTime()},
+                {"problems", problems},
+                {"process", ::getpid()}}
+               .dump(-1, ' ', false, Json::error_handler_t::replace) +
+           "\n";
+}
+
+/// What the record `content` says. Throws Json::exception when it is none.
+LastRound parsed(const std::string& content) {
+    const Json json = Json::parse(content);
+    LastRound round{json.at("outcome").get<std::string>(), json.at("time").get<std::string>(),
+                    json.at("problems").get<std::vector<std::string>>(),
+                    json.at("process").get<pid_t>()};
+    for (const char* known : {round_outcome::running, round_outcome::done, round_outcome::failed})
+        if (round.outcome == known)
+            return round;
+    return {round_outcome::unknown, "", {}, 0};
+}
+
+}  // namespace
+
+LastRound lastRound(const Account& account) {
+    const std::string path = account.file(own_files::round_record);
+    const posix::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file && errno == ENOENT)
+        return {};
+    try {
+        LastRound round = parsed(contentThrough(file.get(), path));
+        // Shared: several may ask at once, and only who runs a round has the other lock.
+        if (round.outcome == round_outcome::running && ::flock(file.get(), LOCK_SH | LOCK_NB) == 0)
+            round.outcome = round_outcome::interrupted;
+        return round;
+    } catch (const std::exception&) {  // in words that help nobody: the next round replaces it
+        return {round_outcome::unknown, "", {}, 0};
+    }
+}
+
+RoundRecord::RoundRecord(const Account& account) : path_(account.file(own_files::round_record)) {
+    try {
+        posix::TemporaryFile record(account.file(std::string(posix::replacement_prefix)), path_);
+        record.write(recordOf(round_outcome::running, {}));
+        running_ = posix::FileDescriptor(::fcntl(record.descriptor(), F_DUPFD_CLOEXEC, 0));
+        record.renameTo(path_);  // with the lock, which lasts as long as the duplicate
+    } catch (const std::system_error& error) {
+        throwCannotWrite(path_, error.code().value());
+    }
+}
+
+void RoundRecord::end(std::vector<std::string> problems) const {
+    const char* const outcome = problems.empty() ? round_outcome::done : round_outcome::failed;
+    if (problems.size() > most_problems) {
+        const std::size_t others = problems.size() - most_problems;
+        problems.resize(most_problems);
+        problems.push_back("and " + std::to_string(others) + " more");
+    }
+    try {
+        replaceFile(path_, recordOf(outcome, problems));
+    } catch (const Failure&) {  // what is recorded already says enough once this process is gone
+        return;
+    }
+}
+
+}  // namespace tavro::tools

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "console/output.h"
+
+namespace tavro::tools {
+
+/// Says whom the program waits for, once it has lived for two seconds and until it goes, when
+/// standard error is a terminal. A thread of its own does so, since the library blocks the calling
+/// thread; `output` must outlive the object.
+class WaitingNote {
+public:
+    WaitingNote(const Output& output, std::string whom);
+    ~WaitingNote();
+    WaitingNote(const WaitingNote&) = delete;
+    WaitingNote& operator=(const WaitingNote&) = delete;
+
+private:
+    void watch();
+
+    const Output& output_;
+    const std::string whom_;
+    std::mutex mutex_;  // guards ended_
+    std::condition_variable wake_;
+    bool ended_ = false;
+    std::thread watcher_;
+};
+
+/// Does `request`, which `whom` answers, with a WaitingNote. @return what it returns.
+template <typename Request>
+auto waitingFor(const std::string& whom, const Output& output, Request request) {
+    const WaitingNote note(output, whom);
+    return request();
+}
+
+}  // namespace tavro::tools
