@@ -233,14 +233,32 @@ TEST_F(Tavroctl, ClosedStreamsLeaveTheAccountsFilesClean) {
     EXPECT_EQ("", readFile(root.file(".tavro_sync_lock")));
 }
 
-// A title out of the network must not steer the terminal.
-TEST_F(Tavroctl, TablesShowNoControlCharacters) {
+// A title out of the network must not steer the terminal, nor flood it.
+TEST_F(Tavroctl, TitlesNeitherSteerNorFloodTheTerminal) {
     downloadBooks();
-    service.answer(Operation::SysnWithCloud,
-                   answerXml("1003",
-                             "<AddedItems><ItemsResponse><ItemID>7</ItemID><Title>a\xC2\x9B"
-                             "2Jb</Title></ItemsResponse></AddedItems>"));
+    std::string wide;  // characters of two columns
+    for (int count = 0; count < 40; ++count)
+        wide += "\xE6\x9B\xB8";
+    service.answer(
+        Operation::SysnWithCloud,
+        answerXml(
+            "1003",
+            "<AddedItems><ItemsResponse><ISBN13>978</ISBN13><ItemID>7</ItemID><Title>a\xC2\x9B"
+            "2Jb" +
+                wide + "</Title></ItemsResponse></AddedItems>"));
     done({"sync"});
+    EXPECT_THAT(run({"books"}).out, HasSubstr("2Jb" + wide + "  "));
+    EXPECT_EQ("978", done({"books"})[0]["isbn"]);
+    Terminal books(tavroctl({"books"}), {24, 40, 0, 0});
+    books.expect("2Jb" + wide.substr(0, 4 * 3) + "\xE2\x80\xA6  ");  // 14 columns
+    EXPECT_EQ(0, books.wait());
+    service.inject("DownloadContent:delay=300,times=1");
+    Terminal download(tavroctl({"download", "7"}), {24, 40, 0, 0});
+    download.expect(
+        "\x1B[K1 of 1  a\xEF\xBF\xBD"
+        "2Jb" +
+        wide.substr(0, 5 * 3) + "\xE2\x80\xA6  0 kB  0 kB/s\r");
+    EXPECT_EQ(1, download.wait());
     EXPECT_THAT(run({"books"}).out, AllOf(HasSubstr("a\xEF\xBF\xBD"
                                                     "2Jb"),
                                           Not(HasSubstr("\xC2\x9B"))));

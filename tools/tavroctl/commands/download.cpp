@@ -73,8 +73,8 @@ void downloadEach(Tavro& session, const Account& account, const Output& output, 
     const auto folder = account.downloadFolder();
     std::size_t number = 0;
     for (const auto& book : books) {
-        const std::string label = std::to_string(++number) + "/" + std::to_string(books.size()) +
-                                  " " + book.field(BookDescription::Title);
+        const std::string label = std::to_string(++number) + " of " + std::to_string(books.size()) +
+                                  "  " + book.field(BookDescription::Title);
         try {
             const DownloadProgress progress(output, folder, label);
             report.add(book, "downloaded", downloadBook(session, account, book));
