@@ -113,10 +113,13 @@ TEST_F(Tavroctl, RefusalsNameTheServiceAndItsCode) {
 
     done({"login", "--password-stdin"}, password + "\n");
     // The library calls this sync a success: it only looks whether an answer came.
-    service.inject("SysnWithCloud:code=2009");
-    const json sync = failed({"sync"});
-    EXPECT_EQ("2009", sync["code"]);
-    EXPECT_THAT(sync["advice"], HasSubstr("tavroctl login"));
+    for (const auto& [code, advice] :
+         {std::pair("2006", "run 'tavroctl register --renew'"), {"2009", "run 'tavroctl login'"}}) {
+        service.inject(std::string("SysnWithCloud:times=1,code=") + code);
+        const json sync = failed({"sync"});
+        EXPECT_EQ(code, sync["code"]);
+        EXPECT_THAT(sync["advice"], testing::StartsWith(advice));
+    }
 }
 
 TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
@@ -130,6 +133,12 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     EXPECT_EQ("failed", report[0]["result"]);
     EXPECT_EQ("downloaded", report[1]["result"]);
     EXPECT_THAT(failed({"download", "999"})["advice"], HasSubstr("tavroctl books"));
+    const std::string item = report[0]["item"];
+    for (const char* name : {"../out.txt", "../missing/out.txt"}) {
+        service.inject(std::string("DownloadContent:times=1,filename=") + name);
+        EXPECT_THAT(run({"download", item, "--json"}).out, HasSubstr("leads out of")) << name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(root.syncFolder() + "/../out.txt"));
 }
 
 // The card is not in: a folder in its place would have all books downloaded again.
@@ -285,6 +294,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"download"}, ""},
         {{"download", "1", "--all"}, "--all"},
         {{"setup", "--email", "a&b"}, "&"},
+        {{"setup", "--service", ""}, "'' is no service address"},
         {{"setup", "--service", "https://127.0.0.1"}, ""},
         {{"setup", "--service", "http://127.0.0.1:65536"}, ""},
         {{"setup", "--service", "http://127.0.0.1:"}, ""},
@@ -298,6 +308,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"info"}, "FILE is required"},
         {{"status", ""}, "FILE"},
         {{"cover", "first.txt"}, "--output"},
+        {{"cover", "first.txt", "--output", "x.JPG"}, "is written as a PNG"},
         {{"cover", "first.txt", "--ascii", "--size", "0x10"}, "'0x10' is no size"},
         {{"cover", "first.txt", "--ascii", "--size", "8193x10"}, "'8193x10' is no size"},
         {{"cover", "first.txt", "--ascii", "--size", std::string(120'000, '1')}, "is no size"},
@@ -320,7 +331,10 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
     ::setenv(device_root::variable, deviceRoot().c_str(), 1);
     for (const std::string address : {"http://[::1]:8080", "http://reader.example:80"})
         EXPECT_EQ(address, done({"setup", "--service", address + "/"})["service"]);
-    EXPECT_EQ(0, run({"--help"}).status);
+    for (const Words& words : {Words{"--help"}, {"help"}})
+        EXPECT_THAT(run(words).out, HasSubstr("Subcommands:")) << words[0];
+    EXPECT_EQ(run({"sync", "--help"}).out, run({"help", "sync"}).out);
+    EXPECT_THAT(run({}).err, HasSubstr("Subcommands:"));
     EXPECT_EQ(0, run({"--version"}).status);
 }
 

@@ -5,6 +5,7 @@
 #include "account/own_files.h"
 #include "account/session.h"
 #include "platform/device_paths.h"
+#include "program/counted.h"
 #include "tavro_client.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_applications.h"
@@ -30,7 +31,7 @@ void sync(const Account& account, const Output& output) {
     const std::size_t deleted = session->server->getDeletedBooks().size();
     output.result(
         {{"books", books}, {"deleted", deleted}, {"serverTime", session->server->serverTime}},
-        std::to_string(books) + " books in the catalogue, " + std::to_string(deleted) +
+        counted(books, "book") + " in the catalogue, " + std::to_string(deleted) +
             " deleted by the service. Next: tavroctl books, tavroctl download --all");
 }
 
