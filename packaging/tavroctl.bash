@@ -3,7 +3,7 @@
 _tavroctl() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local commands="setup register signup login remind shop wizard logout sync books download map
-        status info cover replace replay journal drop"
+        status info cover replace replay journal drop help"
     local command="" device=() word index files words
     COMPREPLY=()
 
@@ -38,11 +38,16 @@ _tavroctl() {
     esac
     if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
-    elif [[ -z $command ]]; then
+    elif [[ -z $command || $command == help ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
     elif [[ $command == download ]]; then
-        words=$("${COMP_WORDS[0]}" books --json "${device[@]}" 2>/dev/null | grep -oE '^ *"item": "-?[0-9]+' | grep -oE -- '-?[0-9]+$')
-        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+        # With their titles, as long as there is a choice: only the number goes onto the line.
+        mapfile -t files < <("${COMP_WORDS[0]}" books --json "${device[@]}" 2>/dev/null |
+            sed -nE '/^ *"item": "(-?[0-9]+)",$/{s//\1/;N;s/\n *"title": "(.*)",$/  \1/;p}')
+        for word in "${files[@]}"; do
+            [[ $word != "$current"* ]] || COMPREPLY+=("$word")
+        done
+        [[ ${#COMPREPLY[@]} -gt 1 && ${COMP_TYPE:-} != 37 ]] || COMPREPLY=("${COMPREPLY[@]%%  *}")  # 37: menu
     elif [[ $command == drop ]]; then
         mapfile -t files < <("${COMP_WORDS[0]}" journal --json "${device[@]}" 2>/dev/null | sed -nE 's/^ *"old": "(.*)",$/\1/p' | sort -u)
         compopt -o filenames

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -109,6 +110,10 @@ TEST_F(BrowserCommands, CoverIsWrittenUprightAtTheSizeAskedFor) {
     EXPECT_EQ('@', first[0]);
     EXPECT_EQ(' ', first[39]);
     EXPECT_EQ(std::string(40, ' '), report["ascii"][29]);
+    Terminal low(tavroctl({"cover", "first.txt", "--size", "40x60", "--ascii"}), {10, 40, 0, 0});
+    low.expect("pixels\r\n");
+    EXPECT_EQ(8 + 1, std::count(low.shown.begin(), low.shown.end(), '\n')) << "all of it is seen";
+    EXPECT_EQ(0, low.wait());
 
     EXPECT_EQ(1, run({"cover", "first.txt", "--output", folder / "no/cover.png"}).status);
     writeFile(coverOf("first.txt", ".jpeg"), "\xFF\xD8 no picture");

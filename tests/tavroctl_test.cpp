@@ -128,10 +128,13 @@ TEST_F(Tavroctl, RefusalsNameTheServiceAndItsCode) {
     EXPECT_EQ(0, patient.wait());
 
     // The library calls this sync a success: it only looks whether an answer came.
-    service.inject("SysnWithCloud:code=2009");
-    const json sync = failed({"sync"});
-    EXPECT_EQ("2009", sync["code"]);
-    EXPECT_THAT(sync["advice"], HasSubstr("tavroctl login"));
+    for (const auto& [code, advice] :
+         {std::pair("2006", "run 'tavroctl register --renew'"), {"2009", "run 'tavroctl login'"}}) {
+        service.inject(std::string("SysnWithCloud:times=1,code=") + code);
+        const json sync = failed({"sync"});
+        EXPECT_EQ(code, sync["code"]);
+        EXPECT_THAT(sync["advice"], testing::StartsWith(advice));
+    }
 }
 
 TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
@@ -145,14 +148,19 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
     EXPECT_EQ("failed", report[0]["result"]);
     EXPECT_EQ("downloaded", report[1]["result"]);
     EXPECT_THAT(failed({"download", "999"})["advice"], HasSubstr("tavroctl books"));
-
     const std::string item = report[0]["item"];
+    for (const char* name : {"../out.txt", "../missing/out.txt"}) {
+        service.inject(std::string("DownloadContent:times=1,filename=") + name);
+        EXPECT_THAT(run({"download", item, "--json"}).out, HasSubstr("leads out of")) << name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(root.syncFolder() + "/../out.txt"));
+
     const std::string other = report[1]["item"];
     service.stop();
     const Outcome down = run({"download", item, other});
     EXPECT_EQ(1, down.status);
     EXPECT_THAT(down.out, testing::EndsWith("0 downloaded, 0 present, 1 failed\n"));
-    EXPECT_THAT(down.err, HasSubstr("with 1 books not tried: no answer from 127.0.0.1:"));
+    EXPECT_THAT(down.err, HasSubstr("with 1 book not tried: no answer from 127.0.0.1:"));
     EXPECT_THAT(run({"download", "--all"}).out,
                 testing::EndsWith("0 downloaded, 1 present, 1 failed\n"));
 }
@@ -258,14 +266,32 @@ TEST_F(Tavroctl, ClosedStreamsLeaveTheAccountsFilesClean) {
     EXPECT_EQ("", readFile(root.file(".tavro_sync_lock")));
 }
 
-// A title out of the network must not steer the terminal.
-TEST_F(Tavroctl, TablesShowNoControlCharacters) {
+// A title out of the network must not steer the terminal, nor flood it.
+TEST_F(Tavroctl, TitlesNeitherSteerNorFloodTheTerminal) {
     downloadBooks();
-    service.answer(Operation::SysnWithCloud,
-                   answerXml("1003",
-                             "<AddedItems><ItemsResponse><ItemID>7</ItemID><Title>a\xC2\x9B"
-                             "2Jb</Title></ItemsResponse></AddedItems>"));
+    std::string wide;  // characters of two columns
+    for (int count = 0; count < 40; ++count)
+        wide += "\xE6\x9B\xB8";
+    service.answer(
+        Operation::SysnWithCloud,
+        answerXml(
+            "1003",
+            "<AddedItems><ItemsResponse><ISBN13>978</ISBN13><ItemID>7</ItemID><Title>a\xC2\x9B"
+            "2Jb" +
+                wide + "</Title></ItemsResponse></AddedItems>"));
     done({"sync"});
+    EXPECT_THAT(run({"books"}).out, HasSubstr("2Jb" + wide + "  "));
+    EXPECT_EQ("978", done({"books"})[0]["isbn"]);
+    Terminal books(tavroctl({"books"}), {24, 40, 0, 0});
+    books.expect("2Jb" + wide.substr(0, 4 * 3) + "\xE2\x80\xA6  ");  // 14 columns
+    EXPECT_EQ(0, books.wait());
+    service.inject("DownloadContent:delay=300,times=1");
+    Terminal download(tavroctl({"download", "7"}), {24, 40, 0, 0});
+    download.expect(
+        "\x1B[K1 of 1  a\xEF\xBF\xBD"
+        "2Jb" +
+        wide.substr(0, 5 * 3) + "\xE2\x80\xA6  0 kB  0 kB/s\r");
+    EXPECT_EQ(1, download.wait());
     EXPECT_THAT(run({"books"}).out, AllOf(HasSubstr("a\xEF\xBF\xBD"
                                                     "2Jb"),
                                           Not(HasSubstr("\xC2\x9B"))));
@@ -293,6 +319,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"download"}, ""},
         {{"download", "1", "--all"}, "--all"},
         {{"setup", "--email", "a&b"}, "&"},
+        {{"setup", "--service", ""}, "'' is no service address"},
         {{"setup", "--service", "https://127.0.0.1"}, ""},
         {{"setup", "--service", "http://127.0.0.1:65536"}, ""},
         {{"setup", "--service", "http://127.0.0.1:"}, ""},
@@ -306,6 +333,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"info"}, "FILE is required"},
         {{"status", ""}, "FILE"},
         {{"cover", "first.txt"}, "--output"},
+        {{"cover", "first.txt", "--output", "x.JPG"}, "is written as a PNG"},
         {{"cover", "first.txt", "--ascii", "--size", "0x10"}, "'0x10' is no size"},
         {{"cover", "first.txt", "--ascii", "--size", "8193x10"}, "'8193x10' is no size"},
         {{"cover", "first.txt", "--ascii", "--size", std::string(120'000, '1')}, "is no size"},
@@ -328,7 +356,10 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
     ::setenv(device_root::variable, deviceRoot().c_str(), 1);
     for (const std::string address : {"http://[::1]:8080", "http://reader.example:80"})
         EXPECT_EQ(address, done({"setup", "--service", address + "/"})["service"]);
-    EXPECT_EQ(0, run({"--help"}).status);
+    for (const Words& words : {Words{"--help"}, {"help"}})
+        EXPECT_THAT(run(words).out, HasSubstr("Subcommands:")) << words[0];
+    EXPECT_EQ(run({"sync", "--help"}).out, run({"help", "sync"}).out);
+    EXPECT_THAT(run({}).err, HasSubstr("Subcommands:"));
     EXPECT_EQ(0, run({"--version"}).status);
 }
 

@@ -51,7 +51,8 @@ TEST_F(Wizard, OpensANewAccountOnAFreshDevice) {
     wizard->type("2\n");
     answer(*wizard, {{"agree", "y"},
                      {"E-mail address: ", "ada&co"},
-                     {"cannot be sent", "ada@reader.example"},
+                     {"cannot be sent", "bad address"},
+                     {"without blanks", "ada@reader.example"},
                      {"First name", "Ada"},
                      {"Last name", "Lovelace"},
                      {"Password: ", password},
@@ -117,6 +118,7 @@ TEST_F(Wizard, SaysWhatIsMissing) {
     says("tavroctl setup", "-library </dev/null", 1);
     setUpAccount();
     says("no terminal", "-library </dev/null", 2);
+    EXPECT_EQ(2, run({"wizard"}).status);
     says("--help", "--fast", 2);
     says("tavro_wizard.app ", "--version", 0);
     done({"setup", "--service", "http://127.0.0.1:1"});

@@ -15,8 +15,10 @@
 /// A program on a terminal of its own.
 class Terminal {
 public:
-    /// Starts the program `words[0]` with the arguments behind it.
-    explicit Terminal(Words words) : process_(::forkpty(&fd_, nullptr, nullptr, nullptr)) {
+    /// Starts the program `words[0]` with the arguments behind it, in a window that tells its size
+    /// if that is not 0.
+    explicit Terminal(Words words, winsize window = {})
+        : process_(::forkpty(&fd_, nullptr, nullptr, &window)) {
         if (process_ == -1)  // which a signal would take for all processes that there are
             throw std::runtime_error("there is no terminal to be had");
         if (process_ == 0) {

@@ -56,19 +56,16 @@ void openAccount(const Account& account, const std::string& password) {
         throw serviceFailure(*session->server, "the account was not opened", apiAddress(),
                              passwordAdvice(password) +
                                  "run 'tavroctl login' if you have an account, 'tavroctl setup' to "
-                                 "correct e-mail address and names, 'tavroctl register --renew' if "
-                                 "the service does not know the device");
+                                 "correct e-mail address and names");
 }
 
 void logIn(Account& account, const std::string& password) {
     const auto session = openSession(account, Need::Device);
     if (!session->login(password))
-        throw serviceFailure(
-            *session->server, "the login failed", apiAddress(),
-            passwordAdvice(password) +
-                "give another password, or run 'tavroctl signup' if there is no "
-                "account yet, 'tavroctl remind' if the password is lost, 'tavroctl "
-                "register --renew' if the service does not know the device");
+        throw serviceFailure(*session->server, "the login failed", apiAddress(),
+                             passwordAdvice(password) +
+                                 "give another password, or run 'tavroctl signup' if there is no "
+                                 "account yet, 'tavroctl remind' if the password is lost");
     account.storeSession(session->sessionID(), session->vendorToken());
 }
 

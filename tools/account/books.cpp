@@ -31,6 +31,27 @@ void recordOrRemove(const Account& account, const MappedFiles& before, const std
     }
 }
 
+/// Whether `file`, which begins with the download folder, lies elsewhere.
+bool leadsOut(const Account& account, const fs::path& file) {
+    const fs::path name = file.lexically_relative(account.downloadFolder()).lexically_normal();
+    return !name.empty() && *name.begin() == "..";
+}
+
+/// Tells that the service announced the name `file` for a book.
+Failure outside(const std::string& file) {
+    return Failure("the announced name leads out of the download folder, to " + file,
+                   "have the service give the book a plain name");
+}
+
+/// Tells why a download has brought no file.
+Failure nothingCame(const Account& account) {
+    if (const std::string announced = PresentFilesStay::spared(); leadsOut(account, announced))
+        return outside(announced);
+    return Failure("no whole file came from " + downloadAddress(),
+                   "run 'tavroctl sync' to see whether service and session are alive, add --trace "
+                   "to see the exchange");
+}
+
 }  // namespace
 
 std::map<int, std::vector<std::string>> presentFiles(const Account& account) {
@@ -64,14 +85,15 @@ std::string downloadBook(Tavro& session, const Account& account, const BookDescr
         return session.downloadBook(book);
     }();
     if (name.empty())
-        throw Failure(
-            "no whole file came from " + downloadAddress(),
-            "run 'tavroctl sync' to see whether service and session are alive, add --trace "
-            "to see the exchange");
+        throw nothingCame(account);
     const std::string file = account.bookFile(name);
     if (!isRegularFile(file))
         throw Failure("the download could not be given its name " + name,
                       "check the permissions of " + account.downloadFolder().string());
+    if (leadsOut(account, file)) {
+        removeFile(file);
+        throw outside(file);
+    }
     recordOrRemove(account, before, name, itemNumber(book));
     repairAndCopyBookMap(account);
     return name;

@@ -37,10 +37,8 @@ void synchronise(Tavro& session, const Account& account) {
     }
     if (answered)
         putBack(file, former);
-    throw serviceFailure(
-        *session.server, "the catalogue was not fetched", apiAddress(),
-        "run 'tavroctl login' again, or 'tavroctl register --renew' if the service does not "
-        "know the device");
+    throw serviceFailure(*session.server, "the catalogue was not fetched", apiAddress(),
+                         "run 'tavroctl login' again");
 }
 
 const std::vector<BookDescription>& catalogueOf(const Tavro& session, const Account& account) {

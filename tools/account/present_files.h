@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace tavro::tools {
 
 /// While it lives, the library removes no file: when a download fails it takes a file of the
@@ -10,6 +12,9 @@ public:
     ~PresentFilesStay();
     PresentFilesStay(const PresentFilesStay&) = delete;
     PresentFilesStay& operator=(const PresentFilesStay&) = delete;
+
+    /// Path of the file that was to go last: that of the announced name, if the download failed.
+    static std::string spared();
 };
 
 }  // namespace tavro::tools

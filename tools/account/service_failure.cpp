@@ -21,13 +21,21 @@ std::string hostAndPort(const std::string& url, int port) {
     return authority.substr(0, colon) + ":" + std::to_string(port);
 }
 
+/// What to try when the service does not know the device.
+constexpr const char* renewal = "run 'tavroctl register --renew', which registers the device anew";
+
 }  // namespace
+
+bool isUnknownDevice(const std::string& code) {
+    return code == "2005" || code == "2006";  // another device's token, a token of none
+}
 
 Failure serviceFailure(const TavroServer& server, const std::string& what,
                        const std::string& address, const std::string& advice) {
     if (!server.lastError.empty()) {
         const std::string reason = server.lastMessage.empty() ? "" : ": " + server.lastMessage;
-        Failure failure(what + ": the service answered " + server.lastError + reason, advice);
+        Failure failure(what + ": the service answered " + server.lastError + reason,
+                        isUnknownDevice(server.lastError) ? renewal : advice);
         failure.code = server.lastError;
         failure.message = server.lastMessage;
         return failure;

@@ -8,10 +8,14 @@ class TavroServer;
 
 namespace tavro::tools {
 
+/// Whether the result code `code` means that the service does not know the device.
+bool isUnknownDevice(const std::string& code);
+
 /// Tells what became of the last device-API request or upload of `server`: the service's code and
 /// message, or that the answer cannot be read, or that none came from `address` ("HOST:PORT").
 ///
 /// @param what what was being done, as "the login failed".
+/// @param advice what to try when the service refused, unless it does not know the device.
 Failure serviceFailure(const TavroServer& server, const std::string& what,
                        const std::string& address, const std::string& advice);
 

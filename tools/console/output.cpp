@@ -6,9 +6,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
-#include <cwchar>
-#include <cwctype>
 #include <utility>
 
 #include "posix/write_all.h"
@@ -18,19 +15,8 @@ namespace tavro::tools {
 
 namespace {
 
-constexpr const char* replacement_character = "\xEF\xBF\xBD";
-
 /// First descriptor that is none of the three standard ones.
 constexpr int first_free = 3;
-
-/// Columns that the displayable text `text` takes on a terminal.
-std::size_t width(const std::string& text) {
-    std::wstring wide(text.size(), L'\0');
-    const std::size_t length = std::mbstowcs(wide.data(), text.c_str(), wide.size());
-    const int columns = length <= wide.size() ? ::wcswidth(wide.data(), length) : -1;
-    return columns < 0 ? text.size()  // only without a UTF-8 locale
-                       : static_cast<std::size_t>(columns);
-}
 
 /// The member name `name` as words: "Download folder" for "downloadFolder".
 std::string label(const std::string& name) {
@@ -53,48 +39,15 @@ std::string serialised(const Json& json, int indent) {
     return json.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
+/// The window of the terminal `descriptor`; none when it is no terminal, or tells no size.
+std::optional<Window> windowOf(int descriptor) {
+    winsize size{};
+    if (::ioctl(descriptor, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
+        return std::nullopt;
+    return Window{size.ws_col, size.ws_row};
+}
+
 }  // namespace
-
-std::string displayable(const std::string& text) {
-    std::mbstate_t state{};
-    std::string shown;
-    wchar_t character = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        std::size_t size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
-        const bool whole = size > 0 && size <= text.size() - at;
-        if (whole && std::iswprint(static_cast<std::wint_t>(character)) != 0)
-            shown.append(text, at, size);
-        else
-            shown += replacement_character;
-        if (!whole) {
-            size = 1;
-            state = {};
-        }
-        at += size;
-    }
-    return shown;
-}
-
-std::string Table::text() const {
-    auto lines = rows;
-    if (!headings.empty())
-        lines.insert(lines.begin(), headings);
-    std::vector<std::size_t> widths;
-    for (auto& line : lines) {
-        widths.resize(line.size());
-        for (std::size_t column = 0; column < line.size(); ++column) {
-            line[column] = displayable(line[column]);
-            widths[column] = std::max(widths[column], width(line[column]));
-        }
-    }
-    std::string text;
-    for (const auto& line : lines) {
-        for (std::size_t column = 0; column + 1 < line.size(); ++column)
-            text += line[column] + std::string(widths[column] - width(line[column]) + 2, ' ');
-        text += line.back() + "\n";
-    }
-    return text;
-}
 
 Output::Output(std::string program, bool json)
     : program_(std::move(program)),
@@ -108,7 +61,10 @@ void Output::result(const Json& json, const std::string& text) const {
 }
 
 void Output::result(const Json& json, const Table& table, const std::string& empty) const {
-    std::string text = table.rows.empty() ? empty + "\n" : table.text();
+    const auto screen = window();
+    std::string text = table.rows.empty() ? empty + "\n"
+                       : screen           ? table.text(screen->columns)
+                                          : table.text();
     text.pop_back();
     result(json, text);
 }
@@ -122,7 +78,9 @@ void Output::summary(const Json& json) const {
         if (!shown.empty())
             table.rows.push_back({label(name), shown});
     }
-    result(json, table, "");
+    std::string text = table.text();  // whole, as paths and addresses are there to be copied
+    text.pop_back();
+    result(json, text);
 }
 
 void Output::error(const std::exception& error) const {
@@ -142,15 +100,19 @@ void Output::prompt(const std::string& text) const {
     posix::writeAll(error_.get(), text);
 }
 
-void Output::transient(const std::string& text) const {
-    if (hasTerminal())
-        posix::writeAll(error_.get(), "\r\x1B[K" + displayable(text));
+void Output::transient(const std::string& text, const std::string& end) const {
+    if (!hasTerminal())
+        return;
+    std::string line = displayable(text);
+    if (const auto screen = windowOf(error_.get())) {
+        const std::size_t columns = screen->columns - 1;  // in the last one some terminals wrap
+        line = shortened(line, columns - std::min(columns, width(end)));
+    }
+    posix::writeAll(error_.get(), "\r\x1B[K" + line + end);
 }
 
-unsigned Output::columns(unsigned otherwise) const {
-    winsize size{};
-    const bool known = ::ioctl(output_.get(), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return known ? size.ws_col : otherwise;
+std::optional<Window> Output::window() const {
+    return windowOf(output_.get());
 }
 
 bool Output::hasTerminal() const {

@@ -2,9 +2,12 @@
 
 #include <exception>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "console/screen_text.h"
+#include "console/table.h"
 #include "posix/file_descriptor.h"
 
 namespace tavro::tools {
@@ -12,16 +15,10 @@ namespace tavro::tools {
 /// JSON whose members stay in the order given.
 using Json = nlohmann::ordered_json;
 
-/// `text` as it may go to a terminal: control characters and bytes that are no UTF-8 become U+FFFD.
-std::string displayable(const std::string& text);
-
-/// Rows of texts below headings, in columns aligned by their width on the screen.
-struct Table {
-    std::vector<std::string> headings;           ///< none for a table without
-    std::vector<std::vector<std::string>> rows;  ///< all as long as `headings`, if there are any
-
-    /// The table as lines, every one with its line end.
-    std::string text() const;
+/// What a terminal has room for.
+struct Window {
+    unsigned columns;
+    unsigned rows;  ///< 0 when it does not tell
 };
 
 /// A result of many alike: an object of each for a script, and a row of each for a person.
@@ -50,7 +47,8 @@ public:
     /// standard output takes it not.
     void result(const Json& json, const std::string& text) const;
 
-    /// Prints a result: `json` or `table`, or `empty` when the table has no rows.
+    /// Prints a result: `json` or `table`, cut to the width of a terminal, or `empty` when the
+    /// table has no rows.
     void result(const Json& json, const Table& table, const std::string& empty) const;
 
     /// Prints `listing`, or for a person `empty` when there is nothing in it.
@@ -59,7 +57,7 @@ public:
     }
 
     /// Prints a result that is a JSON object of plain values: for a person, a line for each
-    /// member that is not empty.
+    /// member that is not empty, whole on a terminal, too.
     void summary(const Json& json) const;
 
     /// Tells on standard error why the command failed; of a Failure all that it says.
@@ -68,9 +66,10 @@ public:
     /// Prints `text` on standard error as it is.
     void prompt(const std::string& text) const;
 
-    /// Shows `text` on a line of the terminal that the next text replaces; empty clears it.
-    /// Nothing when standard error is no terminal.
-    void transient(const std::string& text) const;
+    /// Shows `text` and `end` on a line of the terminal that the next text replaces; empty clears
+    /// it. Where they are too long for one line, `text` is shortened. Nothing when standard error
+    /// is no terminal.
+    void transient(const std::string& text, const std::string& end = {}) const;
 
     /// Whether results and errors are JSON.
     bool isJson() const { return json_; }
@@ -78,8 +77,8 @@ public:
     /// Whether `transient` shows anything.
     bool hasTerminal() const;
 
-    /// Columns of the terminal on standard output; `otherwise` when it is none.
-    unsigned columns(unsigned otherwise) const;
+    /// The window of the terminal on standard output; none when it is no terminal.
+    std::optional<Window> window() const;
 
     int standardOutput() const { return output_.get(); }
     int standardError() const { return error_.get(); }

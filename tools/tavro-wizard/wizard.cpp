@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "account/service_failure.h"
 #include "console/password_prompt.h"
 #include "program/failure.h"
 #include "session/account_keys.h"
@@ -28,9 +29,18 @@ constexpr const char* menu =
 const char* adviceFor(const Failure& failure) {
     if (failure.code.empty())
         return "Please choose again.";
+    if (isUnknownDevice(failure.code))
+        return "The shop does not know the device: quit, and run 'tavroctl register --renew'.";
     return "Check what you have entered. 1 is for an account that is there, 2 for a new one, 3 for "
-           "a lost\npassword. If the shop does not know the device, 'tavroctl register --renew' "
-           "registers it anew.";
+           "a lost\npassword.";
+}
+
+/// Why `text` cannot be an e-mail address; empty when it can.
+std::string whyNoAddress(const std::string& text) {
+    const std::size_t at = text.find('@');
+    const bool isOne = at != 0 && at < text.size() - 1 && text.rfind('@') == at &&
+                       text.find(' ') == std::string::npos;
+    return isOne ? "" : "an e-mail address is as ada@reader.example, without blanks";
 }
 
 }  // namespace
@@ -157,7 +167,9 @@ std::string Wizard::ask(const std::string& question, const std::string& proposal
 std::string Wizard::askSendable(const std::string& question, const std::string& key) const {
     for (;;) {
         std::string value = ask(question, account_.value(key));
-        const std::string reason = value.empty() ? "an answer is needed" : whyUnsendable(value);
+        std::string reason = value.empty() ? "an answer is needed" : whyUnsendable(value);
+        if (reason.empty() && key == account_keys::email)
+            reason = whyNoAddress(value);
         if (reason.empty())
             return value;
         say("Please enter it again: " + reason + ".");

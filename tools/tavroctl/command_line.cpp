@@ -28,7 +28,7 @@ std::string reasonOf(const CLI::ParseError& error, const CLI::App& app) {
 
 CommandLine::CommandLine()
     : app_(std::make_unique<CLI::App>(
-          "Works with the Tavro cloud book service as a reader's applications do")) {
+          "Works with the Tavro cloud book service as a reader's applications do", "tavroctl")) {
     app_->require_subcommand(1);
     app_->fallthrough();
     app_->set_version_flag("--version", "tavroctl " TAVRO_VERSION);
@@ -84,7 +84,14 @@ int CommandLine::run(int count, char** values) {
 void CommandLine::parse(int count, char** values) {
     // The parser sets nothing before all is right, but errors have to know.
     json_ = std::find(values, values + count, std::string("--json")) != values + count;
-    app_->parse(count, values);
+    std::vector<std::string> words(values + 1, values + count);
+    isAlone_ = words.empty();
+    if (!isAlone_ && words[0] == "help") {  // before a command, its help
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    std::reverse(words.begin(), words.end());  // the parser takes them from the end
+    app_->parse(std::move(words));
 }
 
 void CommandLine::chooseDevice() {
@@ -97,6 +104,8 @@ void CommandLine::tell(const std::exception& error, int status) const {
     const Output output("tavroctl", json_);
     if (status != exit_status::wrong_usage)
         return output.error(error);
+    if (isAlone_)
+        return output.prompt(std::string("tavroctl: ") + error.what() + "\n\n" + app_->help());
     const auto chosen = app_->get_subcommands();
     const std::string name = chosen.empty() ? "" : chosen[0]->get_name() + " ";
     output.error(Failure(error.what(), "see 'tavroctl " + name + "--help'"));

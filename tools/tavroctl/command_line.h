@@ -57,6 +57,7 @@ private:
     std::unique_ptr<CLI::App> app_;
     std::optional<std::string> device_;  // its folder
     bool json_ = false;
+    bool isAlone_ = false;  // without any word behind the program's name
     bool trace_ = false;
     Command command_;
     Streams streams_ = Streams::KeptFromLibrary;

@@ -51,11 +51,13 @@ std::string asPng(LecternBitmap& bitmap) {
     return content;
 }
 
-std::vector<std::string> asCharacters(LecternBitmap& bitmap, unsigned columns) {
+std::vector<std::string> asCharacters(LecternBitmap& bitmap, Window room) {
     const unsigned width = bitmap.width;
     const unsigned height = bitmap.height;
-    columns = std::clamp(columns, 1U, width);  // no more cells than pixels
-    const unsigned rows = std::clamp((columns * height + width) / (2 * width), 1U, height);
+    const unsigned widest = std::min(room.columns, 2 * room.rows * width / height);
+    const unsigned columns = std::clamp(widest, 1U, width);  // no more cells than pixels
+    const unsigned highest = std::min(room.rows, height);
+    const unsigned rows = std::clamp((columns * height + width) / (2 * width), 1U, highest);
     std::vector<std::string> lines(rows);
     for (unsigned row = 0; row < rows; ++row)
         for (unsigned column = 0; column < columns; ++column)

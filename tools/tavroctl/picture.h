@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "console/output.h"
+
 namespace tavro::tools {
 
 /// Releases a bitmap of the platform.
@@ -20,8 +22,8 @@ using Bitmap = std::unique_ptr<LecternBitmap, BitmapDeleter>;
 /// `bitmap` as the content of a PNG file of the same size, 8-bit grey. Throws Failure.
 std::string asPng(LecternBitmap& bitmap);
 
-/// `bitmap` as lines of at most `columns` characters (at least 1), one for each row of cells twice
-/// as high as wide, in proportion: the denser a character the lighter the picture.
-std::vector<std::string> asCharacters(LecternBitmap& bitmap, unsigned columns);
+/// `bitmap` as lines of characters that fit into `room` (at least 1x1), one for each row of cells
+/// twice as high as wide, in proportion: the denser a character the lighter the picture.
+std::vector<std::string> asCharacters(LecternBitmap& bitmap, Window room);
 
 }  // namespace tavro::tools

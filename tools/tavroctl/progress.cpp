@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 
 #include "transport/partial_file.h"
 
@@ -12,6 +13,15 @@ namespace tavro::tools {
 namespace {
 
 constexpr auto interval = std::chrono::milliseconds(200);
+
+/// `bytes` in the unit that suits them, as "1.5 MB".
+std::string inUnits(double bytes) {
+    char text[32];
+    const bool large = bytes >= 1e6;
+    std::snprintf(text, sizeof text, "%.*f %s", large ? 1 : 0, bytes / (large ? 1e6 : 1e3),
+                  large ? "MB" : "kB");
+    return text;
+}
 
 /// Size of the partial file of `folder` that was written last; 0 when there is none.
 std::uintmax_t partialSize(const fs::path& folder) {
@@ -53,10 +63,14 @@ DownloadProgress::~DownloadProgress() {
 }
 
 void DownloadProgress::watch() {
+    using Seconds = std::chrono::duration<double>;
+    const auto begin = std::chrono::steady_clock::now();
     std::unique_lock lock(mutex_);
     do {
-        const auto kilobytes = std::to_string(partialSize(folder_) / 1024);
-        output_.transient(label_ + "  " + kilobytes + " kB");
+        const auto bytes = static_cast<double>(partialSize(folder_));
+        const Seconds passed = std::chrono::steady_clock::now() - begin;
+        const double rate = passed < interval ? 0 : bytes / passed.count();
+        output_.transient(label_, "  " + inUnits(bytes) + "  " + inUnits(rate) + "/s");
     } while (!wake_.wait_for(lock, interval, [this] { return ended_; }));
 }
 

@@ -10,9 +10,9 @@
 
 namespace tavro::tools {
 
-/// Shows `label` and the growth of the download under way until it goes, when standard error is a
-/// terminal. A thread of its own watches the partial files of `folder`, since the library blocks
-/// the calling thread; `output` must outlive the object.
+/// Shows `label`, and size and rate of the download under way, until it goes, when standard error
+/// is a terminal. A thread of its own watches the partial files of `folder`, since the library
+/// blocks the calling thread; `output` must outlive the object.
 class DownloadProgress {
 public:
     DownloadProgress(const Output& output, std::filesystem::path folder, std::string label);

@@ -1,12 +1,20 @@
 #include "account/books.h"
 #include "account/catalogue.h"
+#include "account/files.h"
 #include "account/session.h"
+#include "platform/account_files.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/joined.h"
 
 namespace tavro::tools {
 
 namespace {
+
+/// The ISBN of `book`; the one of 13 digits where it has no other.
+const std::string& isbnOf(const BookDescription& book) {
+    const std::string& isbn = book.field(BookDescription::ISBN);
+    return isbn.empty() ? book.field(BookDescription::ISBN13) : isbn;
+}
 
 void listBooks(const Account& account, const Output& output) {
     const auto session = openSession(account, Need::Device);
@@ -18,7 +26,7 @@ void listBooks(const Account& account, const Output& output) {
                      {"title", book.field(BookDescription::Title)},
                      {"author", book.field(BookDescription::Artist)},
                      {"type", book.field(BookDescription::FileType)},
-                     {"isbn", book.field(BookDescription::ISBN)},
+                     {"isbn", isbnOf(book)},
                      {"cover", book.field(BookDescription::CoverArtImage)},
                      {"status", book.field(BookDescription::Status)},
                      {"files", files}},
@@ -26,7 +34,9 @@ void listBooks(const Account& account, const Output& output) {
                      book.field(BookDescription::Artist), book.field(BookDescription::FileType),
                      files.empty() ? "-" : joined(files, ", ")});
     }
-    output.list(listing, "There are no books yet. Next: tavroctl sync");
+    output.list(listing, exists(account.file(account_files::catalogue))
+                             ? "The service has no books for this account."
+                             : "There are no books yet. Next: tavroctl sync");
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
+#include <strings.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <utility>
 
@@ -18,6 +21,7 @@ namespace {
 constexpr int largest_side = 8192;
 constexpr const char* default_size = "300x400";
 constexpr unsigned columns_without_terminal = 60;
+constexpr unsigned no_limit = largest_side;
 
 struct Options {
     std::string file;
@@ -45,6 +49,15 @@ std::pair<int, int> sizeOf(const std::string& text) {
                      std::to_string(largest_side));
 }
 
+/// Sees that nobody takes `file` for another kind of picture than it will be. Throws UsageError.
+void requirePngName(const std::string& file) {
+    const std::string extension = std::filesystem::path(file).extension();
+    for (const char* other : {".jpg", ".jpeg", ".bmp", ".gif", ".webp"})
+        if (::strcasecmp(extension.c_str(), other) == 0)
+            throw UsageError("'" + file +
+                             "': the cover is written as a PNG; name it so, as cover.png");
+}
+
 /// The cover of the book file `path`, of at most `size` pixels. Throws Failure.
 Bitmap coverOf(const Account& account, const std::string& path, std::pair<int, int> size) {
     const BookRecord known(account, path);
@@ -56,9 +69,19 @@ Bitmap coverOf(const Account& account, const std::string& path, std::pair<int, i
     return bitmap;
 }
 
+/// The characters that a picture may take: what it says below, and the shell's next prompt, shall
+/// leave all of it in the window.
+Window roomOn(const Output& output) {
+    constexpr unsigned rows_below = 2;
+    Window room = output.window().value_or(Window{columns_without_terminal, 0});
+    room.rows = room.rows > rows_below ? room.rows - rows_below : no_limit;
+    return room;
+}
+
 void showCover(const Options& options, const Account& account, const Output& output) {
     if (options.outputFile.empty() && !options.ascii)
         throw UsageError("cover needs --output FILE.png, --ascii or both");
+    requirePngName(options.outputFile);
     const auto size = sizeOf(options.size);
     const std::string path = fullPath(account, options.file);
     const Bitmap bitmap = coverOf(account, path, size);
@@ -73,7 +96,7 @@ void showCover(const Options& options, const Account& account, const Output& out
         text += " in " + displayable(options.outputFile);
     }
     if (options.ascii) {
-        const auto lines = asCharacters(*bitmap, output.columns(columns_without_terminal));
+        const auto lines = asCharacters(*bitmap, roomOn(output));
         json["ascii"] = lines;
         text.insert(0, joined(lines, "\n") + "\n");
     }

@@ -9,6 +9,7 @@
 #include "account/catalogue.h"
 #include "account/service_failure.h"
 #include "account/session.h"
+#include "program/counted.h"
 #include "program/failure.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/joined.h"
@@ -88,8 +89,8 @@ std::optional<Failure> downloadEach(Tavro& session, const Account& account, cons
     const auto folder = account.downloadFolder();
     std::size_t number = 0;
     for (const auto& book : books) {
-        const std::string label = std::to_string(++number) + "/" + std::to_string(books.size()) +
-                                  " " + book.field(BookDescription::Title);
+        const std::string label = std::to_string(++number) + " of " + std::to_string(books.size()) +
+                                  "  " + book.field(BookDescription::Title);
         try {
             const DownloadProgress progress(output, folder, label);
             report.add(book, "downloaded", downloadBook(session, account, book));
@@ -97,8 +98,8 @@ std::optional<Failure> downloadEach(Tavro& session, const Account& account, cons
             report.add(book, "failed", failure.what());
             if (isDownloadPageReachable())
                 continue;
-            return noAnswer("the download stopped, with " + std::to_string(books.size() - number) +
-                                " books not tried",
+            return noAnswer("the download stopped, with " + counted(books.size() - number, "book") +
+                                " not tried",
                             downloadAddress());
         }
     }

@@ -11,6 +11,7 @@
 #include "console/confirmation.h"
 #include "device_root/device_root.h"
 #include "platform/device_paths.h"
+#include "program/counted.h"
 #include "program/failure.h"
 #include "tavro_client.h"
 #include "tavroctl/book_folder.h"
@@ -27,9 +28,9 @@ namespace {
 std::string whatGoes(const Account& account, std::size_t files) {
     const std::size_t pending = pendingChanges(account).size();
     const std::string lost =
-        pending == 0 ? "" : ", with " + std::to_string(pending) + " changes the service lacks";
+        pending == 0 ? "" : ", with " + counted(pending, "change") + " the service lacks";
     return "Log-out removes\n  the account's configuration folder " + account.folder() + lost +
-           "\n  " + std::to_string(files) + " files directly in the download folder " +
+           "\n  " + counted(files, "file") + " directly in the download folder " +
            account.downloadFolder().string() + "\n  the hidden files folder " +
            device_paths::hiddenFilesFolder() + "\n";
 }
@@ -70,7 +71,7 @@ void requireGone(const Account& account, const std::string& folder) {
         throw Failure("the configuration folder " + account.folder() + " is still there",
                       "check its permissions and run the same command again");
     if (const std::size_t undeleted = removedAtLogOut(folder).size(); undeleted > 0)
-        throw Failure(std::to_string(undeleted) + " files are still in " + folder,
+        throw Failure("log-out has left " + counted(undeleted, "file") + " in " + folder,
                       "check its permissions and remove them");
 }
 

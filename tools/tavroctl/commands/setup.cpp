@@ -12,6 +12,7 @@
 #include "console/confirmation.h"
 #include "device_root/device_root.h"
 #include "platform/device_paths.h"
+#include "program/counted.h"
 #include "program/failure.h"
 #include "server/built_in_settings.h"
 #include "server/connection_keys.h"
@@ -32,7 +33,7 @@ namespace tavro::tools {
 namespace {
 
 struct Options {
-    std::string service;
+    std::optional<std::string> service;
     Settings settings;  ///< those not given are empty
     bool force = false;
 };
@@ -135,7 +136,8 @@ std::optional<Failure> makeDownloadFolder(const Account& account, bool named) {
         fs::create_directories(folder);
     if (books == 0)
         return std::nullopt;
-    const std::string missing = std::to_string(books) + " books of the book map are missing";
+    const std::string missing =
+        counted(books, "book") + " of the book map " + (books == 1 ? "is" : "are") + " missing";
     if (named)
         return Failure(missing + " in the new folder " + folder,
                        "move the books there, or run 'tavroctl download --all'");
@@ -144,13 +146,14 @@ std::optional<Failure> makeDownloadFolder(const Account& account, bool named) {
 
 void setUp(const Options& options, Account& account, const Output& output) {
     const Settings settings = completed(account, options.settings);
+    const Settings server = options.service ? serverSettings(*options.service) : Settings{};
     const bool named = !options.settings.at(account_keys::download_folder).empty();
     if (named)
         requireBookFolder(account, settings.at(account_keys::download_folder), options.force,
                           output);
     makeDevice();
-    if (!options.service.empty())
-        storeServerSettings(serverSettings(options.service));
+    if (!server.empty())
+        storeServerSettings(server);
 
     fs::create_directories(account.folder());
     const std::string formerEmail = account.value(account_keys::email);

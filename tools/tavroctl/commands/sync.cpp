@@ -10,6 +10,7 @@
 #include "account/round_record.h"
 #include "account/session.h"
 #include "platform/device_paths.h"
+#include "program/counted.h"
 #include "program/failure.h"
 #include "tavro_client.h"
 #include "tavroctl/command_line.h"
@@ -70,7 +71,7 @@ void sync(const Account& account, const Output& output) {
     const std::size_t deleted = session->server->getDeletedBooks().size();
     output.result(
         {{"books", books}, {"deleted", deleted}, {"serverTime", session->server->serverTime}},
-        std::to_string(books) + " books in the catalogue, " + std::to_string(deleted) +
+        counted(books, "book") + " in the catalogue, " + std::to_string(deleted) +
             " deleted by the service. Next: tavroctl books, tavroctl download --all");
 }
 

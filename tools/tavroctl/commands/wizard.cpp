@@ -7,6 +7,7 @@
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
 #include "program/failure.h"
+#include "program/run_program.h"
 #include "tavro_client.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
@@ -17,10 +18,12 @@ namespace tavro::tools {
 namespace {
 
 /// Waits until the started program has ended. Whoever takes its status, this does not.
-void waitForProgram() {
+/// @return its exit status, or -1 if it has none.
+int waitForProgram() {
     siginfo_t ended{};
     while (::waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR)
         continue;
+    return ended.si_code == CLD_EXITED ? ended.si_status : -1;
 }
 
 void runWizard(const Account& account, const Output& output) {
@@ -33,7 +36,10 @@ void runWizard(const Account& account, const Output& output) {
     if (client.StartLoginWizard() < 0)
         throw Failure("the login wizard cannot be started",
                       "run 'tavroctl setup' again, which links it to its place");
-    waitForProgram();
+    if (waitForProgram() == exit_status::wrong_usage)
+        throw UsageError(
+            "the login wizard needs a terminal on standard input; without one there is "
+            "'tavroctl login --password-stdin'");
     if (!client.IsLoggedIn())
         throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
     printLoggedIn(Account(account.folder()), output);  // as the wizard has left it
