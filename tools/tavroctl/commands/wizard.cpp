@@ -1,4 +1,5 @@
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -7,7 +8,6 @@
 #include "console/quiet_library.h"
 #include "platform/device_paths.h"
 #include "program/failure.h"
-#include "program/run_program.h"
 #include "tavro_client.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
@@ -18,12 +18,10 @@ namespace tavro::tools {
 namespace {
 
 /// Waits until the started program has ended. Whoever takes its status, this does not.
-/// @return its exit status, or -1 if it has none.
-int waitForProgram() {
+void waitForProgram() {
     siginfo_t ended{};
     while (::waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR)
         continue;
-    return ended.si_code == CLD_EXITED ? ended.si_status : -1;
 }
 
 void runWizard(const Account& account, const Output& output) {
@@ -33,13 +31,14 @@ void runWizard(const Account& account, const Output& output) {
         divertedFromResult.emplace(output, true);
     std::signal(SIGINT, [](int) {});  // Ctrl-C is for the wizard, in which this handler is reset
     TavroClient client;
-    if (client.StartLoginWizard() < 0)
-        throw Failure("the login wizard cannot be started",
-                      "run 'tavroctl setup' again, which links it to its place");
-    if (waitForProgram() == exit_status::wrong_usage)
+    if (::isatty(STDIN_FILENO) == 0)
         throw UsageError(
             "the login wizard needs a terminal on standard input; without one there is "
             "'tavroctl login --password-stdin'");
+    if (client.StartLoginWizard() < 0)
+        throw Failure("the login wizard cannot be started",
+                      "run 'tavroctl setup' again, which links it to its place");
+    waitForProgram();
     if (!client.IsLoggedIn())
         throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
     printLoggedIn(Account(account.folder()), output);  // as the wizard has left it
