@@ -38,7 +38,8 @@ protected:
     std::string coverOf(const std::string& file, const std::string& extension) const {
         for (const auto& entry : done({"map"}))
             if (entry["file"] == file)
-                return root.configuration() + "/covers/" + entry["item"].dump() + extension;
+                return root.configuration() + "/covers/" + entry["item"].get<std::string>() +
+                       extension;
         return {};
     }
 
@@ -49,7 +50,7 @@ protected:
 
 TEST_F(BrowserCommands, InfoAndStatusTakeNamesAndPaths) {
     downloadBooks();
-    const std::string item = done({"map"})[0]["item"].dump();
+    const std::string item = done({"map"})[0]["item"];
     writeFile(filePath("7.file"), item + "\n");
     writeFile(filePath("8.file"), "999\n");
     std::ofstream list(root.file(account_files::download_list));

@@ -56,10 +56,11 @@ TEST_F(Tavroctl, ReplacedBookWaitsInTheJournalUntilReplayed) {
 
     const json replayed = done({"replay"});
     EXPECT_EQ("second-2.txt", replayed["uploaded"][0]["new"]);
+    EXPECT_EQ(true, replayed["uploaded"][0]["uploaded"]);
     EXPECT_EQ(0U, done({"journal"}).size());
     const json map = done({"map"});
     EXPECT_EQ("second-2.txt", map[1]["file"]);
-    const json again = done({"download", std::to_string(map[1]["item"].get<int>())});
+    const json again = done({"download", map[1]["item"]});
     EXPECT_EQ("The second book, corrected.\n", book(again[0]["detail"]));
 }
 

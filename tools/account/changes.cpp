@@ -41,7 +41,7 @@ void replay(Tavro& session, const Account& account, ReplayJournal& journal, cons
     else if (isWaitingForFile(account, change))
         result.waiting.push_back(change);
     else if (replayAlone(session, account, journal, change, map))
-        result.uploaded.push_back(change);
+        result.uploaded.push_back({change.oldName, change.newName, true});
     else
         result.kept.push_back(change);
 }

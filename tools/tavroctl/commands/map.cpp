@@ -12,8 +12,9 @@ void showMap(const Account& account, const Output& output) {
     Listing listing{"FILE", "ITEM", "STATE"};
     for (const auto& [name, item] : mappedFiles(account)) {
         const bool present = isRegularFile(folder + name);
-        listing.add({{"file", name}, {"item", item}, {"present", present}},
-                    {name, std::to_string(item), present ? "present" : "missing"});
+        const std::string number = std::to_string(item);
+        listing.add({{"file", name}, {"item", number}, {"present", present}},
+                    {name, number, present ? "present" : "missing"});
     }
     const std::string step = missingStep(account);
     output.list(listing, "No files are mapped yet. Next: " +
