@@ -18,8 +18,8 @@ std::optional<FileStatus> told(long outcome, const struct stat& status) {
 }  // namespace
 
 #if defined(SYS_stat64) && defined(__GLIBC__) && !defined(__USE_TIME_BITS64)
-// A 32-bit machine whose dates end in 2038. The C library would check the dates, by calls that those of old devices do not
-// have; the system itself fills the same record and cuts them.
+// A 32-bit machine whose dates end in 2038. The C library would check the dates, by calls that
+// those of old devices do not have; the system itself fills the same record and cuts them.
 static_assert(sizeof(off_t) == 8 && sizeof(time_t) == 4);
 
 std::optional<FileStatus> statusOf(int descriptor) {
