@@ -31,15 +31,16 @@ void runWizard(const Account& account, const Output& output) {
         divertedFromResult.emplace(output, true);
     std::signal(SIGINT, [](int) {});  // Ctrl-C is for the wizard, in which this handler is reset
     TavroClient client;
-    if (::isatty(STDIN_FILENO) == 0)
-        throw UsageError(
-            "the login wizard needs a terminal on standard input; without one there is "
-            "'tavroctl login --password-stdin'");
     if (client.StartLoginWizard() < 0)
         throw Failure("the login wizard cannot be started",
                       "run 'tavroctl setup' again, which links it to its place");
     waitForProgram();
-    if (!client.IsLoggedIn())
+    const bool isLoggedIn = client.IsLoggedIn();
+    if (!isLoggedIn && ::isatty(STDIN_FILENO) == 0)  // where a wizard of another kind needs none
+        throw UsageError(
+            "nobody is logged in; without a terminal on standard input there is 'tavroctl login "
+            "--password-stdin'");
+    if (!isLoggedIn)
         throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
     printLoggedIn(Account(account.folder()), output);  // as the wizard has left it
 }
