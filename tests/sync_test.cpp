@@ -149,6 +149,15 @@ TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
     EXPECT_EQ(statusOf(start()), 1);
     EXPECT_EQ(outcome(), "failed");
     EXPECT_THAT(tavro::tools::lastRound(account).problems, ElementsAre(HasSubstr("2009")));
+    for (const std::string& name : books)
+        fs::remove(device.syncFolder() + "/" + name);
+    const std::string settings = readFile(device_paths::serverSettings());
+    writeFile(device_paths::serverSettings(), settings + "downloadPort=1\n");
+    EXPECT_EQ(statusOf(start()), 1);
+    EXPECT_THAT(tavro::tools::lastRound(account).problems,
+                ElementsAre(HasSubstr("did not get"), HasSubstr("no answer from 127.0.0.1:1")));
+    writeFile(device_paths::serverSettings(), settings);
+    ASSERT_TRUE(round());
     service.stop();
     EXPECT_EQ(statusOf(start()), 1);
     EXPECT_EQ(readFile(account.file(account_files::catalogue)), catalogue);

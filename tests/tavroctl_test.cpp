@@ -77,7 +77,7 @@ TEST_F(Tavroctl, InterruptedReplayKeepsTheChanges) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ::kill(replay, SIGINT);
     EXPECT_EQ(-SIGINT, statusOf(replay));
-    EXPECT_THAT(readFile(folder / "err"), HasSubstr("interrupted: 1 changes stay pending"));
+    EXPECT_THAT(readFile(folder / "err"), HasSubstr("interrupted: 1 change stays pending"));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4));
     const json journal = done({"journal"});
     ASSERT_EQ(1U, journal.size());
@@ -318,7 +318,8 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         {{"replace", "only-one.txt"}, ""},
         {{"download"}, ""},
         {{"download", "1", "--all"}, "--all"},
-        {{"setup", "--email", "a&b"}, "&"},
+        {{"setup", "--email", "a&b@reader.example"}, "&"},
+        {{"setup", "--email", "bad address"}, "without blanks"},
         {{"setup", "--service", ""}, "'' is no service address"},
         {{"setup", "--service", "https://127.0.0.1"}, ""},
         {{"setup", "--service", "http://127.0.0.1:65536"}, ""},

@@ -50,6 +50,15 @@ std::string whyUnsendable(const std::string& text) {
     return {};
 }
 
+std::string whyNoAddress(const std::string& text) {
+    if (std::string reason = whyUnsendable(text); !reason.empty())
+        return reason;
+    const std::size_t at = text.find('@');
+    const bool isOne = at != 0 && at < text.size() - 1 && text.rfind('@') == at &&
+                       text.find(' ') == std::string::npos;
+    return isOne ? "" : "an e-mail address is as ada@reader.example, without blanks";
+}
+
 void openAccount(const Account& account, const std::string& password) {
     const auto session = openSession(account, Need::Device);
     if (!session->createUser(password))

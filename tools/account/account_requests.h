@@ -16,6 +16,9 @@ bool registerDevice(Account& account, bool renew);
 /// when it can.
 std::string whyUnsendable(const std::string& text);
 
+/// Why `text` cannot be the e-mail address of an account; empty when it can.
+std::string whyNoAddress(const std::string& text);
+
 /// Opens an account with the configured e-mail address and names.
 void openAccount(const Account& account, const std::string& password);
 

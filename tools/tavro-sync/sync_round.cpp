@@ -8,8 +8,10 @@
 #include "account/changes.h"
 #include "account/files.h"
 #include "account/round_record.h"
+#include "account/service_failure.h"
 #include "account/session.h"
 #include "platform/account_files.h"
+#include "program/counted.h"
 #include "program/failure.h"
 #include "session/account_keys.h"
 #include "tavro-sync/deleted_books.h"
@@ -131,7 +133,7 @@ void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescriptio
             continue;
         requireAccount();
         fetchCover(book);
-        if (missing_.count(itemNumber(book)) > 0)
+        if (missing_.count(itemNumber(book)) > 0 && !isServiceGone_)
             download(session, book);
     }
     requireAccount();
@@ -144,7 +146,10 @@ void SyncRound::download(Tavro& session, const BookDescription& book) {
     try {
         name = downloadBook(session, account_, book);
     } catch (const Failure& failure) {
-        return fail("did not get " + nameOf(book) + ": " + failure.what());
+        fail("did not get " + nameOf(book) + ": " + failure.what());
+        if (!isDownloadPageReachable())
+            giveUp();
+        return;
     }
     std::error_code ignored;
     if (!isStillLoggedIn())  // a log-out takes the books with it, the one on its way as well
@@ -155,6 +160,12 @@ void SyncRound::download(Tavro& session, const BookDescription& book) {
     missing_.erase(itemNumber(book));
     placeholders_.remove(itemNumber(book));
     updateList(false);
+}
+
+void SyncRound::giveUp() {
+    isServiceGone_ = true;
+    fail("the downloads stop, with " + counted(missing_.size(), "book") +
+         " missing: no answer from " + downloadAddress());
 }
 
 void SyncRound::fetchCover(const BookDescription& book) {

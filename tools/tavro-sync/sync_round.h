@@ -24,7 +24,8 @@ namespace tavro::tools {
 ///         |
 ///     announce what is missing         placeholders, download list
 ///         |
-///     for each missing book:           a book that fails does not stop the others
+///     for each missing book:           a book that fails does not stop the others,
+///         |                        unless the service is gone
 ///         cover, book file, then placeholder and list entry go
 ///         |
 ///     covers that other books lack
@@ -49,6 +50,9 @@ private:
     void announce(const std::vector<BookDescription>& books);
     void downloadMissing(Tavro& session, const std::vector<BookDescription>& books);
     void download(Tavro& session, const BookDescription& book);
+
+    /// Has the round ask for no more book: nobody answers, and each would wait for that anew.
+    void giveUp();
     void fetchCover(const BookDescription& book);
     void placeMissing();
     void updateList(bool now);
@@ -69,6 +73,7 @@ private:
     std::chrono::steady_clock::time_point listed_;
     std::vector<std::string> problems_;
     std::size_t downloaded_ = 0;
+    bool isServiceGone_ = false;
 };
 
 }  // namespace tavro::tools

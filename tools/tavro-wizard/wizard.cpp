@@ -35,14 +35,6 @@ const char* adviceFor(const Failure& failure) {
            "a lost\npassword.";
 }
 
-/// Why `text` cannot be an e-mail address; empty when it can.
-std::string whyNoAddress(const std::string& text) {
-    const std::size_t at = text.find('@');
-    const bool isOne = at != 0 && at < text.size() - 1 && text.rfind('@') == at &&
-                       text.find(' ') == std::string::npos;
-    return isOne ? "" : "an e-mail address is as ada@reader.example, without blanks";
-}
-
 }  // namespace
 
 bool Wizard::run() {
@@ -167,9 +159,9 @@ std::string Wizard::ask(const std::string& question, const std::string& proposal
 std::string Wizard::askSendable(const std::string& question, const std::string& key) const {
     for (;;) {
         std::string value = ask(question, account_.value(key));
-        std::string reason = value.empty() ? "an answer is needed" : whyUnsendable(value);
-        if (reason.empty() && key == account_keys::email)
-            reason = whyNoAddress(value);
+        const std::string reason = value.empty()                ? "an answer is needed"
+                                   : key == account_keys::email ? whyNoAddress(value)
+                                                                : whyUnsendable(value);
         if (reason.empty())
             return value;
         say("Please enter it again: " + reason + ".");

@@ -18,6 +18,13 @@ void addSendable(CLI::App& command, const std::string& name, std::string& text,
         ->option_text("TEXT");
 }
 
+void addEmailAddress(CLI::App& command, const std::string& name, std::string& text,
+                     const std::string& description) {
+    command.add_option(name, text, description)
+        ->check(CLI::Validator(whyNoAddress, ""))
+        ->option_text("TEXT");
+}
+
 void addPasswordOption(CLI::App& command, bool& fromStandardInput) {
     addFlag(command, "--password-stdin", fromStandardInput,
             "Take the password from the first line of standard input");

@@ -19,6 +19,10 @@ void addFlag(CLI::App& command, const std::string& name, bool& isSet,
 void addSendable(CLI::App& command, const std::string& name, std::string& text,
                  const std::string& description);
 
+/// Adds an option whose text is the e-mail address of an account.
+void addEmailAddress(CLI::App& command, const std::string& name, std::string& text,
+                     const std::string& description);
+
 /// Adds --password-stdin.
 void addPasswordOption(CLI::App& command, bool& fromStandardInput);
 

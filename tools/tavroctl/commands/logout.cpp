@@ -87,12 +87,14 @@ void logOut(bool confirmed, const Account& account, const Output& output) {
     requireGone(account, folder);
 
     const auto left = namesIn(folder);
-    const std::string rest =
-        left.empty() ? "nothing" : std::to_string(left.size()) + " subfolders and hidden files";
+    const std::string rest = left.empty() ? "nothing"
+                             : left.size() == 1
+                                 ? "1 subfolder or hidden file"
+                                 : std::to_string(left.size()) + " subfolders and hidden files";
     output.result({{"loggedOut", true}, {"removed", files}, {"left", left}},
                   "Logged out. The account is gone" +
                       (folder.empty() ? "."
-                                      : ", and " + std::to_string(files) + " files of " + folder +
+                                      : ", and " + counted(files, "file") + " of " + folder +
                                             ", where " + rest + " stays."));
 }
 

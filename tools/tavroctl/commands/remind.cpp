@@ -28,7 +28,7 @@ void addRemind(CommandLine& commandLine) {
     const auto email = std::make_shared<std::string>();
     CLI::App& command = commandLine.add("remind", "Have a password reminder sent",
                                         "remind ada@reader.example", withOptions(remind, email));
-    addSendable(command, "EMAIL", *email, "Address (default: the configured one)");
+    addEmailAddress(command, "EMAIL", *email, "Address (default: the configured one)");
 }
 
 }  // namespace tavro::tools

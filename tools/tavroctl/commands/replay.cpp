@@ -2,6 +2,7 @@
 #include "account/books.h"
 #include "account/changes.h"
 #include "account/session.h"
+#include "program/counted.h"
 #include "tavroctl/change_report.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/retry_pauses.h"
@@ -10,6 +11,10 @@ namespace tavro::tools {
 
 namespace {
 
+std::string staying(const std::vector<Change>& kept) {
+    return counted(kept.size(), "change") + (kept.size() == 1 ? " stays" : " stay") + " pending";
+}
+
 /// Replays, telling when a signal has cut the pauses short.
 ReplayResult replayWithPauses(Tavro& session, const Account& account, const Output& output) {
     RetryPauses pauses(output, session);
@@ -17,8 +22,7 @@ ReplayResult replayWithPauses(Tavro& session, const Account& account, const Outp
                                 [&](const Change& change) { pauses.beginUpload(change.newName); });
     if (pauses.areInterrupted())  // the signal ends the program when `pauses` goes
         output.error(
-            Failure("interrupted: " + std::to_string(result.kept.size()) + " changes stay pending",
-                    "run 'tavroctl replay' again"));
+            Failure("interrupted: " + staying(result.kept), "run 'tavroctl replay' again"));
     return result;
 }
 
@@ -30,7 +34,9 @@ void addRows(Table& table, const std::vector<Change>& changes, const char* resul
 /// Throws the Failure that only changes without their new files are left, `count` of them.
 [[noreturn]] void throwWaiting(const Account& account, std::size_t count) {
     requireDownloadFolder(account);  // else no file is there, and nothing is to be given up
-    throw Failure(std::to_string(count) + " changes are set aside: their new files are not there",
+    throw Failure(count == 1 ? "1 change is set aside: its new file is not there"
+                             : std::to_string(count) +
+                                   " changes are set aside: their new files are not there",
                   "bring the new files back into " + account.downloadFolder().string() +
                       ", or give a change up with 'tavroctl drop OLD'; see 'tavroctl journal'");
 }
@@ -50,7 +56,7 @@ void replay(const Account& account, const Output& output) {
                    {"waiting", asJson(result.waiting)}},
                   table, "No changes were pending.");
     if (!result.kept.empty())
-        throw uploadFailure(*session, std::to_string(result.kept.size()) + " changes stay pending");
+        throw uploadFailure(*session, staying(result.kept));
     if (!result.waiting.empty())
         throwWaiting(account, result.waiting.size());
 }

@@ -183,7 +183,8 @@ void addSetup(CommandLine& commandLine) {
     const auto add = [&](const char* name, const char* key, const char* description) {
         addSendable(command, name, options->settings[key], description);
     };
-    add("--email", account_keys::email, "E-mail address of the account");
+    addEmailAddress(command, "--email", options->settings[account_keys::email],
+                    "E-mail address of the account");
     add("--first-name", account_keys::first_name, "First name, sent by signup");
     add("--last-name", account_keys::last_name, "Last name, sent by signup");
     add("--serial", account_keys::serial_number, "Serial number (default: a random one)");
