@@ -201,9 +201,11 @@ TEST_F(BrowserCommands, WaitedForRoundEndsWithItsStatusWhichStatusShows) {
     EXPECT_EQ("", done({"status"})["lastRound"]);
     done(round);
     EXPECT_EQ("done", done({"status"})["lastRound"]);
-    service.inject("SysnWithCloud:code=2009,times=1");
-    EXPECT_THAT(failed(round)["error"], HasSubstr("the service answered 2009"));
-    EXPECT_THAT(done({"status"})["lastRoundProblems"][0], HasSubstr("2009"));
+    service.inject("SysnWithCloud:code=2006,times=1");
+    const json refused = failed(round);
+    EXPECT_THAT(refused["error"], HasSubstr("the service answered 2006"));
+    EXPECT_THAT(refused["advice"], HasSubstr("tavroctl register --renew"));
+    EXPECT_THAT(done({"status"})["lastRoundProblems"][0], HasSubstr("2006"));
     EXPECT_THAT(run({"status"}).out, HasSubstr("Last round           failed"));
 
     service.inject("SysnWithCloud:delay=600");

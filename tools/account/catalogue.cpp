@@ -48,6 +48,15 @@ const std::vector<BookDescription>& catalogueOf(const Tavro& session, const Acco
     return session.getAddedBooks();               // it may have failed once only
 }
 
+bool isSynchronised(const Account& account) {
+    return exists(account.file(account_files::catalogue));
+}
+
+std::string whyNoBooks(const Account& account) {
+    return isSynchronised(account) ? "The service has no books for this account."
+                                   : "There are no books yet. Next: tavroctl sync";
+}
+
 int itemNumber(const BookDescription& book) {
     return session::itemNumber(book.field(BookDescription::ItemID));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "account/account.h"
@@ -13,6 +14,12 @@ void synchronise(Tavro& session, const Account& account);
 /// The books of the last catalogue: `Tavro::getAddedBooks`, which also answers with none when it
 /// cannot read the saved one. Throws Failure then.
 const std::vector<BookDescription>& catalogueOf(const Tavro& session, const Account& account);
+
+/// Whether a catalogue has ever been fetched for `account`.
+bool isSynchronised(const Account& account);
+
+/// What to tell where the catalogue of `account` has no book.
+std::string whyNoBooks(const Account& account);
 
 /// The item ID of `book` as the book map has it; 0 where the text is no number.
 int itemNumber(const BookDescription& book);

@@ -35,10 +35,12 @@ std::string localTime() {
 }
 
 /// The content of a record of a round of this process.
-std::string recordOf(const char* outcome, const std::vector<std::string>& problems) {
+std::string recordOf(const char* outcome, const std::vector<std::string>& problems,
+                     const std::string& advice) {
     return Json{{"outcome", outcome},
                 {"time", localTime()},
                 {"problems", problems},
+                {"advice", advice},
                 {"process", ::getpid()}}
                .dump(-1, ' ', false, Json::error_handler_t::replace) +
            "\n";
@@ -49,11 +51,11 @@ LastRound parsed(const std::string& content) {
     const Json json = Json::parse(content);
     LastRound round{json.at("outcome").get<std::string>(), json.at("time").get<std::string>(),
                     json.at("problems").get<std::vector<std::string>>(),
-                    json.at("process").get<pid_t>()};
+                    json.at("advice").get<std::string>(), json.at("process").get<pid_t>()};
     for (const char* known : {round_outcome::running, round_outcome::done, round_outcome::failed})
         if (round.outcome == known)
             return round;
-    return {round_outcome::unknown, "", {}, 0};
+    return {round_outcome::unknown, "", {}, "", 0};
 }
 
 }  // namespace
@@ -70,14 +72,14 @@ LastRound lastRound(const Account& account) {
             round.outcome = round_outcome::interrupted;
         return round;
     } catch (const std::exception&) {  // in words that help nobody: the next round replaces it
-        return {round_outcome::unknown, "", {}, 0};
+        return {round_outcome::unknown, "", {}, "", 0};
     }
 }
 
 RoundRecord::RoundRecord(const Account& account) : path_(account.file(own_files::round_record)) {
     try {
         posix::TemporaryFile record(account.file(std::string(posix::replacement_prefix)), path_);
-        record.write(recordOf(round_outcome::running, {}));
+        record.write(recordOf(round_outcome::running, {}, ""));
         running_ = posix::FileDescriptor(::fcntl(record.descriptor(), F_DUPFD_CLOEXEC, 0));
         record.renameTo(path_);  // with the lock, which lasts as long as the duplicate
     } catch (const std::system_error& error) {
@@ -85,7 +87,7 @@ RoundRecord::RoundRecord(const Account& account) : path_(account.file(own_files:
     }
 }
 
-void RoundRecord::end(std::vector<std::string> problems) const {
+void RoundRecord::end(std::vector<std::string> problems, const std::string& advice) const {
     const char* const outcome = problems.empty() ? round_outcome::done : round_outcome::failed;
     if (problems.size() > most_problems) {
         const std::size_t others = problems.size() - most_problems;
@@ -93,7 +95,7 @@ void RoundRecord::end(std::vector<std::string> problems) const {
         problems.push_back("and " + std::to_string(others) + " more");
     }
     try {
-        replaceFile(path_, recordOf(outcome, problems));
+        replaceFile(path_, recordOf(outcome, problems, advice));
     } catch (const Failure&) {  // what is recorded already says enough once this process is gone
         return;
     }

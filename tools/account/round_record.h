@@ -26,6 +26,7 @@ struct LastRound {
     std::string outcome;                ///< see round_outcome; empty: there was none
     std::string time;                   ///< when it ended, or began if it has no end
     std::vector<std::string> problems;  ///< why it failed
+    std::string advice;                 ///< what to try then; may be empty
     pid_t process = 0;                  ///< that ran it
 };
 
@@ -41,8 +42,9 @@ public:
     explicit RoundRecord(const Account& account);
 
     /// Records that the round has ended, and failed if there are `problems`, of which the first few
-    /// are kept. One that cannot be recorded counts as interrupted.
-    void end(std::vector<std::string> problems) const;
+    /// are kept, with the `advice` that they call for. One that cannot be recorded counts as
+    /// interrupted.
+    void end(std::vector<std::string> problems, const std::string& advice) const;
 
 private:
     std::string path_;

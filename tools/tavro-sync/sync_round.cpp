@@ -57,13 +57,14 @@ bool SyncRound::run() {
         requireDownloadFolder(account_);
         synchroniseWith(*session);
     } catch (const std::exception& error) {
+        const auto* failure = dynamic_cast<const Failure*>(&error);
         if (isStillLoggedIn())
-            record.end({error.what()});
+            record.end({error.what()}, failure != nullptr ? failure->advice : "");
         else
             cleanUp();
         throw;
     }
-    record.end(problems_);
+    record.end(problems_, "");
     log_.note("the round ends: " + std::to_string(downloaded_) + " downloaded, " +
               std::to_string(missing_.size()) + " missing, " + std::to_string(problems_.size()) +
               " failures");

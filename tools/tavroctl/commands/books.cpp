@@ -1,8 +1,6 @@
 #include "account/books.h"
 #include "account/catalogue.h"
-#include "account/files.h"
 #include "account/session.h"
-#include "platform/account_files.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/joined.h"
 
@@ -34,9 +32,7 @@ void listBooks(const Account& account, const Output& output) {
                      book.field(BookDescription::Artist), book.field(BookDescription::FileType),
                      files.empty() ? "-" : joined(files, ", ")});
     }
-    output.list(listing, exists(account.file(account_files::catalogue))
-                             ? "The service has no books for this account."
-                             : "There are no books yet. Next: tavroctl sync");
+    output.list(listing, whyNoBooks(account));
 }
 
 }  // namespace

@@ -59,12 +59,12 @@ struct Report {
                     {item, title, result + ": " + detail});
     }
 
-    void print(const Output& output) {
+    void print(const Account& account, const Output& output) {
         const auto count = [this](const char* result) {
             return std::to_string(counts[result]) + " " + result;
         };
         if (listing.table.rows.empty())
-            return output.list(listing, "There are no books to download. Next: tavroctl sync");
+            return output.list(listing, whyNoBooks(account));
         output.result(listing.json, listing.table.text() + count("downloaded") + ", " +
                                         count("present") + ", " + count("failed"));
     }
@@ -117,7 +117,7 @@ void download(const Options& options, const Account& account, const Output& outp
     const Books books =
         options.all ? missing(account, catalogue, report) : chosen(options.items, catalogue);
     const auto down = downloadEach(*session, account, output, books, report);
-    report.print(output);
+    report.print(account, output);
     if (down)
         throw *down;
     if (const std::size_t failures = report.counts["failed"]; failures > 0)

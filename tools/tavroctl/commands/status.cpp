@@ -77,7 +77,7 @@ void showStatus(const Account& account, const Output& output) {
                     {"next", !step.empty()                       ? step
                              : running                           ? "tavroctl status"
                              : changes.waiting < changes.pending ? "tavroctl replay"
-                             : books.empty()                     ? "tavroctl sync"
+                             : !isSynchronised(account)          ? "tavroctl sync"
                              : !complete                         ? "tavroctl download --all"
                              : changes.waiting > 0               ? "tavroctl journal"
                                                                  : ""}});

@@ -43,10 +43,12 @@ void waitForRound(const Account& account, const std::string& log) {
             throw AlreadyRunning();
         return;
     }
-    throw Failure(
-        "the round failed" +
-            (isRecorded && !round.problems.empty() ? ": " + joined(round.problems, "; ") : ""),
-        "see " + log + " and 'tavroctl status', run the same command again");
+    const std::string reason =
+        isRecorded && !round.problems.empty() ? ": " + joined(round.problems, "; ") : "";
+    throw Failure("the round failed" + reason,
+                  isRecorded && !round.advice.empty()
+                      ? round.advice
+                      : "see " + log + " and 'tavroctl status', run the same command again");
 }
 
 void syncInBackground(const Options& options, const Account& account, const Output& output) {
