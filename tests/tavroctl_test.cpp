@@ -390,7 +390,7 @@ TEST_F(Tavroctl, WizardHasTheTerminalAndIsWaitedFor) {
     terminal.type("abc\n");
     terminal.expect("Logged in");
     EXPECT_EQ(0, terminal.wait());
-    const Outcome scripted = run({"wizard", "--json"}, "abc\n");
+    const Outcome scripted = run({"wizard", "--json"}, "def\n");
     EXPECT_EQ(true, json::parse(scripted.out)["loggedIn"]) << "the wizard's text is no result";
     EXPECT_EQ("Token? ", scripted.err);
 

@@ -5,9 +5,12 @@
 #include <csignal>
 #include <optional>
 
+#include "account/files.h"
 #include "console/quiet_library.h"
+#include "platform/account_files.h"
 #include "platform/device_paths.h"
 #include "program/failure.h"
+#include "session/account_keys.h"
 #include "tavro_client.h"
 #include "tavroctl/account_steps.h"
 #include "tavroctl/command_line.h"
@@ -24,6 +27,12 @@ void waitForProgram() {
         continue;
 }
 
+/// What tells one login from the next.
+std::string loginOf(const Account& account) {
+    const auto marker = contentOf(account.file(account_files::login_marker));
+    return Account(account.folder()).value(account_keys::session) + "\n" + marker.value_or("");
+}
+
 void runWizard(const Account& account, const Output& output) {
     requireApplication(device_paths::wizardApplication());
     std::optional<QuietLibrary> divertedFromResult;
@@ -31,16 +40,16 @@ void runWizard(const Account& account, const Output& output) {
         divertedFromResult.emplace(output, true);
     std::signal(SIGINT, [](int) {});  // Ctrl-C is for the wizard, in which this handler is reset
     TavroClient client;
+    const std::string before = loginOf(account);
     if (client.StartLoginWizard() < 0)
         throw Failure("the login wizard cannot be started",
                       "run 'tavroctl setup' again, which links it to its place");
     waitForProgram();
-    const bool isLoggedIn = client.IsLoggedIn();
-    if (!isLoggedIn && ::isatty(STDIN_FILENO) == 0)  // where a wizard of another kind needs none
+    if (::isatty(STDIN_FILENO) == 0 && loginOf(account) == before)  // another's may need none
         throw UsageError(
-            "nobody is logged in; without a terminal on standard input there is 'tavroctl login "
-            "--password-stdin'");
-    if (!isLoggedIn)
+            "the wizard has logged nobody in; without a terminal on standard input there is "
+            "'tavroctl login --password-stdin'");
+    if (!client.IsLoggedIn())
         throw Failure("nobody is logged in", "run 'tavroctl wizard' again, or 'tavroctl login'");
     printLoggedIn(Account(account.folder()), output);  // as the wizard has left it
 }
