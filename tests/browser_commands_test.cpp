@@ -197,6 +197,7 @@ TEST_F(BrowserCommands, DevicesLieSideBySide) {
 
 TEST_F(BrowserCommands, WaitedForRoundEndsWithItsStatusWhichStatusShows) {
     downloadBooks();
+    installApplication("tavro_sync.app", "exec " TAVRO_TEST_SYNC_APPLICATION);
     const Words round{"sync", "--background", "--wait"};
     EXPECT_EQ("", done({"status"})["lastRound"]);
     done(round);
@@ -208,12 +209,13 @@ TEST_F(BrowserCommands, WaitedForRoundEndsWithItsStatusWhichStatusShows) {
     EXPECT_THAT(done({"status"})["lastRoundProblems"][0], HasSubstr("2006"));
     EXPECT_THAT(run({"status"}).out, HasSubstr("Last round           failed"));
 
-    service.inject("SysnWithCloud:delay=600");
+    service.inject("SysnWithCloud:delay=60000");
     done({"sync", "--background"});
     while (done({"status"})["lastRound"] != "running")
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_EQ("tavroctl status", done({"status"})["next"]);
     EXPECT_THAT(failed(round)["error"], HasSubstr("another synchronisation"));
+    service.clearFaults();  // which ends the delay
     while (done({"status"})["lastRound"] == "running")
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     for (const char* content : {"{", "{\"outcome\": 1}"}) {

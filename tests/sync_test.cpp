@@ -144,11 +144,6 @@ TEST_F(Sync, DeletedBooksGoUnlessTheirChangeWaits) {
 
 TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
     ASSERT_TRUE(round());
-    const std::string catalogue = readFile(account.file(account_files::catalogue));
-    service.inject("SysnWithCloud:code=2009,times=1");
-    EXPECT_EQ(statusOf(start()), 1);
-    EXPECT_EQ(outcome(), "failed");
-    EXPECT_THAT(tavro::tools::lastRound(account).problems, ElementsAre(HasSubstr("2009")));
     for (const std::string& name : books)
         fs::remove(device.syncFolder() + "/" + name);
     const std::string settings = readFile(device_paths::serverSettings());
@@ -158,6 +153,11 @@ TEST_F(Sync, RefusedOrMissingCatalogueChangesNothing) {
                 ElementsAre(HasSubstr("did not get"), HasSubstr("no answer from 127.0.0.1:1")));
     writeFile(device_paths::serverSettings(), settings);
     ASSERT_TRUE(round());
+    const std::string catalogue = readFile(account.file(account_files::catalogue));
+    service.inject("SysnWithCloud:code=2009,times=1");
+    EXPECT_EQ(statusOf(start()), 1);
+    EXPECT_EQ(outcome(), "failed");
+    EXPECT_THAT(tavro::tools::lastRound(account).problems, ElementsAre(HasSubstr("2009")));
     service.stop();
     EXPECT_EQ(statusOf(start()), 1);
     EXPECT_EQ(readFile(account.file(account_files::catalogue)), catalogue);
@@ -207,7 +207,8 @@ TEST_F(Sync, KilledRoundsLoseNothingAndDownloadNothingTwice) {
         statusOf(process);
         EXPECT_NE(outcome(), "running");
     }
-    service.inject("SysnWithCloud:delay=2000");
+    service.clearFaults();
+    service.inject("SysnWithCloud:delay=60000");
     const pid_t process = start();
     EXPECT_TRUE(soon([&] { return outcome() == "running"; }));
     ::kill(process, SIGKILL);

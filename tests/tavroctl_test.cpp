@@ -121,9 +121,10 @@ TEST_F(Tavroctl, RefusalsNameTheServiceAndItsCode) {
     EXPECT_THAT(failed({"sync"})["error"], HasSubstr("nobody is logged in"));
 
     done({"login", "--password-stdin"}, password + "\n");
-    service.inject("SysnWithCloud:delay=4000,times=1");
+    service.inject("SysnWithCloud:delay=60000,times=1");
     Terminal patient(tavroctl({"sync"}));
     patient.expect("waiting for " + service.url() + " ...");
+    service.clearFaults();  // which ends the delay
     patient.expect("\x1B[K2 books");
     EXPECT_EQ(0, patient.wait());
 
