@@ -41,13 +41,15 @@ _tavroctl() {
     elif [[ -z $command || $command == help ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
     elif [[ $command == download ]]; then
-        # With their titles, as long as there is a choice: only the number goes onto the line.
+        # With their titles where they are only shown: nothing but the number may go onto the line.
+        # A title must not steer the terminal: of it, control characters go.
         mapfile -t files < <("${COMP_WORDS[0]}" books --json "${device[@]}" 2>/dev/null |
-            sed -nE '/^ *"item": "(-?[0-9]+)",$/{s//\1/;N;s/\n *"title": "(.*)",$/  \1/;p}')
+            LC_ALL=C sed -nE '/^ *"item": "(-?[0-9]+)",$/{s//\1/;N;s/\n *"title": "(.*)",$/  \1/
+                s/\xC2[\x80-\x9F]|[\x01-\x1F\x7F]|\\u[0-9a-f]{4}|\\[bfnrt]//g;s/\\(.)/\1/g;p}')
         for word in "${files[@]}"; do
             [[ $word != "$current"* ]] || COMPREPLY+=("$word")
         done
-        [[ ${#COMPREPLY[@]} -gt 1 && ${COMP_TYPE:-} != 37 ]] || COMPREPLY=("${COMPREPLY[@]%%  *}")  # 37: menu
+        [[ ${#COMPREPLY[@]} -gt 1 && ${COMP_TYPE:-} =~ ^(9|33|63|64)$ ]] || COMPREPLY=("${COMPREPLY[@]%%  *}")
     elif [[ $command == drop ]]; then
         mapfile -t files < <("${COMP_WORDS[0]}" journal --json "${device[@]}" 2>/dev/null | sed -nE 's/^ *"old": "(.*)",$/\1/p' | sort -u)
         compopt -o filenames

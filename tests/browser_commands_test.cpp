@@ -1,9 +1,11 @@
 // What the command-line tool does as the device's other programs do: books as the library browser
 // sees them, the applications that the library starts, log-out.
 #include <core_utils_host.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <png.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +16,7 @@
 #include <fstream>
 #include <thread>
 
+#include "posix/file_descriptor.h"
 #include "support/tavroctl_fixture.h"
 #include "support/terminal.h"
 
@@ -206,18 +209,31 @@ TEST_F(BrowserCommands, WaitedForRoundEndsWithItsStatusWhichStatusShows) {
     const json refused = failed(round);
     EXPECT_THAT(refused["error"], HasSubstr("the service answered 2006"));
     EXPECT_THAT(refused["advice"], HasSubstr("tavroctl register --renew"));
+    EXPECT_EQ("2006", refused["code"]);
     EXPECT_THAT(done({"status"})["lastRoundProblems"][0], HasSubstr("2006"));
     EXPECT_THAT(run({"status"}).out, HasSubstr("Last round           failed"));
 
     service.inject("SysnWithCloud:delay=60000");
     done({"sync", "--background"});
-    while (done({"status"})["lastRound"] != "running")
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const auto becomes = [this](const char* outcome) {
+        for (int tries = 0; tries < 100; ++tries)
+            if (done({"status"})["lastRound"] == outcome)
+                return true;
+        return false;
+    };
+    ASSERT_TRUE(becomes("running"));
     EXPECT_EQ("tavroctl status", done({"status"})["next"]);
     EXPECT_THAT(failed(round)["error"], HasSubstr("another synchronisation"));
     service.clearFaults();  // which ends the delay
-    while (done({"status"})["lastRound"] == "running")
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(becomes("done"));
+    std::filesystem::remove(root.file(".tavro_sync_round"));
+    const posix::FileDescriptor lock(::open(root.file(".tavro_sync_lock").c_str(), O_RDWR));
+    ASSERT_EQ(0, ::flock(lock.get(), LOCK_EX));
+    EXPECT_THAT(failed(round)["error"], HasSubstr("another synchronisation")) << "and no round";
+    ::flock(lock.get(), LOCK_UN);
+    std::filesystem::create_directories(root.file(".tavro_sync_round/folder"));
+    EXPECT_THAT(failed(round)["error"], HasSubstr("the round failed"));
+    std::filesystem::remove_all(root.file(".tavro_sync_round"));
     for (const char* content : {"{", "{\"outcome\": 1}"}) {
         writeFile(root.file(".tavro_sync_round"), content);
         EXPECT_EQ("unknown", done({"status"})["lastRound"]);

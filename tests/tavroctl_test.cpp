@@ -314,6 +314,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
     const std::pair<Words, const char*> cases[] = {
         {{}, ""},
         {{"fly"}, "there is no command 'fly'"},
+        {{"help", "fly"}, "there is no command 'fly'"},
         {{"sync", "--fast"}, "--fast"},
         {{"sync", "--wait"}, "--background"},
         {{"replace", "only-one.txt"}, ""},
@@ -360,7 +361,7 @@ TEST_F(Tavroctl, WrongUseEndsWithStatusTwoAndChangesNothing) {
         EXPECT_EQ(address, done({"setup", "--service", address + "/"})["service"]);
     for (const Words& words : {Words{"--help"}, {"help"}})
         EXPECT_THAT(run(words).out, HasSubstr("Subcommands:")) << words[0];
-    EXPECT_EQ(run({"sync", "--help"}).out, run({"help", "sync"}).out);
+    EXPECT_EQ(run({"sync", "--help"}).out, run({"--json", "help", "sync"}).out);
     EXPECT_THAT(run({}).err, HasSubstr("Subcommands:"));
     EXPECT_EQ(0, run({"--version"}).status);
 }

@@ -11,7 +11,7 @@ class AlreadyRunning : public Failure {
 public:
     AlreadyRunning()
         : Failure("another synchronisation of this account is running",
-                  "run the same command again when 'tavroctl status' says that it has ended") {}
+                  "run the same command again when it has ended") {}
 };
 
 /// The right to move the account's books, catalogue and changes, which one process has at a time:

@@ -7,6 +7,7 @@
 
 #include "account/account.h"
 #include "posix/file_descriptor.h"
+#include "program/failure.h"
 
 namespace tavro::tools {
 
@@ -27,6 +28,8 @@ struct LastRound {
     std::string time;                   ///< when it ended, or began if it has no end
     std::vector<std::string> problems;  ///< why it failed
     std::string advice;                 ///< what to try then; may be empty
+    std::string code;                   ///< the service's result code, if that is why; see Failure
+    std::string message;                ///< its explanation
     pid_t process = 0;                  ///< that ran it
 };
 
@@ -37,17 +40,21 @@ LastRound lastRound(const Account& account);
 /// locked (`flock`) until then, so that a round whose process was killed does not seem to run.
 class RoundRecord {
 public:
-    /// Records that a round of this process runs. To be made under the account's lock. Throws
-    /// Failure.
+    /// Records that a round of this process runs. To be made under the account's lock. Where that
+    /// cannot be, it removes the former round's record, which would pass for this one's.
     explicit RoundRecord(const Account& account);
 
+    /// Why nothing is recorded; empty when all is well.
+    const std::string& problem() const { return problem_; }
+
     /// Records that the round has ended, and failed if there are `problems`, of which the first few
-    /// are kept, with the `advice` that they call for. One that cannot be recorded counts as
-    /// interrupted.
-    void end(std::vector<std::string> problems, const std::string& advice) const;
+    /// are kept, with what `cause`, the one that ended it, says of them. One that cannot be
+    /// recorded counts as interrupted.
+    void end(std::vector<std::string> problems, const Failure& cause = Failure("")) const;
 
 private:
     std::string path_;
+    std::string problem_;
     posix::FileDescriptor running_{-1};
 };
 

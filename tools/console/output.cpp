@@ -106,9 +106,12 @@ void Output::transient(const std::string& text, const std::string& end) const {
     std::string line = displayable(text);
     if (const auto screen = windowOf(error_.get())) {
         const std::size_t columns = screen->columns - 1;  // in the last one some terminals wrap
-        line = shortened(line, columns - std::min(columns, width(end)));
+        line = shortened(line, columns - std::min(columns, width(end))) + end;
+        line = shortened(line, columns);
+    } else {
+        line += end;
     }
-    posix::writeAll(error_.get(), "\r\x1B[K" + line + end);
+    posix::writeAll(error_.get(), "\r\x1B[K" + line);
 }
 
 std::optional<Window> Output::window() const {

@@ -25,12 +25,14 @@ std::vector<std::size_t> widthsOf(const std::vector<Line>& lines) {
     return widths;
 }
 
-/// Takes from the widest of `widths` what a line has more than `screenWidth`.
+/// Takes from the widest of `widths` what a line has more than `screenWidth`. The first column
+/// stays whole, as the next command may need what it says.
 void narrow(std::vector<std::size_t>& widths, std::size_t screenWidth) {
-    std::size_t total = std::accumulate(widths.begin(), widths.end(),
-                                        gap * (std::max(widths.size(), std::size_t(1)) - 1));
+    if (widths.size() < 2)
+        return;
+    std::size_t total = std::accumulate(widths.begin(), widths.end(), gap * (widths.size() - 1));
     for (; total > screenWidth; --total) {
-        const auto widest = std::max_element(widths.begin(), widths.end());
+        const auto widest = std::max_element(widths.begin() + 1, widths.end());
         if (*widest <= narrowest)
             return;
         --*widest;

@@ -15,7 +15,8 @@ struct Table {
     std::vector<std::vector<std::string>> rows;  ///< all as long as `headings`, if there are any
 
     /// The table as lines, every one with its line end. The widest columns are shortened until a
-    /// line takes no more than `screenWidth`, or each column is too narrow to lose any more.
+    /// line takes no more than `screenWidth`, or each is too narrow to lose any more; the first
+    /// column never.
     std::string text(std::size_t screenWidth = unlimited) const;
 };
 

@@ -13,6 +13,7 @@
 #include "platform/device_paths.h"
 #include "posix/file_status.h"
 #include "posix/files.h"
+#include "program/counted.h"
 #include "server/result_codes.h"
 #include "session/account_keys.h"
 #include "syncjournal.h"
@@ -161,7 +162,7 @@ std::string checkCatalogue(Context& context) {
     const std::vector<BookDescription>& books = service.getAddedBooks();
     if (!books.empty())
         context.item = books.front().field(BookDescription::ItemID);
-    return std::to_string(books.size()) + " books";
+    return tools::counted(books.size(), "book");
 }
 
 std::string checkDownload(Context& context) {

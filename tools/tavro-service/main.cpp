@@ -13,6 +13,7 @@
 #include "line_writer.h"
 #include "log_line.h"
 #include "posix/inherited_descriptors.h"
+#include "program/counted.h"
 #include "program/run_program.h"
 #include "scan_line.h"
 #include "service.h"
@@ -80,8 +81,8 @@ std::string announcement(const Service& service, bool json) {
                                        {"port", service.port()},
                                        {"books", books}})
             .dump();
-    return "Tavro service on " + service.url() + " with " + std::to_string(books) +
-           " books. Stop it with Ctrl-C.";
+    return "Tavro service on " + service.url() + " with " + tavro::tools::counted(books, "book") +
+           ". Stop it with Ctrl-C.";
 }
 
 /// Keeps the signals that end the service from all threads, for one to wait for them.

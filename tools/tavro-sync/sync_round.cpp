@@ -51,6 +51,8 @@ bool SyncRound::run() {
     requireConfiguration(account_);
     const AccountLock lock(account_);
     const RoundRecord record(account_);
+    if (!record.problem().empty())
+        fail(record.problem());
     sessionId_ = account_.value(account_keys::session);
     try {
         const auto session = openSession(account_, Need::Session);
@@ -58,16 +60,17 @@ bool SyncRound::run() {
         synchroniseWith(*session);
     } catch (const std::exception& error) {
         const auto* failure = dynamic_cast<const Failure*>(&error);
+        problems_.emplace_back(error.what());
         if (isStillLoggedIn())
-            record.end({error.what()}, failure != nullptr ? failure->advice : "");
+            record.end(problems_, failure != nullptr ? *failure : Failure(""));
         else
             cleanUp();
         throw;
     }
-    record.end(problems_, "");
+    record.end(problems_);
     log_.note("the round ends: " + std::to_string(downloaded_) + " downloaded, " +
-              std::to_string(missing_.size()) + " missing, " + std::to_string(problems_.size()) +
-              " failures");
+              std::to_string(missing_.size()) + " missing, " +
+              counted(problems_.size(), "problem"));
     return problems_.empty();
 }
 
@@ -75,7 +78,7 @@ void SyncRound::synchroniseWith(Tavro& session) {
     sendChanges(session);
     synchronise(session, account_);
     const auto& books = session.getAddedBooks();
-    log_.note("the catalogue has " + std::to_string(books.size()) + " books");
+    log_.note("the catalogue has " + counted(books.size(), "book"));
     requireAccount();
     removeDeleted(session);
     announce(books);

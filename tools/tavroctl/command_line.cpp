@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iostream>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -48,6 +49,7 @@ CommandLine::CommandLine()
         "Another device, with an account of its own:\n"
         "  tavroctl --device FOLDER setup --email bob@reader.example");
     addCommands(*this);
+    addHelp();
 }
 
 CommandLine::~CommandLine() = default;
@@ -63,6 +65,22 @@ CLI::App& CommandLine::add(const std::string& name, const std::string& descripti
     return added;
 }
 
+void CommandLine::addHelp() {
+    CLI::App& help = *app_->add_subcommand("help", "Show how a command is used");
+    const auto name = std::make_shared<std::string>();
+    help.add_option("COMMAND", *name, "The command");
+    help.footer("Example:\n  tavroctl help sync");
+    help.callback([this, name] {
+        const auto isNamed = [&](const CLI::App* command) { return command->get_name() == *name; };
+        const std::vector<CLI::App*> named = app_->get_subcommands(isNamed);
+        if (named.empty() && !name->empty())
+            throw UsageError("there is no command '" + *name + "'");
+        const CLI::App* const command = named.empty() ? app_.get() : named[0];
+        const std::string words = named.empty() ? "tavroctl" : "tavroctl " + *name;
+        help_ = app_->get_formatter()->make_help(command, words, CLI::AppFormatMode::Normal);
+    });
+}
+
 int CommandLine::run(int count, char** values) {
     try {
         parse(count, values);
@@ -70,6 +88,10 @@ int CommandLine::run(int count, char** values) {
         if (error.get_exit_code() == 0)  // help and version are such, too
             return app_->exit(error);
         throw UsageError(reasonOf(error, *app_));
+    }
+    if (!help_.empty()) {
+        std::cout << help_ << std::flush;
+        return exit_status::done;
     }
     chooseDevice();
     const Output output("tavroctl", json_);
@@ -86,10 +108,6 @@ void CommandLine::parse(int count, char** values) {
     json_ = std::find(values, values + count, std::string("--json")) != values + count;
     std::vector<std::string> words(values + 1, values + count);
     isAlone_ = words.empty();
-    if (!isAlone_ && words[0] == "help") {  // before a command, its help
-        words.erase(words.begin());
-        words.emplace_back("--help");
-    }
     std::reverse(words.begin(), words.end());  // the parser takes them from the end
     app_->parse(std::move(words));
 }

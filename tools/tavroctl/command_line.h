@@ -51,6 +51,7 @@ public:
     void tell(const std::exception& error, int status) const;
 
 private:
+    void addHelp();
     void parse(int count, char** values);
     void chooseDevice();
 
@@ -59,6 +60,7 @@ private:
     bool json_ = false;
     bool isAlone_ = false;  // without any word behind the program's name
     bool trace_ = false;
+    std::string help_;  // to be shown in place of a command's work; empty for none
     Command command_;
     Streams streams_ = Streams::KeptFromLibrary;
 };

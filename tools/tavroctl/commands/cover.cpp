@@ -74,7 +74,7 @@ Bitmap coverOf(const Account& account, const std::string& path, std::pair<int, i
 Window roomOn(const Output& output) {
     constexpr unsigned rows_below = 2;
     Window room = output.window().value_or(Window{columns_without_terminal, 0});
-    room.rows = room.rows > rows_below ? room.rows - rows_below : no_limit;
+    room.rows = room.rows == 0 ? no_limit : std::max(room.rows, rows_below + 1) - rows_below;
     return room;
 }
 

@@ -45,42 +45,61 @@ Changes changesOf(const Account& account) {
     return changes;
 }
 
-void showStatus(const Account& account, const Output& output) {
-    const bool configured = account.isConfigured();
-    const bool registered = configured && account.isRegistered();
-    std::vector<BookDescription> books;
-    if (registered)
-        books = catalogueOf(*openSession(account, Need::Device), account);
+/// What is on the device of the books of `account`.
+struct Books {
+    std::size_t known = 0;
+    std::size_t downloaded = 0;
+};
+
+Books booksOf(const Account& account) {
+    if (!account.isConfigured() || !account.isRegistered())
+        return {};
+    const auto session = openSession(account, Need::Device);
+    const auto& books = catalogueOf(*session, account);
     const auto present = presentFiles(account);
     const auto downloaded = std::count_if(books.begin(), books.end(), [&](const auto& book) {
         return present.count(itemNumber(book)) > 0;
     });
+    return {books.size(), static_cast<std::size_t>(downloaded)};
+}
+
+/// The command that brings the account on; empty when all is done.
+std::string nextStep(const Account& account, const Books& books, const Changes& changes,
+                     const LastRound& round) {
+    if (std::string step = missingStep(account); !step.empty())
+        return step;
+    if (round.outcome == round_outcome::running)
+        return "tavroctl status";
+    if (changes.waiting < changes.pending)
+        return "tavroctl replay";
+    if (!isSynchronised(account))
+        return "tavroctl sync";
+    if (books.downloaded < books.known)
+        return "tavroctl download --all";
+    return changes.waiting > 0 ? "tavroctl journal" : "";
+}
+
+void showStatus(const Account& account, const Output& output) {
+    const Books books = booksOf(account);
     const Changes changes = changesOf(account);
-    const std::string step = missingStep(account);
     const LastRound round = lastRound(account);
-    const bool running = round.outcome == round_outcome::running;
-    const bool complete = static_cast<std::size_t>(downloaded) == books.size();
+    const bool registered = account.isConfigured() && account.isRegistered();
     output.summary({{"configuration", account.folder()},
-                    {"configured", configured},
+                    {"configured", account.isConfigured()},
                     {"email", account.value(account_keys::email)},
                     {"downloadFolder", account.downloadFolder()},
                     {"service", serviceUrl()},
                     {"registered", registered},
                     {"loggedIn", registered && account.isLoggedIn()},
-                    {"books", books.size()},
-                    {"downloaded", downloaded},
+                    {"books", books.known},
+                    {"downloaded", books.downloaded},
                     {"pending", changes.pending},
                     {"lastRound", round.outcome},
                     {"lastRoundTime", round.time},
                     {"lastRoundProblems",
                      output.isJson() ? Json(round.problems) : Json(joined(round.problems, "; "))},
-                    {"next", !step.empty()                       ? step
-                             : running                           ? "tavroctl status"
-                             : changes.waiting < changes.pending ? "tavroctl replay"
-                             : !isSynchronised(account)          ? "tavroctl sync"
-                             : !complete                         ? "tavroctl download --all"
-                             : changes.waiting > 0               ? "tavroctl journal"
-                                                                 : ""}});
+                    {"lastRoundAdvice", round.advice},
+                    {"next", nextStep(account, books, changes, round)}});
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
+#include <fcntl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <memory>
 
 #include "account/account_lock.h"
@@ -10,8 +13,13 @@
 #include "account/round_record.h"
 #include "account/session.h"
 #include "platform/device_paths.h"
+#include "posix/file_descriptor.h"
+#include "posix/retry_after_signal.h"
+#include "posix/system_error.h"
+#include "posix/write_all.h"
 #include "program/counted.h"
 #include "program/failure.h"
+#include "program/run_program.h"
 #include "tavro_client.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_applications.h"
@@ -29,40 +37,77 @@ struct Options {
     bool wait = false;
 };
 
-/// Waits until the application has ended, and throws Failure unless it did so with success: of the
-/// round itself, as it was recorded, or AlreadyRunning.
-void waitForRound(const Account& account, const std::string& log) {
-    int status = 0;
+/// How the application ended.
+struct Ended {
     pid_t process = -1;
-    while ((process = ::wait(&status)) == -1 && errno == EINTR)
+    int status = 0;
+};
+
+/// Starts the application, waits until it has ended, and tells that into `pipe`. In a process of
+/// its own: a child that this program was given by the one before it would pass for the
+/// application.
+[[noreturn]] void attendApplication(const posix::FileDescriptor& pipe) {
+    std::signal(SIGCHLD, SIG_DFL);  // else the application's status would get lost
+    TavroClient().StartSync();
+    Ended ended;
+    while ((ended.process = ::wait(&ended.status)) == -1 && errno == EINTR)
         continue;
+    const bool told =
+        posix::writeAll(pipe.get(), {reinterpret_cast<const char*>(&ended), sizeof ended});
+    std::fflush(nullptr);
+    ::_exit(told ? exit_status::done : exit_status::failed);
+}
+
+/// Runs the application in the background and waits until it has ended.
+Ended runApplication() {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        posix::throwSystemError("cannot make a pipe for", "the round");
+    const posix::FileDescriptor told(ends[0]);
+    posix::FileDescriptor pipe(ends[1]);
+    if (const pid_t process = ::fork(); process == 0)
+        attendApplication(pipe);
+    else if (process == -1)
+        posix::throwSystemError("cannot start a process for", "the round");
+    pipe.close();
+    Ended ended;
+    const ssize_t size =
+        posix::retryAfterSignal([&] { return ::read(told.get(), &ended, sizeof ended); });
+    return size == ssize_t{sizeof ended} ? ended : Ended{};
+}
+
+/// Sees that the round of the application, which has `ended` so, is done: from its record. Throws
+/// Failure, AlreadyRunning.
+void requireDone(const Account& account, const Ended& ended, const std::string& log) {
     const LastRound round = lastRound(account);
-    const bool isRecorded = round.process == process;
-    if (process != -1 && WIFEXITED(status) && WEXITSTATUS(status) == 0) {
-        if (!isRecorded && !round.outcome.empty())
-            throw AlreadyRunning();
-        return;
+    const bool isRecorded = ended.process != -1 && round.process == ended.process;
+    if (WIFEXITED(ended.status) && WEXITSTATUS(ended.status) == 0 && ended.process != -1) {
+        if (isRecorded)
+            return;
+        throw AlreadyRunning();
     }
-    const std::string reason =
-        isRecorded && !round.problems.empty() ? ": " + joined(round.problems, "; ") : "";
-    throw Failure("the round failed" + reason,
-                  isRecorded && !round.advice.empty()
-                      ? round.advice
-                      : "see " + log + " and 'tavroctl status', run the same command again");
+    if (!isRecorded || round.outcome == round_outcome::interrupted)
+        throw Failure(isRecorded ? "the round was interrupted" : "the round failed",
+                      "see " + log + ", run the same command again");
+    Failure failure("the round failed: " + joined(round.problems, "; "), round.advice);
+    failure.code = round.code;
+    failure.message = round.message;
+    if (failure.advice.empty())
+        failure.advice = "see " + log + " and 'tavroctl status', run the same command again";
+    throw failure;
 }
 
 void syncInBackground(const Options& options, const Account& account, const Output& output) {
     requireApplication(device_paths::syncApplication());
-    std::signal(SIGCHLD, SIG_DFL);  // else the application's status would get lost
-    TavroClient().StartSync();
     const std::string log = account.file(own_files::sync_log);
-    if (options.wait) {
-        waitingFor("tavro_sync.app", output, [&] { waitForRound(account, log); });
+    if (!options.wait) {
+        TavroClient().StartSync();
         return output.result({{"started", true}, {"log", log}},
-                             "The round is done; what it did stands in " + log);
+                             "The synchronisation has started; what it does stands in " + log);
     }
+    requireDone(account, waitingFor("tavro_sync.app", output, runApplication), log);
     output.result({{"started", true}, {"log", log}},
-                  "The synchronisation has started; what it does stands in " + log);
+                  "The round is done; what it did stands in " + log);
 }
 
 void sync(const Account& account, const Output& output) {
