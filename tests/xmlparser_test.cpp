@@ -56,6 +56,9 @@ TEST(XMLParser, FillsEveryFieldOfARecord) {
     for (const char* name : names) {
         fields.insert(0, std::string("<") + name + ">the " + name + "</" + name + ">\n");
         expected.push_back(std::string("the ") + name);
+        std::string similar = name;
+        similar[similar.size() / 2] = '_';
+        fields += "<" + similar + ">not the field</" + similar + ">";
     }
     XMLParser parser;
     ASSERT_TRUE(parse(parser, "<AddedItems><ItemsResponse>" + fields + "<Other>x</Other>" +

@@ -1,5 +1,6 @@
 #include "xmlparser.h"
 
+#include <algorithm>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -11,10 +12,69 @@ constexpr std::string_view added_element = "AddedItems";
 constexpr std::string_view deleted_element = "DeletedItems";
 
 /// The element of each `BookDescription::Field`.
-constexpr const char* field_elements[] = {"Artist",   "CategoryId",    "CoverArtImage", "Duration",
-                                          "FileType", "ISBN",          "ISBN13",        "ItemID",
-                                          "TavroID",  "NumberOfFiles", "Status",        "Title"};
+constexpr std::string_view field_elements[] = {
+    "Artist", "CategoryId", "CoverArtImage", "Duration",      "FileType", "ISBN",
+    "ISBN13", "ItemID",     "TavroID",       "NumberOfFiles", "Status",   "Title"};
 static_assert(std::size(field_elements) == BookDescription::FieldCount);
+
+/// Fewer bytes than most books take in an answer.
+constexpr unsigned small_item = 256;
+
+/// So many books find place without the list being copied as it grows.
+constexpr unsigned most_expected_items = 16384;
+
+using Book = BookDescription;
+
+/// `field` if `element` is its name, else `FieldCount`.
+Book::Field ifCalled(std::string_view element, Book::Field field) {
+    return element == field_elements[field] ? field : Book::FieldCount;
+}
+
+/// As `fieldOf`, for names of six letters.
+Book::Field sixLetterField(std::string_view element) {
+    switch (element.back()) {
+        case 't':
+            return ifCalled(element, Book::Artist);
+        case '3':
+            return ifCalled(element, Book::ISBN13);
+        case 'D':
+            return ifCalled(element, Book::ItemID);
+        default:
+            return ifCalled(element, Book::Status);
+    }
+}
+
+/// The field that a text of `element` fills; `FieldCount` if it fills none. The length and one
+/// letter leave a single name to compare with: a text comes for nearly every element of a book.
+Book::Field fieldOf(std::string_view element) {
+    switch (element.size()) {
+        case 4:
+            return ifCalled(element, Book::ISBN);
+        case 5:
+            return ifCalled(element, Book::Title);
+        case 6:
+            return sixLetterField(element);
+        case 7:
+            return ifCalled(element, Book::TavroID);
+        case 8:
+            return element[0] == 'D' ? ifCalled(element, Book::Duration)
+                                     : ifCalled(element, Book::FileType);
+        case 10:
+            return ifCalled(element, Book::CategoryId);
+        case 13:
+            return element[0] == 'C' ? ifCalled(element, Book::CoverArtImage)
+                                     : ifCalled(element, Book::NumberOfFiles);
+        default:
+            return Book::FieldCount;
+    }
+}
+
+/// Adds a piece of text that stands outside the books. Not inlined: with it, the callback would
+/// save registers for each piece inside them, too.
+[[gnu::noinline]] void addAnswer(std::map<std::string, std::string>& answers,
+                                 const std::string& element, const char* text, std::size_t size) {
+    answers[element].append(text, size);
+}
 
 /// An item whose fields are all empty.
 std::vector<std::string> emptyItem() {
@@ -30,8 +90,9 @@ void storeItem(std::vector<std::string>& item, std::vector<BookDescription>& ite
 }  // namespace
 
 XMLParser::XMLParser() : xmlParser(XML_ParserCreate("utf-8")), currentItem(emptyItem()) {
+    // Every program built with the class has the member; a text's field is told sooner by fieldOf.
     int field = 0;
-    for (const char* element : field_elements)
+    for (const std::string_view element : field_elements)
         fieldIndex.emplace(element, field++);
 }
 
@@ -55,6 +116,7 @@ bool XMLParser::parse(const char* data, unsigned length) {
     answers.clear();
     inItemsResponse = false;
     addedItems.clear();
+    addedItems.reserve(std::min(length / small_item, most_expected_items));
     deletedItems.clear();
     while (!elementStack.empty())
         elementStack.pop();
@@ -107,14 +169,10 @@ void XMLParser::fCharacterDataHandler(void* user, const XML_Char* text, int leng
         return;
     const std::string& element = self.elementStack.top();
     const auto size = static_cast<std::size_t>(length);
-    if (!self.inItemsResponse) {
-        self.answers[element].append(text, size);
-        return;
-    }
-    if (element == item_element)  // the blanks between the fields, half of all pieces
-        return;
-    if (const auto field = self.fieldIndex.find(element); field != self.fieldIndex.end())
-        self.currentItem[static_cast<std::size_t>(field->second)].assign(text, size);
+    if (!self.inItemsResponse)
+        addAnswer(self.answers, element, text, size);
+    else if (const Book::Field field = fieldOf(element); field != Book::FieldCount)
+        self.currentItem[field].assign(text, size);
 }
 
 int XMLParser::fUnknownEncodingHandler(void* /*user*/, const XML_Char* /*name*/,
