@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "account/book_map.h"
-#include "account/books.h"
 #include "account/journal.h"
+#include "account/kept_book_map.h"
 
 namespace fs = std::filesystem;
 

@@ -126,23 +126,26 @@ void SyncRound::announce(const std::vector<BookDescription>& books) {
 }
 
 void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescription>& books) {
+    Downloads downloads(session, account_);
     for (const auto& book : books) {
-        if (!hasItemNumber(book))
+        const bool isMissing = missing_.count(itemNumber(book)) > 0;
+        if (!hasItemNumber(book) || !(isMissing || lacksCover(book)))
             continue;
         requireAccount();
-        fetchCover(book);
-        if (missing_.count(itemNumber(book)) > 0)
-            download(session, book);
+        if (lacksCover(book))
+            fetchCover(book);
+        if (isMissing)
+            download(downloads, book);
     }
     requireAccount();
     placeMissing();  // one that could not be removed would count as pending
     updateList(true);
 }
 
-void SyncRound::download(Tavro& session, const BookDescription& book) {
+void SyncRound::download(Downloads& downloads, const BookDescription& book) {
     std::string name;
     try {
-        name = downloadBook(session, account_, book);
+        name = downloads.fetch(book);
     } catch (const Failure& failure) {
         return fail("did not get " + nameOf(book) + ": " + failure.what());
     }
@@ -157,12 +160,14 @@ void SyncRound::download(Tavro& session, const BookDescription& book) {
     updateList(false);
 }
 
-void SyncRound::fetchCover(const BookDescription& book) {
+bool SyncRound::lacksCover(const BookDescription& book) const {
     const std::string& url = book.field(BookDescription::CoverArtImage);
-    if (url.empty() || covers_.has(itemNumber(book)) || covers_.isSilent(url))
-        return;
+    return !url.empty() && !covers_.has(itemNumber(book)) && !covers_.isSilent(url);
+}
+
+void SyncRound::fetchCover(const BookDescription& book) {
     try {
-        covers_.fetch(itemNumber(book), url);
+        covers_.fetch(itemNumber(book), book.field(BookDescription::CoverArtImage));
         log_.note("stored the cover of " + nameOf(book));
     } catch (const Failure& failure) {
         log_.note(failure.what());

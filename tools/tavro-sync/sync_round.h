@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "account/account.h"
+#include "account/downloads.h"
 #include "tavro-sync/activity_log.h"
 #include "tavro-sync/covers.h"
 #include "tavro-sync/placeholders.h"
@@ -48,7 +49,8 @@ private:
     void removeDeleted(const Tavro& session);
     void announce(const std::vector<BookDescription>& books);
     void downloadMissing(Tavro& session, const std::vector<BookDescription>& books);
-    void download(Tavro& session, const BookDescription& book);
+    void download(Downloads& downloads, const BookDescription& book);
+    bool lacksCover(const BookDescription& book) const;
     void fetchCover(const BookDescription& book);
     void placeMissing();
     void updateList(bool now);

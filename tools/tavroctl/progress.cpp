@@ -44,11 +44,8 @@ std::uintmax_t partialSize(const fs::path& folder) {
 
 }  // namespace
 
-DownloadProgress::DownloadProgress(const Output& output, fs::path folder, std::string label)
-    : output_(output), folder_(std::move(folder)), label_(std::move(label)) {
-    if (output_.hasTerminal())
-        watcher_ = std::thread([this] { watch(); });
-}
+DownloadProgress::DownloadProgress(const Output& output, fs::path folder)
+    : output_(output), folder_(std::move(folder)) {}
 
 DownloadProgress::~DownloadProgress() {
     if (!watcher_.joinable())
@@ -62,16 +59,34 @@ DownloadProgress::~DownloadProgress() {
     output_.transient("");
 }
 
+void DownloadProgress::begin(const std::string& label) {
+    if (!output_.hasTerminal())
+        return;
+    {
+        const std::lock_guard lock(mutex_);
+        label_ = label;
+        begin_ = Clock::now();
+    }
+    if (!watcher_.joinable())
+        watcher_ = std::thread([this] { watch(); });
+}
+
 void DownloadProgress::watch() {
-    using Seconds = std::chrono::duration<double>;
-    const auto begin = std::chrono::steady_clock::now();
     std::unique_lock lock(mutex_);
     do {
-        const auto bytes = static_cast<double>(partialSize(folder_));
-        const Seconds passed = std::chrono::steady_clock::now() - begin;
-        const double rate = passed < interval ? 0 : bytes / passed.count();
-        output_.transient(label_, "  " + inUnits(bytes) + "  " + inUnits(rate) + "/s");
+        const std::string label = label_;
+        const Clock::time_point begin = begin_;
+        lock.unlock();  // the next download waits for no folder to be read
+        show(label, begin);
+        lock.lock();
     } while (!wake_.wait_for(lock, interval, [this] { return ended_; }));
+}
+
+void DownloadProgress::show(const std::string& label, Clock::time_point begin) const {
+    const std::chrono::duration<double> passed = Clock::now() - begin;
+    const auto bytes = static_cast<double>(partialSize(folder_));
+    const double rate = passed < interval ? 0 : bytes / passed.count();
+    output_.transient(label, "  " + inUnits(bytes) + "  " + inUnits(rate) + "/s");
 }
 
 }  // namespace tavro::tools

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <filesystem>
 #include <mutex>
@@ -10,24 +11,31 @@
 
 namespace tavro::tools {
 
-/// Shows `label`, and size and rate of the download under way, until it goes, when standard error
-/// is a terminal. A thread of its own watches the partial files of `folder`, since the library
-/// blocks the calling thread; `output` must outlive the object.
+/// Shows of one download after the other its label, size and rate, until it goes, when standard
+/// error is a terminal. A thread of its own watches the partial files of `folder`, since the
+/// library blocks the calling thread; `output` must outlive the object.
 class DownloadProgress {
 public:
-    DownloadProgress(const Output& output, std::filesystem::path folder, std::string label);
+    DownloadProgress(const Output& output, std::filesystem::path folder);
     ~DownloadProgress();
     DownloadProgress(const DownloadProgress&) = delete;
     DownloadProgress& operator=(const DownloadProgress&) = delete;
 
+    /// Tells that the download `label` begins.
+    void begin(const std::string& label);
+
 private:
+    using Clock = std::chrono::steady_clock;
+
     void watch();
+    void show(const std::string& label, Clock::time_point begin) const;
 
     const Output& output_;
     const std::filesystem::path folder_;
-    const std::string label_;
-    std::mutex mutex_;  // guards ended_
+    std::mutex mutex_;  // guards label_, begin_ and ended_
     std::condition_variable wake_;
+    std::string label_;
+    Clock::time_point begin_;
     bool ended_ = false;
     std::thread watcher_;
 };
