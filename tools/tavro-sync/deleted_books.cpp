@@ -41,8 +41,10 @@ bool isRemoved(const fs::path& path) {
 
 DeletedFiles removeBooks(const Account& account, const std::string& folder,
                          const std::set<int>& items) {
-    const auto changed = changedNames(account);
     DeletedFiles files;
+    if (items.empty())
+        return files;
+    const auto changed = changedNames(account);
     const auto before = mappedFiles(account);
     for (const auto& [name, item] : before) {
         if (items.count(item) == 0)

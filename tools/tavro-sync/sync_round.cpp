@@ -1,6 +1,7 @@
 #include "tavro-sync/sync_round.h"
 
 #include <filesystem>
+#include <optional>
 
 #include "account/account_lock.h"
 #include "account/books.h"
@@ -126,7 +127,9 @@ void SyncRound::announce(const std::vector<BookDescription>& books) {
 }
 
 void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescription>& books) {
-    Downloads downloads(session, account_);
+    std::optional<Downloads> downloads;
+    if (!missing_.empty())
+        downloads.emplace(session, account_);
     for (const auto& book : books) {
         const bool isMissing = missing_.count(itemNumber(book)) > 0;
         if (!hasItemNumber(book) || !(isMissing || lacksCover(book)))
@@ -135,9 +138,11 @@ void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescriptio
         if (lacksCover(book))
             fetchCover(book);
         if (isMissing)
-            download(downloads, book);
+            download(*downloads, book);
     }
     requireAccount();
+    if (!downloads)
+        return;
     placeMissing();  // one that could not be removed would count as pending
     updateList(true);
 }
@@ -149,10 +154,13 @@ void SyncRound::download(Downloads& downloads, const BookDescription& book) {
     } catch (const Failure& failure) {
         return fail("did not get " + nameOf(book) + ": " + failure.what());
     }
-    std::error_code ignored;
-    if (!isStillLoggedIn())  // a log-out takes the books with it, the one on its way as well
+    try {
+        requireAccount();
+    } catch (...) {  // a log-out takes the books with it, the one on its way as well
+        std::error_code ignored;
         fs::remove(folder_ + "/" + name, ignored);
-    requireAccount();
+        throw;
+    }
     log_.note("downloaded " + nameOf(book) + " as " + name);
     ++downloaded_;
     missing_.erase(itemNumber(book));
@@ -160,7 +168,7 @@ void SyncRound::download(Downloads& downloads, const BookDescription& book) {
     updateList(false);
 }
 
-bool SyncRound::lacksCover(const BookDescription& book) const {
+bool SyncRound::lacksCover(const BookDescription& book) {
     const std::string& url = book.field(BookDescription::CoverArtImage);
     return !url.empty() && !covers_.has(itemNumber(book)) && !covers_.isSilent(url);
 }

@@ -50,7 +50,7 @@ private:
     void announce(const std::vector<BookDescription>& books);
     void downloadMissing(Tavro& session, const std::vector<BookDescription>& books);
     void download(Downloads& downloads, const BookDescription& book);
-    bool lacksCover(const BookDescription& book) const;
+    bool lacksCover(const BookDescription& book);
     void fetchCover(const BookDescription& book);
     void placeMissing();
     void updateList(bool now);
