@@ -19,6 +19,7 @@
 #include "account/books.h"
 #include "account/catalogue.h"
 #include "account/changes.h"
+#include "account/downloads.h"
 #include "account/session.h"
 #include "program/failure.h"
 #include "session/account_keys.h"
@@ -116,7 +117,7 @@ protected:
     void downloadAll() const {
         const auto session = openSession(account, Need::Session);
         for (const BookDescription& book : session->getAddedBooks())
-            downloadBook(*session, account, book);
+            Downloads(*session, account).fetch(book);
     }
 
     std::vector<std::string> pendingNames() const {
@@ -189,9 +190,19 @@ TEST_F(FailingCall, FailedWriteMakesNoWrongBookMap) {
     for (int number = 1; number <= 6; ++number) {
         fs::remove(account.bookFile(name));
         failing = {"write", ".tavro.lst", number};
-        EXPECT_EQ(downloadBook(*openSession(account, Need::Session), account, book), name);
+        EXPECT_EQ(Downloads(*openSession(account, Need::Session), account).fetch(book), name);
         EXPECT_EQ(mappedFiles(account), map) << number;
     }
+    const auto session = openSession(account, Need::Session);
+    Downloads downloads(*session, account);
+    failing = {"write", ".tavro.lst_saved", 1};
+    EXPECT_THROW(downloads.fetch(book), Failure);
+    downloads.fetch(book);
+    const auto more = mappedFiles(account);
+    EXPECT_EQ(more.size(), map.size() + 2);
+    fs::remove(account.file(".tavro.lst"));
+    AccountLock{account};
+    EXPECT_EQ(mappedFiles(account), more);
 }
 
 TEST_F(FailingCall, CutJournalRecordCostsNoOther) {

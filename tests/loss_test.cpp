@@ -12,6 +12,9 @@
 #include "account/books.h"
 #include "account/catalogue.h"
 #include "account/changes.h"
+#include "account/downloads.h"
+#include "account/kept_book_map.h"
+#include "account/own_files.h"
 #include "account/session.h"
 #include "platform/account_files.h"
 #include "posix/atomic_file.h"
@@ -38,7 +41,7 @@ protected:
         session = openSession(account, Need::Session);
         synchronise(*session, account);
         for (const auto& book : session->getAddedBooks())
-            downloadBook(*session, account, book);
+            Downloads(*session, account).fetch(book);
     }
 
     std::string book(const std::string& name) const { return device.syncFolder() + "/" + name; }
@@ -102,13 +105,43 @@ TEST_F(Loss, CutBookMapKeepsBothFilesOfOneItem) {
     const BookDescription first = session->getAddedBooks().front();
     {
         const AccountLock lock(account);
-        downloadBook(*session, account, first);
+        Downloads(*session, account).fetch(first);
     }
     const auto map = mappedFiles(account);
     ASSERT_EQ(map.size(), 3U);
     fs::resize_file(mapFile(), std::string("first.txt").size() + 1 + 4);
     const AccountLock lock(account);
     EXPECT_EQ(mappedFiles(account), map);
+}
+
+// A new entry costs the copy one record, which a kill may cut: the next one must not stand behind
+// it.
+TEST_F(Loss, CopyOfTheBookMapGrowsByRecordsAndHoldsAllEntries) {
+    const std::string copy = account.file(own_files::book_map_copy);
+    const auto& books = session->getAddedBooks();
+    const auto lock = std::make_unique<AccountLock>(account);
+    Downloads downloads(*session, account);
+    const std::string before = readFile(copy);
+    downloads.fetch(books.front());
+    EXPECT_EQ(readFile(copy).rfind(before + "first_1.txt", 0), 0U);
+    fs::resize_file(copy, fs::file_size(copy) - 2);
+    downloads.fetch(books.front());
+    EXPECT_EQ(readFile(copy), readFile(mapFile()));
+
+    service.inject("DownloadContent:filename=other.txt");
+    for (std::size_t time = 0; time <= 20; ++time) {  // the last one counts
+        fs::remove(book("other.txt"));
+        downloads.fetch(books[time % books.size()]);
+        EXPECT_LE(fs::file_size(copy), 3 * fs::file_size(mapFile()));
+    }
+    const auto map = mappedFiles(account);
+    EXPECT_EQ(map.size(), 5U);
+    EXPECT_EQ(map.at("other.txt"), map.at("first.txt"));
+    fs::resize_file(copy, fs::file_size(copy) + 3);
+    fs::resize_file(mapFile(), 0);
+    KeptBookMap{account};
+    EXPECT_EQ(mappedFiles(account), map);
+    EXPECT_EQ(readFile(copy), readFile(mapFile()));
 }
 
 // An upload has moved a book to another name: its former file must not come back as a second one.
@@ -127,7 +160,7 @@ TEST_F(Loss, DownloadWithoutAMapEntryFailsAndTakesItsFileBack) {
     const BookDescription first = session->getAddedBooks().front();
     {
         const auto back = blocked(mapFile());
-        EXPECT_NE(failureOf([&] { downloadBook(*session, account, first); }), "");
+        EXPECT_NE(failureOf([&] { Downloads(*session, account).fetch(first); }), "");
     }
     EXPECT_FALSE(fs::exists(book("first_1.txt")));
     EXPECT_EQ(mappedFiles(account).size(), 2U);
@@ -138,7 +171,7 @@ TEST_F(Loss, FailedDownloadLeavesPresentBooksAlone) {
     const AccountLock lock(account);
     service.inject("DownloadContent:cut=3,filename=first.txt");
     for (const auto& entry : session->getAddedBooks())
-        EXPECT_THAT(failureOf([&] { downloadBook(*session, account, entry); }),
+        EXPECT_THAT(failureOf([&] { Downloads(*session, account).fetch(entry); }),
                     HasSubstr("no whole file came"));
     EXPECT_EQ(readFile(book("first.txt")), "The first book.\n");
 }

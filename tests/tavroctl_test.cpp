@@ -155,6 +155,10 @@ TEST_F(Tavroctl, OneFailedDownloadDoesNotStopTheOthers) {
         EXPECT_THAT(run({"download", item, "--json"}).out, HasSubstr("leads out of")) << name;
     }
     EXPECT_FALSE(std::filesystem::exists(root.syncFolder() + "/../out.txt"));
+    service.inject("DownloadContent:times=1,cut=3,filename=../out.txt");
+    EXPECT_THAT(run({"download", item, "--json"}).out, HasSubstr("leads out of"));
+    EXPECT_FALSE(std::filesystem::exists(root.syncFolder() + "/../out.txt.downloading"));
+    EXPECT_THAT(run({"map"}).out, Not(HasSubstr("out.txt")));
 
     const std::string other = report[1]["item"];
     service.stop();

@@ -5,9 +5,9 @@
 
 #include <cerrno>
 
-#include "account/book_map.h"
 #include "account/files.h"
 #include "account/journal.h"
+#include "account/kept_book_map.h"
 #include "account/own_files.h"
 #include "platform/account_files.h"
 #include "posix/atomic_file.h"

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "account/account.h"
 #include "program/failure.h"
@@ -14,6 +15,13 @@ using MappedFiles = std::map<std::string, int>;
 /// The book map of `account`; empty when there is none yet.
 MappedFiles mappedFiles(const Account& account);
 
+/// Whether the file name `name`, which the service has chosen, leads out of the folder that it is
+/// relative to.
+bool leadsOut(const std::string& name);
+
+/// Takes the entry of the file `name` out of the book map of `account`.
+void forgetBook(const Account& account, const std::string& name);
+
 /// Why nothing can be done with the file `name`: the book map has no entry of it.
 Failure unknownToBookMap(const std::string& name);
 
@@ -24,12 +32,8 @@ Failure unknownToBookMap(const std::string& name);
 /// read or written.
 void requireBookMap(const Account& account, const MappedFiles& before, MappedFiles expected);
 
-/// Gives books of the download folder the entries of the book map back that were lost since the
-/// last call, and then copies the map for the next one. The map is rewritten in place and without a
-/// look at the outcome, so whoever is killed meanwhile, or finds the disk full, leaves a part of
-/// it. To be called under the account's lock, after it was taken and after each change.
-///
-/// Throws Failure when the map or its copy cannot be written; the copy then stays as it was.
-void repairAndCopyBookMap(const Account& account);
+/// Whether the file of the book map has just the bytes `content`. Throws Failure when it cannot be
+/// read.
+bool isBookMap(const Account& account, std::string_view content);
 
 }  // namespace tavro::tools

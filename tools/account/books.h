@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "account/account.h"
-#include "tavro.h"
 
 namespace tavro::tools {
 
@@ -22,8 +21,5 @@ inline constexpr const char* missing_folder_advice =
 /// Failure when it is missing although books have been downloaded, as when a card is not in: the
 /// account's books would all be downloaded again.
 void requireDownloadFolder(const Account& account);
-
-/// Downloads `book`. @return the file's name in the download folder, where it now lies.
-std::string downloadBook(Tavro& session, const Account& account, const BookDescription& book);
 
 }  // namespace tavro::tools

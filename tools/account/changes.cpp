@@ -2,6 +2,7 @@
 
 #include "account/book_map.h"
 #include "account/files.h"
+#include "account/kept_book_map.h"
 #include "platform/account_files.h"
 #include "program/failure.h"
 #include "server/result_codes.h"

@@ -60,12 +60,14 @@ void Output::result(const Json& json, const std::string& text) const {
         throw Failure("the result cannot be written to standard output");
 }
 
-void Output::result(const Json& json, const Table& table, const std::string& empty) const {
+void Output::result(const Json& json, const Table& table, const std::string& empty,
+                    const std::string& end) const {
+    if (table.rows.empty())
+        return result(json, empty);
     const auto screen = window();
-    std::string text = table.rows.empty() ? empty + "\n"
-                       : screen           ? table.text(screen->columns)
-                                          : table.text();
-    text.pop_back();
+    std::string text = table.text(screen ? screen->columns : Table::unlimited) + end;
+    if (end.empty())
+        text.pop_back();  // the line end
     result(json, text);
 }
 

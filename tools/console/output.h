@@ -47,9 +47,10 @@ public:
     /// standard output takes it not.
     void result(const Json& json, const std::string& text) const;
 
-    /// Prints a result: `json` or `table`, cut to the width of a terminal, or `empty` when the
-    /// table has no rows.
-    void result(const Json& json, const Table& table, const std::string& empty) const;
+    /// Prints a result: `json` or `table`, cut to the width of a terminal, with the line `end`, if
+    /// any, behind it; or `empty` when the table has no rows.
+    void result(const Json& json, const Table& table, const std::string& empty,
+                const std::string& end = {}) const;
 
     /// Prints `listing`, or for a person `empty` when there is nothing in it.
     void list(const Listing& listing, const std::string& empty) const {

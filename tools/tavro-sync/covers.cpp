@@ -2,8 +2,10 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -68,15 +70,20 @@ CURLcode get(const std::string& url, std::string& body) {
 
 }  // namespace
 
-std::string Covers::pathOf(int item, const char* extension) const {
-    return folder_ + "/" + std::to_string(item) + extension;
+std::set<std::string>& Covers::present() {
+    if (present_)
+        return *present_;
+    present_.emplace();
+    std::error_code unread;  // as long as no cover was stored
+    for (fs::directory_iterator entry(folder_, unread), end; entry != end; entry.increment(unread))
+        present_->insert(entry->path().filename());
+    return *present_;
 }
 
-bool Covers::has(int item) const {
-    for (const auto& kind : kinds)
-        if (std::error_code error; fs::exists(pathOf(item, kind.second), error))
-            return true;
-    return false;
+bool Covers::has(int item) {
+    return std::any_of(std::begin(kinds), std::end(kinds), [&](const auto& kind) {
+        return present().count(std::to_string(item) + kind.second) > 0;
+    });
 }
 
 std::string Covers::hostOf(const std::string& url) {
@@ -99,13 +106,18 @@ void Covers::fetch(int item, const std::string& url) {
     std::error_code error;
     if (!fs::is_directory(folder_, error) && !fs::create_directory(folder_, error) && error)
         throw Failure("cannot create " + folder_ + ": " + error.message());
-    replaceFile(pathOf(item, extension), image);
+    const std::string name = std::to_string(item) + extension;
+    replaceFile(folder_ + "/" + name, image);
+    present().insert(name);
 }
 
-void Covers::remove(int item) const {
-    for (const auto& kind : kinds)
-        if (std::error_code error; fs::exists(pathOf(item, kind.second), error))
-            fs::remove(pathOf(item, kind.second), error);
+void Covers::remove(int item) {
+    for (const auto& kind : kinds) {
+        const std::string name = std::to_string(item) + kind.second;
+        std::error_code error;
+        fs::remove(folder_ + "/" + name, error);
+        present().erase(name);
+    }
 }
 
 }  // namespace tavro::tools

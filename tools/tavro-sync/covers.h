@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -13,8 +14,8 @@ public:
     /// Covers in `folder`, which is made when the first one is stored, though not the folder above.
     explicit Covers(std::string folder) : folder_(std::move(folder)) {}
 
-    /// Whether there is a cover of `item`.
-    bool has(int item) const;
+    /// Whether there is a cover of `item`. The folder is read once: no other program adds covers.
+    bool has(int item);
 
     /// Whether the host of the address `url` failed to answer this object before.
     bool isSilent(const std::string& url) const { return silentHosts_.count(hostOf(url)) > 0; }
@@ -24,13 +25,14 @@ public:
     void fetch(int item, const std::string& url);
 
     /// Removes every cover of `item` that can be removed.
-    void remove(int item) const;
+    void remove(int item);
 
 private:
-    std::string pathOf(int item, const char* extension) const;
+    std::set<std::string>& present();
     static std::string hostOf(const std::string& url);
 
     std::string folder_;
+    std::optional<std::set<std::string>> present_;  // names of the images, once they are read
     std::set<std::string> silentHosts_;
 };
 

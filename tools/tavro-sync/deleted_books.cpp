@@ -1,11 +1,10 @@
 #include "tavro-sync/deleted_books.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include "account/book_map.h"
-#include "account/books.h"
 #include "account/journal.h"
+#include "account/kept_book_map.h"
 
 namespace fs = std::filesystem;
 
@@ -19,12 +18,6 @@ std::set<std::string> changedNames(const Account& account) {
     for (const auto& change : pendingChanges(account))
         names.insert({change.oldName, change.newName});
     return names;
-}
-
-/// Whether `name`, which the service has chosen, leads out of the folder that it is relative to.
-bool leadsOut(const std::string& name) {
-    const fs::path path(name);
-    return std::find(path.begin(), path.end(), "..") != path.end();
 }
 
 /// Removes the file `path`. @return whether there is none now.
@@ -41,8 +34,10 @@ bool isRemoved(const fs::path& path) {
 
 DeletedFiles removeBooks(const Account& account, const std::string& folder,
                          const std::set<int>& items) {
-    const auto changed = changedNames(account);
     DeletedFiles files;
+    if (items.empty())
+        return files;
+    const auto changed = changedNames(account);
     const auto before = mappedFiles(account);
     for (const auto& [name, item] : before) {
         if (items.count(item) == 0)

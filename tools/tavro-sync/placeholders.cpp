@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <string_view>
 
 #include "account/files.h"
 #include "client/placeholder.h"
@@ -17,14 +19,20 @@ namespace tavro::tools {
 
 namespace {
 
+/// The item of which a file called `name` would be the placeholder; empty when of none.
+std::string itemNamedBy(const std::string& name) {
+    constexpr std::string_view extension = placeholder::extension;
+    const std::size_t end = name.size() - std::min(name.size(), extension.size());
+    const bool named = name.compare(end, extension.size(), extension) == 0 &&
+                       name.find_first_not_of("-0123456789") == end;
+    return named ? name.substr(0, end) : "";
+}
+
 /// Whether the file `path` is named like a placeholder and is one, or was interrupted on its way.
-bool isPlaceholder(const fs::path& path) {
-    const std::string item = path.stem();
+bool isPlaceholder(const std::string& path) {
+    const std::string item = itemNamedBy(path.substr(path.rfind('/') + 1));
     std::error_code unknown;
-    if (!fs::is_regular_file(fs::symlink_status(path, unknown)))
-        return false;
-    if (path.extension() != placeholder::extension ||
-        item.find_first_not_of("-0123456789") != std::string::npos)
+    if (item.empty() || !fs::is_regular_file(fs::symlink_status(path, unknown)))
         return false;
     const std::string word = placeholder::itemIn(path).value_or("unreadable");
     return word.empty() || word == item;

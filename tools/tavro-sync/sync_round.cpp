@@ -1,6 +1,7 @@
 #include "tavro-sync/sync_round.h"
 
 #include <filesystem>
+#include <optional>
 
 #include "account/account_lock.h"
 #include "account/books.h"
@@ -132,33 +133,43 @@ void SyncRound::announce(const std::vector<BookDescription>& books) {
 }
 
 void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescription>& books) {
+    std::optional<Downloads> downloads;
+    if (!missing_.empty())
+        downloads.emplace(session, account_);
     for (const auto& book : books) {
-        if (!hasItemNumber(book))
+        const bool isMissing = missing_.count(itemNumber(book)) > 0;
+        if (!hasItemNumber(book) || !(isMissing || lacksCover(book)))
             continue;
         requireAccount();
-        fetchCover(book);
-        if (missing_.count(itemNumber(book)) > 0 && !isServiceGone_)
-            download(session, book);
+        if (lacksCover(book))
+            fetchCover(book);
+        if (isMissing && !isServiceGone_)
+            download(*downloads, book);
     }
     requireAccount();
+    if (!downloads)
+        return;
     placeMissing();  // one that could not be removed would count as pending
     updateList(true);
 }
 
-void SyncRound::download(Tavro& session, const BookDescription& book) {
+void SyncRound::download(Downloads& downloads, const BookDescription& book) {
     std::string name;
     try {
-        name = downloadBook(session, account_, book);
+        name = downloads.fetch(book);
     } catch (const Failure& failure) {
         fail("did not get " + nameOf(book) + ": " + failure.what());
         if (!isDownloadPageReachable())
             giveUp();
         return;
     }
-    std::error_code ignored;
-    if (!isStillLoggedIn())  // a log-out takes the books with it, the one on its way as well
+    try {
+        requireAccount();
+    } catch (...) {  // a log-out takes the books with it, the one on its way as well
+        std::error_code ignored;
         fs::remove(folder_ + "/" + name, ignored);
-    requireAccount();
+        throw;
+    }
     log_.note("downloaded " + nameOf(book) + " as " + name);
     ++downloaded_;
     missing_.erase(itemNumber(book));
@@ -172,12 +183,14 @@ void SyncRound::giveUp() {
          " missing: no answer from " + downloadAddress());
 }
 
-void SyncRound::fetchCover(const BookDescription& book) {
+bool SyncRound::lacksCover(const BookDescription& book) {
     const std::string& url = book.field(BookDescription::CoverArtImage);
-    if (url.empty() || covers_.has(itemNumber(book)) || covers_.isSilent(url))
-        return;
+    return !url.empty() && !covers_.has(itemNumber(book)) && !covers_.isSilent(url);
+}
+
+void SyncRound::fetchCover(const BookDescription& book) {
     try {
-        covers_.fetch(itemNumber(book), url);
+        covers_.fetch(itemNumber(book), book.field(BookDescription::CoverArtImage));
         log_.note("stored the cover of " + nameOf(book));
     } catch (const Failure& failure) {
         log_.note(failure.what());

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "account/account.h"
+#include "account/downloads.h"
 #include "tavro-sync/activity_log.h"
 #include "tavro-sync/covers.h"
 #include "tavro-sync/placeholders.h"
@@ -49,10 +50,11 @@ private:
     void removeDeleted(const Tavro& session);
     void announce(const std::vector<BookDescription>& books);
     void downloadMissing(Tavro& session, const std::vector<BookDescription>& books);
-    void download(Tavro& session, const BookDescription& book);
+    void download(Downloads& downloads, const BookDescription& book);
 
     /// Has the round ask for no more book: nobody answers, and each would wait for that anew.
     void giveUp();
+    bool lacksCover(const BookDescription& book);
     void fetchCover(const BookDescription& book);
     void placeMissing();
     void updateList(bool now);

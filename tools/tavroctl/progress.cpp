@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "account/service_failure.h"
+#include "tavroctl/waiting_note.h"
 #include "transport/partial_file.h"
 
 namespace fs = std::filesystem;
@@ -14,6 +16,9 @@ namespace {
 
 constexpr auto interval = std::chrono::milliseconds(200);
 
+/// A file's time may lie so much before the moment of its writing.
+constexpr auto clock_tick = std::chrono::milliseconds(10);
+
 /// `bytes` in the unit that suits them, as "1.5 MB".
 std::string inUnits(double bytes) {
     char text[32];
@@ -23,10 +28,11 @@ std::string inUnits(double bytes) {
     return text;
 }
 
-/// Size of the partial file of `folder` that was written last; 0 when there is none.
-std::uintmax_t partialSize(const fs::path& folder) {
+/// Size of the partial file of `folder` that was written last, `passed` ago at most; 0 when there
+/// is none.
+std::uintmax_t partialSize(const fs::path& folder, fs::file_time_type::duration passed) {
     std::uintmax_t size = 0;
-    auto newest = fs::file_time_type::min();
+    auto newest = fs::file_time_type::clock::now() - passed - clock_tick;
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
         if (entry->path().extension() != transport::partial_suffix)
@@ -44,11 +50,8 @@ std::uintmax_t partialSize(const fs::path& folder) {
 
 }  // namespace
 
-DownloadProgress::DownloadProgress(const Output& output, fs::path folder, std::string label)
-    : output_(output), folder_(std::move(folder)), label_(std::move(label)) {
-    if (output_.hasTerminal())
-        watcher_ = std::thread([this] { watch(); });
-}
+DownloadProgress::DownloadProgress(const Output& output, fs::path folder)
+    : output_(output), folder_(std::move(folder)) {}
 
 DownloadProgress::~DownloadProgress() {
     if (!watcher_.joinable())
@@ -62,16 +65,42 @@ DownloadProgress::~DownloadProgress() {
     output_.transient("");
 }
 
+void DownloadProgress::begin(const std::string& label) {
+    if (!output_.hasTerminal())
+        return;
+    {
+        const std::lock_guard lock(mutex_);
+        label_ = label;
+        begin_ = Clock::now();
+    }
+    if (!watcher_.joinable())
+        watcher_ = std::thread([this] { watch(); });
+}
+
 void DownloadProgress::watch() {
-    using Seconds = std::chrono::duration<double>;
-    const auto begin = std::chrono::steady_clock::now();
     std::unique_lock lock(mutex_);
     do {
-        const auto bytes = static_cast<double>(partialSize(folder_));
-        const Seconds passed = std::chrono::steady_clock::now() - begin;
-        const double rate = passed < interval ? 0 : bytes / passed.count();
-        output_.transient(label_, "  " + inUnits(bytes) + "  " + inUnits(rate) + "/s");
+        const std::string label = label_;
+        const Clock::time_point begin = begin_;
+        lock.unlock();  // the next download waits for no folder to be read
+        show(label, begin);
+        lock.lock();
     } while (!wake_.wait_for(lock, interval, [this] { return ended_; }));
+}
+
+void DownloadProgress::show(const std::string& label, Clock::time_point begin) {
+    const Clock::time_point now = Clock::now();
+    const std::uintmax_t size = partialSize(folder_, now - begin);
+    if (size != size_ || grown_ < begin) {
+        grown_ = size == 0 ? begin : now;
+        size_ = size;
+    }
+    if (now - grown_ >= patience)
+        return output_.transient(label, "  waiting for " + downloadAddress() + " ...");
+    const std::chrono::duration<double> passed = now - begin;
+    const auto bytes = static_cast<double>(size);
+    const double rate = passed < interval ? 0 : bytes / passed.count();
+    output_.transient(label, "  " + inUnits(bytes) + "  " + inUnits(rate) + "/s");
 }
 
 }  // namespace tavro::tools

@@ -1,15 +1,8 @@
 #include "tavroctl/waiting_note.h"
 
-#include <chrono>
 #include <utility>
 
 namespace tavro::tools {
-
-namespace {
-
-constexpr auto patience = std::chrono::seconds(2);
-
-}  // namespace
 
 WaitingNote::WaitingNote(const Output& output, std::string whom)
     : output_(output), whom_(std::move(whom)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <string>
@@ -8,6 +9,9 @@
 #include "console/output.h"
 
 namespace tavro::tools {
+
+/// How long a person waits without being told for whom.
+inline constexpr std::chrono::seconds patience(2);
 
 /// Says whom the program waits for, once it has lived for two seconds and until it goes, when
 /// standard error is a terminal. A thread of its own does so, since the library blocks the calling

@@ -53,18 +53,18 @@ private:
         std::error_code error;
         fs::directory_iterator entry(path.empty() ? folder_ : folder_ / path, error);
         while (!error && entry != fs::directory_iterator()) {
-            readEntry(*entry);
+            readEntry(*entry, path);
             entry.increment(error);
         }
         if (error)
             content.unread[path] = error.message();
     }
 
-    void readEntry(const fs::directory_entry& entry) {
+    void readEntry(const fs::directory_entry& entry, const std::string& folder) {
         const std::string name = entry.path().filename();
         if (name.front() == '.')
             return;
-        const std::string path = entry.path().lexically_relative(folder_);
+        const std::string path = folder.empty() ? name : folder + "/" + name;
         std::error_code error;
         const bool link = entry.is_symlink(error);
         const fs::file_type type = entry.status(error).type();

@@ -7,6 +7,7 @@
 #include "account/account_lock.h"
 #include "account/books.h"
 #include "account/catalogue.h"
+#include "account/downloads.h"
 #include "account/service_failure.h"
 #include "account/session.h"
 #include "program/counted.h"
@@ -20,6 +21,7 @@ namespace tavro::tools {
 namespace {
 
 using Books = std::vector<BookDescription>;
+using Chosen = std::vector<const BookDescription*>;
 
 struct Options {
     std::vector<std::string> items;
@@ -38,45 +40,63 @@ const BookDescription& find(const Books& books, const std::string& item) {
 }
 
 /// The books with the item IDs `items`, each once. Throws Failure.
-Books chosen(const std::vector<std::string>& items, const Books& books) {
-    Books wanted;
+Chosen chosen(const std::vector<std::string>& items, const Books& books) {
+    Chosen wanted;
     for (auto item = items.begin(); item != items.end(); ++item)
         if (std::find(items.begin(), item, *item) == item)
-            wanted.push_back(find(books, *item));
+            wanted.push_back(&find(books, *item));
     return wanted;
 }
 
-/// What a download run has done: the results to print, and their numbers.
-struct Report {
-    Listing listing{"ITEM", "TITLE", "RESULT"};
-    std::map<std::string, std::size_t> counts;
+/// What became of one book.
+struct Result {
+    const BookDescription* book;
+    const char* result;
+    std::string detail;
+};
 
-    void add(const BookDescription& book, const std::string& result, const std::string& detail) {
-        ++counts[result];
-        const std::string& item = book.field(BookDescription::ItemID);
-        const std::string& title = book.field(BookDescription::Title);
-        listing.add({{"item", item}, {"title", title}, {"result", result}, {"detail", detail}},
-                    {item, title, result + ": " + detail});
+/// What a download run has done. Small until it is printed: the library walks through its book map
+/// for each book, and what lies amid that in memory makes each walk longer.
+class Report {
+public:
+    void add(const BookDescription& book, const char* result, std::string detail) {
+        ++counts_[result];
+        results_.push_back({&book, result, std::move(detail)});
     }
 
-    void print(const Account& account, const Output& output) {
-        const auto count = [this](const char* result) {
-            return std::to_string(counts[result]) + " " + result;
-        };
-        if (listing.table.rows.empty())
-            return output.list(listing, whyNoBooks(account));
-        output.result(listing.json, listing.table.text() + count("downloaded") + ", " +
-                                        count("present") + ", " + count("failed"));
+    std::size_t count(const char* result) const {
+        const auto found = counts_.find(result);
+        return found == counts_.end() ? 0 : found->second;
     }
+
+    void print(const Account& account, const Output& output) const {
+        Listing listing{"ITEM", "TITLE", "RESULT"};
+        for (const auto& [book, result, detail] : results_) {
+            const std::string& item = book->field(BookDescription::ItemID);
+            const std::string& title = book->field(BookDescription::Title);
+            listing.add({{"item", item}, {"title", title}, {"result", result}, {"detail", detail}},
+                        {item, title, std::string(result) + ": " + detail});
+        }
+        output.result(listing.json, listing.table, whyNoBooks(account),
+                      told("downloaded") + ", " + told("present") + ", " + told("failed"));
+    }
+
+private:
+    std::string told(const char* result) const {
+        return std::to_string(count(result)) + " " + result;
+    }
+
+    std::vector<Result> results_;
+    std::map<std::string, std::size_t> counts_;
 };
 
 /// The books of which no file is here; the others go into `report`.
-Books missing(const Account& account, const Books& books, Report& report) {
+Chosen missing(const Account& account, const Books& books, Report& report) {
     auto present = presentFiles(account);
-    Books wanted;
+    Chosen wanted;
     for (const auto& book : books)
         if (const auto& files = present[itemNumber(book)]; files.empty())
-            wanted.push_back(book);
+            wanted.push_back(&book);
         else
             report.add(book, "present", joined(files, ", "));
     return wanted;
@@ -85,17 +105,17 @@ Books missing(const Account& account, const Books& books, Report& report) {
 /// Downloads `books` one after the other; one that fails does not stop the others, unless the
 /// service is down. @return the failure that tells so, if it is.
 std::optional<Failure> downloadEach(Tavro& session, const Account& account, const Output& output,
-                                    const Books& books, Report& report) {
-    const auto folder = account.downloadFolder();
+                                    const Chosen& books, Report& report) {
+    Downloads downloads(session, account);
+    DownloadProgress progress(output, account.downloadFolder());
     std::size_t number = 0;
-    for (const auto& book : books) {
-        const std::string label = std::to_string(++number) + " of " + std::to_string(books.size()) +
-                                  "  " + book.field(BookDescription::Title);
+    for (const BookDescription* book : books) {
+        progress.begin(std::to_string(++number) + " of " + std::to_string(books.size()) + "  " +
+                       book->field(BookDescription::Title));
         try {
-            const DownloadProgress progress(output, folder, label);
-            report.add(book, "downloaded", downloadBook(session, account, book));
+            report.add(*book, "downloaded", downloads.fetch(*book));
         } catch (const Failure& failure) {
-            report.add(book, "failed", failure.what());
+            report.add(*book, "failed", failure.what());
             if (isDownloadPageReachable())
                 continue;
             return noAnswer("the download stopped, with " + counted(books.size() - number, "book") +
@@ -113,14 +133,14 @@ void download(const Options& options, const Account& account, const Output& outp
     const AccountLock lock(account);
     requireDownloadFolder(account);
     Report report;
-    const auto& catalogue = catalogueOf(*session, account);
-    const Books books =
+    const Books catalogue = catalogueOf(*session, account);
+    const Chosen books =
         options.all ? missing(account, catalogue, report) : chosen(options.items, catalogue);
     const auto down = downloadEach(*session, account, output, books, report);
     report.print(account, output);
     if (down)
         throw *down;
-    if (const std::size_t failures = report.counts["failed"]; failures > 0)
+    if (const std::size_t failures = report.count("failed"); failures > 0)
         throw Failure(
             std::to_string(failures) + " of " + std::to_string(books.size()) + " downloads failed",
             "run the same command again; 'tavroctl sync' tells whether service and session "

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "account/account.h"
+#include "account/kept_book_map.h"
+#include "tavro.h"
+
+namespace tavro::tools {
+
+/// Downloads books for an account, one after the other. To be made, and used, under the account's
+/// lock.
+class Downloads {
+public:
+    /// Downloads of `session` for `account`; both must outlive it. Throws Failure when the book map
+    /// cannot be read or written.
+    Downloads(Tavro& session, const Account& account);
+
+    /// Downloads `book`. @return the file's name in the download folder, where it now lies. Throws
+    /// Failure; the next book can be tried then.
+    std::string fetch(const BookDescription& book);
+
+private:
+    void recordOrRemove(const std::string& name, int item);
+
+    Tavro& session_;
+    const Account& account_;
+    KeptBookMap map_;
+};
+
+}  // namespace tavro::tools
