@@ -288,14 +288,15 @@ TEST_F(Tavroctl, TitlesNeitherSteerNorFloodTheTerminal) {
     EXPECT_THAT(run({"books"}).out, HasSubstr("2Jb" + wide + "  "));
     EXPECT_EQ("978", done({"books"})[0]["isbn"]);
     Terminal books(tavroctl({"books"}), {24, 40, 0, 0});
-    books.expect("2Jb" + wide.substr(0, 4 * 3) + "\xE2\x80\xA6  ");  // 14 columns
+    books.expect("2Jb" + wide.substr(0, 12) +
+                 "\xE2\x80\xA6  ");  // 14 columns: 4 characters of 3 bytes
     EXPECT_EQ(0, books.wait());
     service.inject("DownloadContent:delay=300,times=1");
     Terminal download(tavroctl({"download", "7"}), {24, 40, 0, 0});
     download.expect(
         "\x1B[K1 of 1  a\xEF\xBF\xBD"
         "2Jb" +
-        wide.substr(0, 5 * 3) + "\xE2\x80\xA6  0 kB  0 kB/s\r");
+        wide.substr(0, 15) + "\xE2\x80\xA6  0 kB  0 kB/s\r");
     EXPECT_EQ(1, download.wait());
     EXPECT_THAT(run({"books"}).out, AllOf(HasSubstr("a\xEF\xBF\xBD"
                                                     "2Jb"),
