@@ -1,0 +1,101 @@
+#include "support/subject.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+
+#include "support/child.h"
+#include "support/diagnostics.h"
+
+namespace bench {
+
+namespace {
+
+struct Peaks {
+    double ours;
+    double limit;
+};
+
+bool failed = false;
+
+/// The subject `name`, made anew only if the one before was another.
+const Subject& prepared(const std::string& name, const Family& family, std::int64_t size) {
+    static std::string current;
+    static std::unique_ptr<const Subject> subject;
+    if (name != current) {
+        subject.reset();  // which may have the same files
+        current.clear();
+        subject = std::make_unique<const Subject>(family.make(size));
+        current = name;
+    }
+    return *subject;
+}
+
+/// Runs both sides in turn, so that whatever else the machine does meets both.
+void measure(benchmark::State& state, const Subject& subject, const Peaks& peaks) {
+    Cost ours;
+    Cost limit;
+    while (state.KeepRunning()) {
+        const Cost first = subject.ours.run();
+        const Cost second = subject.limit.run();
+        state.SetIterationTime(first.elapsed + second.elapsed);
+        ours = ours + first;
+        limit = limit + second;
+    }
+    const auto each = benchmark::Counter::kAvgIterations;
+    state.counters = {{"ours", {ours.processor, each}},
+                      {"limit", {limit.processor, each}},
+                      {"ours_elapsed", {ours.elapsed, each}},
+                      {"limit_elapsed", {limit.elapsed, each}},
+                      {"ours_peak", peaks.ours},
+                      {"limit_peak", peaks.limit}};
+}
+
+/// The memory that both sides take, found in a process of its own for this one to stay small.
+Peaks peaksOf(const Family& family, std::int64_t size) {
+    return inChild([&] {
+        const Subject subject = family.make(size);
+        return Peaks{subject.ours.peak(), subject.limit.peak()};
+    });
+}
+
+void add(const Family& family, std::int64_t size, bool once) {
+    const std::string name = family.name + "/" + std::to_string(size);
+    const Peaks peaks = peaksOf(family, size);
+    const auto run = [=](benchmark::State& state) {
+        try {
+            measure(state, prepared(name, family, size), peaks);
+            state.SetLabel(family.unit);
+        } catch (const std::exception& error) {
+            failed = true;
+            tell(name + ": " + error.what());
+            state.SkipWithError(error.what());
+        }
+    };
+    auto* const registered = benchmark::RegisterBenchmark(name.c_str(), run)->UseManualTime();
+    if (once || family.iterations > 0)
+        registered->Iterations(once ? 1 : family.iterations);
+}
+
+}  // namespace
+
+void add(const Family& family, const std::vector<std::string>& names, bool once) {
+    const auto isNamed = [&](const std::string& name) {
+        return std::count(names.begin(), names.end(), name) > 0;
+    };
+    const bool wanted = names.empty() || isNamed(family.name);
+    for (const std::int64_t size : family.sizes) {
+        const bool asked = isNamed(family.name + "/" + std::to_string(size));
+        const bool usual = once ? size == family.sizes.front() : size <= family.unasked;
+        if (asked || (wanted && usual))
+            add(family, size, once);
+    }
+}
+
+bool hasFailed() {
+    return failed;
+}
+
+}  // namespace bench
