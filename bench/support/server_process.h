@@ -14,7 +14,7 @@ public:
 
     /// Calls `serve` there, which reports its port once it listens and then serves for ever.
     explicit ServerProcess(const std::function<void(const Report&)>& serve)
-        : child_([&](int result) { serve([result](int port) { send(result, port); }); }),
+        : child_([&](int result) { serve([result](int number) { send(result, number); }); }),
           port(child_.result<int>()) {}
 
     pid_t id() const { return child_.id(); }
