@@ -51,10 +51,10 @@ Subject downloadAll(std::int64_t books) {
 Subject idleRound(std::int64_t books) {
     const auto account = std::make_shared<const ReaderAccount>(books);
     account->placeBooks();
-    const auto keep = [account] {};
-    return {inPrograms({TAVRO_BENCH_TAVRO_SYNC}, keep),
-            inPrograms({TAVRO_BENCH_PLAIN_ROUND " " + account->device.configuration() + " " +
-                        account->device.syncFolder()})};
+    const Action limit = inPrograms({TAVRO_BENCH_PLAIN_ROUND " " + account->device.configuration() +
+                                     " " + account->device.syncFolder()});
+    limit.run();  // which fails unless all books are there, and so the round is idle
+    return {inPrograms({TAVRO_BENCH_TAVRO_SYNC}, [account] {}), limit};
 }
 
 /// Looks at the size and the time of each file of `folder`.

@@ -75,7 +75,7 @@ void ReaderAccount::removeBooks() const {
 
 void ReaderAccount::placeBooks() const {
     removeBooks();
-    fs::copy(bookFolder, device.syncFolder(), fs::copy_options::overwrite_existing);
+    fs::copy(bookFolder, device.syncFolder(), fs::copy_options::recursive);
     require(inChild([this] { return mapAll(device); }), "the map is written");
 }
 
