@@ -6,7 +6,10 @@
 #include <filesystem>
 #include <memory>
 
+#include "server/built_in_settings.h"
+#include "support/raw_curl.h"
 #include "support/reader_account.h"
+#include "support/require.h"
 #include "support/subject.h"
 
 namespace bench {
@@ -65,8 +68,14 @@ void lookAtFiles(const std::string& folder) {
 
 Subject serviceSync(std::int64_t books) {
     const auto account = std::make_shared<const ReaderAccount>(books);
-    const Action sync = inPrograms({tavroctl + "sync"}, [account] {});
-    return {asSeenBy(account->service, sync),
+    const auto curl = std::make_shared<RawCurl>();
+    const std::string url =
+        std::string("http://127.0.0.1") + service_paths::device_api + "SysnWithCloud";
+    const auto sync = [=, body = account->syncRequest()] {
+        const std::string& answer = curl->request(url, account->service.port, body);
+        require(answer.find("<Error>1003<") != std::string::npos, "the service is willing");
+    };
+    return {asSeenBy(account->service, inProcess(sync)),
             inProcess([account] { lookAtFiles(account->bookFolder); })};
 }
 

@@ -56,9 +56,9 @@ void perform(CURL* curl, const std::string& url, int port) {
 
 RawCurl::RawCurl() : curl_(curl_easy_init()) {}
 
-std::string RawCurl::request(const std::string& url, int port, const std::string& body) const {
+const std::string& RawCurl::request(const std::string& url, int port, const std::string& body) {
     using folium::tavro::append;
-    std::string answer;
+    answer_.clear();
     folium::tavro::HeaderList headers;
     append(headers, "Content-Type: application/xml; charset=utf-8");
     append(headers, ("SOAPAction: " + url).c_str());
@@ -68,27 +68,27 @@ std::string RawCurl::request(const std::string& url, int port, const std::string
     setFollowing(curl);
     curl_easy_setopt(curl, CURLOPT_TIMEOUT, 60L);
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &bench::append);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer_);
     curl_easy_setopt(curl, CURLOPT_POST, 1L);
     curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
     curl_easy_setopt(curl, CURLOPT_POSTFIELDS, body.c_str());
     perform(curl, url, port);
-    return answer;
+    return answer_;
 }
 
-std::string RawCurl::upload(const std::string& url, int port, const Fields& fields,
-                            const std::string& path) const {
-    std::string answer;
+const std::string& RawCurl::upload(const std::string& url, int port, const Fields& fields,
+                                   const std::string& path) {
+    answer_.clear();
     Form form(fields);
     form.addFile(path);
     CURL* const curl = curl_.get();
     curl_easy_reset(curl);
     curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &append);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer_);
     curl_easy_setopt(curl, CURLOPT_POST, 1L);
     curl_easy_setopt(curl, CURLOPT_HTTPPOST, form.first);
     perform(curl, url, port);
-    return answer;
+    return answer_;
 }
 
 void RawCurl::download(const std::string& url, int port, const Fields& fields,

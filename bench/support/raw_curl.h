@@ -17,12 +17,12 @@ public:
 
     RawCurl();
 
-    /// Posts `body`. @return the answer.
-    std::string request(const std::string& url, int port, const std::string& body) const;
+    /// Posts `body`. @return the answer, valid until the next transfer.
+    const std::string& request(const std::string& url, int port, const std::string& body);
 
-    /// Posts a form of `fields` and the file `path`. @return the answer.
-    std::string upload(const std::string& url, int port, const Fields& fields,
-                       const std::string& path) const;
+    /// Posts a form of `fields` and the file `path`. @return the answer, likewise.
+    const std::string& upload(const std::string& url, int port, const Fields& fields,
+                              const std::string& path);
 
     /// Posts a form of `fields` and writes the answer to the file `path`.
     void download(const std::string& url, int port, const Fields& fields,
@@ -33,6 +33,7 @@ private:
         void operator()(CURL* curl) const { curl_easy_cleanup(curl); }
     };
     std::unique_ptr<CURL, Cleanup> curl_;
+    std::string answer_;  ///< keeps its memory, as the library's buffer does
 };
 
 }  // namespace bench

@@ -8,6 +8,7 @@
 #include "account/session.h"
 #include "bookmap.h"
 #include "service.h"
+#include "session/account_keys.h"
 #include "support/require.h"
 
 namespace fs = std::filesystem;
@@ -71,6 +72,13 @@ void ReaderAccount::removeBooks() const {
     fs::remove_all(device.syncFolder());
     fs::create_directory(device.syncFolder());
     fs::remove(device.file(account_files::book_map));
+}
+
+std::string ReaderAccount::syncRequest() const {
+    const Account account(device.configuration());
+    return "<SyncRequest><SessionID>" + account.value(account_keys::session) +
+           "</SessionID><Token>" + readFile(device.file(account_files::token)) +
+           "</Token><LastSynDateTime>0</LastSynDateTime></SyncRequest>";
 }
 
 void ReaderAccount::placeBooks() const {

@@ -17,6 +17,9 @@ public:
     /// Takes the books and the book map from the device.
     void removeBooks() const;
 
+    /// The body of the account's request for its catalogue.
+    std::string syncRequest() const;
+
     /// Puts all books and a complete book map onto the device.
     void placeBooks() const;
 
