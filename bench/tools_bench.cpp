@@ -73,7 +73,8 @@ Subject serviceSync(std::int64_t books) {
         std::string("http://127.0.0.1") + service_paths::device_api + "SysnWithCloud";
     const auto sync = [=, body = account->syncRequest()] {
         const std::string& answer = curl->request(url, account->service.port, body);
-        require(answer.find("<Error>1003<") != std::string::npos, "the service is willing");
+        require(answer.find("<Error>1003<") != std::string::npos,
+                "the service is willing: " + answer.substr(0, 300));
     };
     return {asSeenBy(account->service, inProcess(sync)),
             inProcess([account] { lookAtFiles(account->bookFolder); })};

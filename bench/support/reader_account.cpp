@@ -76,8 +76,9 @@ void ReaderAccount::removeBooks() const {
 
 std::string ReaderAccount::syncRequest() const {
     const Account account(device.configuration());
-    return "<SyncRequest><SessionID>" + account.value(account_keys::session) +
-           "</SessionID><Token>" + readFile(device.file(account_files::token)) +
+    return "<SyncRequest xmlns=\"http://www.tavro.example/deviceAPI\"><SessionID>" +
+           account.value(account_keys::session) + "</SessionID><Token>" +
+           readFile(device.file(account_files::token)) +
            "</Token><LastSynDateTime>0</LastSynDateTime></SyncRequest>";
 }
 

@@ -38,7 +38,7 @@ const Subject& prepared(const std::string& name, const Family& family, std::int6
 void measure(benchmark::State& state, const Subject& subject, const Peaks& peaks) {
     Cost ours;
     Cost limit;
-    for (bool oursFirst = true; state.KeepRunning(); oursFirst = !oursFirst) {
+    for (static bool oursFirst = true; state.KeepRunning(); oursFirst = !oursFirst) {
         const Cost first = (oursFirst ? subject.ours : subject.limit).run();
         const Cost second = (oursFirst ? subject.limit : subject.ours).run();
         state.SetIterationTime(first.elapsed + second.elapsed);
