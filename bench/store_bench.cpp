@@ -74,7 +74,7 @@ void writeMap(const FileDescriptor& file, const Store& store) {
 /// A map whose file has the records of `store`.
 std::shared_ptr<BookMap> fullMap(const Store& store) {
     writeMap(lockedMap(store), store);
-    const auto map = std::make_shared<BookMap>();
+    auto map = std::make_shared<BookMap>();
     map->path = store.path;
     require(map->GetBookMap().size() == store.names.size(), "the map reads its file");
     return map;

@@ -4,9 +4,11 @@
 #include <time.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include "support/child.h"
@@ -26,12 +28,13 @@ Cost launched(const std::string& program) {
     const std::string command = TAVRO_BENCH_LAUNCHER " " + program;
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> output(::popen(command.c_str(), "r"),
                                                                  ::pclose);
+    std::array<char, 256> line = {};
+    if (output)
+        std::fgets(line.data(), line.size(), output.get());
+    std::istringstream numbers(line.data());
     Cost cost;
     int status = -1;
-    if (!output ||
-        std::fscanf(output.get(), "%lf %lf %lf %d", &cost.processor, &cost.elapsed, &cost.peak,
-                    &status) != 4 ||
-        status != 0)
+    if (!(numbers >> cost.processor >> cost.elapsed >> cost.peak >> status) || status != 0)
         throw std::runtime_error("status " + std::to_string(status) + " of " + program);
     return cost;
 }

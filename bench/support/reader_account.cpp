@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "account/account_requests.h"
@@ -29,6 +30,7 @@ std::string withBooks(const std::string& folder, std::int64_t books) {
 void serve(const std::string& folder, const ServerProcess::Report& report) {
     tavro::service::Options options;
     options.books = folder;
+    ::setenv("TMPDIR", fs::path(folder).parent_path().c_str(), 1);  // as it will be killed
     const tavro::service::Service service(options);
     report(service.port());
     for (;;)
