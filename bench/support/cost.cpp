@@ -29,9 +29,8 @@ Cost launched(const std::string& program) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> output(::popen(command.c_str(), "r"),
                                                                  ::pclose);
     std::array<char, 256> line = {};
-    if (output)
-        std::fgets(line.data(), line.size(), output.get());
-    std::istringstream numbers(line.data());
+    const bool told = output && std::fgets(line.data(), line.size(), output.get()) != nullptr;
+    std::istringstream numbers(told ? line.data() : "");
     Cost cost;
     int status = -1;
     if (!(numbers >> cost.processor >> cost.elapsed >> cost.peak >> status) || status != 0)
