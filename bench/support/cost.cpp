@@ -45,14 +45,16 @@ Cost operator+(const Cost& left, const Cost& right) {
             std::max(left.peak, right.peak)};
 }
 
-Action inProcess(const std::function<void()>& action) {
-    const auto run = [action] {
+Action inProcess(const std::function<void()>& action, const std::function<void()>& prepare) {
+    const auto run = [action, prepare] {
+        prepare();
         const double start = secondsOf(CLOCK_MONOTONIC);
         const double used = secondsOf(CLOCK_PROCESS_CPUTIME_ID);
         action();
         return Cost{secondsOf(CLOCK_PROCESS_CPUTIME_ID) - used, secondsOf(CLOCK_MONOTONIC) - start};
     };
-    const auto growth = [action] {
+    const auto growth = [action, prepare] {
+        prepare();
         const double before = memoryOf("self", "VmRSS:");
         action();
         return memoryOf("self", "VmHWM:") - before;

@@ -21,8 +21,10 @@ struct Action {
     std::function<double()> peak;  ///< bytes of memory that it takes at most
 };
 
-/// Calls `action` in this process. Its peak is what a copy of this process grows by.
-Action inProcess(const std::function<void()>& action);
+/// Calls `action` in this process, and before it, unmeasured, `prepare`. Its peak is what a copy of
+/// this process grows by.
+Action inProcess(
+    const std::function<void()>& action, const std::function<void()>& prepare = [] {});
 
 /// Runs the programs `programs`, each a path and its arguments, one after the other; before them,
 /// unmeasured, `prepare`.
