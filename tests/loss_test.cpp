@@ -139,7 +139,7 @@ TEST_F(Loss, CopyOfTheBookMapGrowsByRecordsAndHoldsAllEntries) {
     EXPECT_EQ(map.at("other.txt"), map.at("first.txt"));
     fs::resize_file(copy, fs::file_size(copy) + 3);
     fs::resize_file(mapFile(), 0);
-    KeptBookMap{account};
+    repairAndCopyBookMap(account);
     EXPECT_EQ(mappedFiles(account), map);
     EXPECT_EQ(readFile(copy), readFile(mapFile()));
 }

@@ -67,7 +67,9 @@ private:
         const std::string path = folder.empty() ? name : folder + "/" + name;
         std::error_code error;
         const bool link = entry.is_symlink(error);
-        const fs::file_type type = entry.status(error).type();
+        // What the folder itself tells of most files spares a look at each.
+        const fs::file_type type =
+            entry.is_regular_file(error) ? fs::file_type::regular : entry.status(error).type();
         if (type == fs::file_type::none || type == fs::file_type::unknown) {
             content.unread[path] = error.message();
         } else if (type == fs::file_type::directory && !link) {
