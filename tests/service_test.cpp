@@ -258,6 +258,15 @@ TEST(Service, CatalogueTellsWhatTheBooksSay) {
     const auto again = served.client.Get(cover, {{"If-None-Match", tag}});
     EXPECT_EQ(std::pair(again->status, again->body), std::pair(304, std::string()));
 
+    // A second device does not have the whole book read again.
+    const TemporaryFolder shelf;
+    fs::copy_file(TAVRO_TEST_SAMPLES "/severny-veter.fb2.zip", shelf / "north.fb2.zip");
+    Served lent(serving(shelf / ""));
+    const std::string path = "/covers/" + lent.id("north.fb2.zip");
+    const std::string image = lent.get(path);
+    fs::remove(shelf / "north.fb2.zip");
+    EXPECT_TRUE(!image.empty() && lent.get(path) == image);
+
     // Devices remember item ids for longer than a service without a state file lives.
     Options options = serving(TAVRO_TEST_SAMPLES);
     options.entityReferences = true;

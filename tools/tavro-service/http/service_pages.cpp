@@ -3,7 +3,7 @@
 #include <memory>
 #include <mutex>
 
-#include "books/book_reader.h"
+#include "books/recent_covers.h"
 #include "http/body_reader.h"
 #include "http/pages.h"
 #include "page/page.h"
@@ -25,7 +25,14 @@ bool mayControl(const httplib::Request& request) {
     return isLoopback(request.remote_addr) && (request.method != "POST" || json);
 }
 
-void sendCover(DeviceApi& api, const httplib::Request& request, httplib::Response& response) {
+/// Covers, with the right to read them.
+struct Covers {
+    std::mutex mutex;
+    RecentCovers recent;
+};
+
+void sendCover(DeviceApi& api, RecentCovers& covers, const httplib::Request& request,
+               httplib::Response& response) {
     const long long id = std::stoll(request.matches[1]);
     const auto book = api.findBook(static_cast<int>(std::min<long long>(id, INT32_MAX)));
     response.status = 404;
@@ -38,11 +45,11 @@ void sendCover(DeviceApi& api, const httplib::Request& request, httplib::Respons
         response.status = 304;
         return;
     }
-    const BookDetails details = readBook(book->original);
-    if (details.cover.empty())
+    const Cover& cover = covers.of(book->original, book->version);
+    if (cover.bytes.empty())
         return;
     response.status = 200;
-    response.set_content(details.cover, details.coverType);
+    response.set_content(cover.bytes, cover.type);
 }
 
 /// Sends the page for people. It may fetch from this service only, and runs and shows only what
@@ -61,10 +68,10 @@ void sendPage(httplib::Response& response) {
 
 void addPublicPages(httplib::Server& server, DeviceApi& api) {
     // One after the other: whoever asks for many at once must not have many books unpacked at once.
-    const auto reading = std::make_shared<std::mutex>();
-    server.Get("/covers/(\\d{1,10})", [&api, reading](const auto& request, auto& response) {
-        const std::lock_guard lock(*reading);
-        sendCover(api, request, response);
+    const auto covers = std::make_shared<Covers>();
+    server.Get("/covers/(\\d{1,10})", [&api, covers](const auto& request, auto& response) {
+        const std::lock_guard lock(covers->mutex);
+        sendCover(api, covers->recent, request, response);
     });
     server.Get("/", [](const auto&, auto& response) { sendPage(response); });
     server.Get("/icon.svg", [](const auto&, auto& response) {
