@@ -26,7 +26,8 @@ struct Library {
     DeviceRoot device;
     std::string book;
     std::string cover;
-    std::string content;  ///< the file read last
+    std::string content;    ///< what was read; it grows, but is not made anew for each file
+    std::string_view last;  ///< the file read last
 
     explicit Library(std::int64_t books) {
         const std::string item = std::to_string(books / 2);
@@ -42,11 +43,13 @@ struct Library {
     /// Reads the file `name` of the account whole.
     void read(const std::string& name) {
         const std::string path = device.file(name);
-        content.resize(std::filesystem::file_size(path));
+        const std::size_t size = std::filesystem::file_size(path);
+        if (content.size() < size)
+            content.resize(size);
         const posix::FileDescriptor file(::open(path.c_str(), O_RDONLY));
-        require(::read(file.get(), content.data(), content.size()) ==
-                    static_cast<ssize_t>(content.size()),
+        require(::read(file.get(), content.data(), size) == static_cast<ssize_t>(size),
                 path + " is read");
+        last = {content.data(), size};
     }
 
 private:
@@ -106,7 +109,7 @@ Subject bookCover(std::int64_t books) {
              {account_files::configuration, account_files::token, account_files::book_map})
             library->read(file);
         library->read(account_files::catalogue);
-        expat->parse(library->content);
+        expat->parse(library->last);
         std::free(LoadBitmap(library->cover.c_str()));
     };
     return {inProcess(ours), inProcess(limit)};

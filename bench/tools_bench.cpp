@@ -22,8 +22,8 @@ const std::string tavroctl = TAVRO_BENCH_TAVROCTL " ";
 double processorTimeOf(pid_t process) {
     clockid_t clock = {};
     timespec time = {};
-    if (::clock_getcpuclockid(process, &clock) == 0)
-        ::clock_gettime(clock, &time);
+    require(::clock_getcpuclockid(process, &clock) == 0 && ::clock_gettime(clock, &time) == 0,
+            "the server's processor time is told");
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 

@@ -196,8 +196,8 @@ TEST_F(FailingCall, FailedWriteMakesNoWrongBookMap) {
     const auto session = openSession(account, Need::Session);
     Downloads downloads(*session, account);
     failing = {"write", ".tavro.lst_saved", 1};
-    EXPECT_THROW(downloads.fetch(book), Failure);
-    downloads.fetch(book);
+    EXPECT_NO_THROW(downloads.fetch(book)) << "the book is there, and its entry";
+    EXPECT_NO_THROW(downloads.fetch(book)) << "which brings the copy up to date";
     const auto more = mappedFiles(account);
     EXPECT_EQ(more.size(), map.size() + 2);
     fs::remove(account.file(".tavro.lst"));

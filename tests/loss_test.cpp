@@ -200,11 +200,19 @@ TEST_F(Loss, FilesDatedAfter2038AreAsGoodAsOthers) {
 }
 
 TEST_F(Loss, MissingDownloadFolderIsMadeForAnAccountWithoutBooksOnly) {
+    std::make_unique<AccountLock>(account);
+    const MappedFiles books = mappedFiles(account);
     fs::rename(device.syncFolder(), device.syncFolder() + ".card");
+    for (const std::uintmax_t size : {20, 0}) {
+        fs::resize_file(mapFile(), size);
+        std::make_unique<AccountLock>(account);
+        EXPECT_EQ(mappedFiles(account), books) << "cut to " << size << " bytes";
+    }
     EXPECT_EQ(failureOf([&] { requireDownloadFolder(account); }),
               "the download folder " + device.syncFolder() + " is missing");
     EXPECT_FALSE(fs::exists(device.syncFolder()));
     fs::remove(mapFile());
+    fs::remove(account.file(".tavro.lst_saved"));
     requireDownloadFolder(account);
     EXPECT_TRUE(fs::is_directory(device.syncFolder()));
 }

@@ -246,6 +246,8 @@ TEST_F(Sync, LogOutDuringARoundLeavesNothingBehind) {
 }
 
 TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
+    ASSERT_TRUE(round());
+    fs::remove(device.syncFolder() + "/second.txt");
     service.inject("DownloadContent:delay=300");
     const pid_t process = start();
     ASSERT_TRUE(soon([&] { return files().size() >= 4; }));
@@ -256,6 +258,8 @@ TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
     EXPECT_THAT(files(), ElementsAre());
     EXPECT_TRUE(fs::exists(account.file(account_files::configuration)));
     EXPECT_EQ(outcome(), "") << "another account's";
+    EXPECT_LE(tavro::tools::mappedFiles(account).size(), 1U) << "what the library adds";
+    EXPECT_FALSE(fs::exists(account.file(".tavro.lst_saved")));
 }
 
 // Cover addresses come from the service, and item ids become file names.

@@ -277,16 +277,16 @@ TEST_F(Tavroctl, TitlesNeitherSteerNorFloodTheTerminal) {
     std::string wide;  // characters of two columns
     for (int count = 0; count < 40; ++count)
         wide += "\xE6\x9B\xB8";
-    service.answer(
-        Operation::SysnWithCloud,
-        answerXml(
-            "1003",
-            "<AddedItems><ItemsResponse><ISBN13>978</ISBN13><ItemID>7</ItemID><Title>a\xC2\x9B"
-            "2Jb" +
-                wide + "</Title></ItemsResponse></AddedItems>"));
+    const std::string item =
+        "<ItemsResponse><ISBN13>978</ISBN13><ItemID>7</ItemID><Title>a\xC2\x9B"
+        "2Jb" +
+        wide + "</Title></ItemsResponse>";
+    service.answer(Operation::SysnWithCloud,
+                   answerXml("1003", "<AddedItems>" + item + item + "</AddedItems>"));
     done({"sync"});
     EXPECT_THAT(run({"books"}).out, HasSubstr("2Jb" + wide + "  "));
     EXPECT_EQ("978", done({"books"})[0]["isbn"]);
+    EXPECT_THAT(run({"download", "--all"}).out, HasSubstr(" 1 failed")) << "an item given twice";
     Terminal books(tavroctl({"books"}), {24, 40, 0, 0});
     books.expect("2Jb" + wide.substr(0, 12) +
                  "\xE2\x80\xA6  ");  // 14 columns: 4 characters of 3 bytes

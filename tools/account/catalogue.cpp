@@ -57,6 +57,10 @@ std::string whyNoBooks(const Account& account) {
                                    : "There are no books yet. Next: tavroctl sync";
 }
 
+bool hasItemNumber(const BookDescription& book) {
+    return std::to_string(itemNumber(book)) == book.field(BookDescription::ItemID);
+}
+
 int itemNumber(const BookDescription& book) {
     return session::itemNumber(book.field(BookDescription::ItemID));
 }

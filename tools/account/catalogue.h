@@ -24,4 +24,7 @@ std::string whyNoBooks(const Account& account);
 /// The item ID of `book` as the book map has it; 0 where the text is no number.
 int itemNumber(const BookDescription& book);
 
+/// Whether `book` has an item ID that the book map can hold.
+bool hasItemNumber(const BookDescription& book);
+
 }  // namespace tavro::tools

@@ -1,10 +1,14 @@
 #include "account/downloads.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <filesystem>
 
 #include "account/book_map.h"
 #include "account/catalogue.h"
 #include "account/files.h"
+#include "account/own_files.h"
 #include "account/present_files.h"
 #include "account/service_failure.h"
 #include "program/failure.h"
@@ -38,7 +42,10 @@ Failure nothingCame(const Account& account) {
 }  // namespace
 
 Downloads::Downloads(Tavro& session, const Account& account)
-    : session_(session), account_(account), map_(account) {}
+    : session_(session),
+      account_(account),
+      map_(account),
+      lockFile_(::open(account.file(own_files::account_lock).c_str(), O_PATH | O_CLOEXEC)) {}
 
 std::string Downloads::fetch(const BookDescription& book) {
     map_.prepare();
@@ -48,6 +55,7 @@ std::string Downloads::fetch(const BookDescription& book) {
     }();
     if (name.empty())
         throw nothingCame(account_);
+    requireAccount(name);
     const std::string file = account_.bookFile(name);
     if (leadsOut(name)) {
         removeFile(file);
@@ -59,8 +67,35 @@ std::string Downloads::fetch(const BookDescription& book) {
                       "check the permissions of " + account_.downloadFolder().string());
     const int item = itemNumber(book);
     recordOrRemove(name, item);
-    map_.copy(name, item);
+    copy(name, item);
     return name;
+}
+
+/// Whether a log-out has taken the account away, and with it the file of its lock. One that cannot
+/// be asked, as a 32-bit machine's after 2038, is taken for there.
+bool Downloads::isAccountGone() const {
+    struct stat status = {};
+    return ::fstat(lockFile_.get(), &status) == 0 && status.st_nlink == 0;
+}
+
+/// Sees that the account is still there: the books of a former one are none of the next one's. Else
+/// the file `name`, which came after its books were removed, goes as they did. Throws Failure.
+void Downloads::requireAccount(const std::string& name) const {
+    if (!isAccountGone())
+        return;
+    std::error_code ignored;
+    fs::remove(account_.bookFile(name), ignored);
+    throw Failure("the account was logged out meanwhile");
+}
+
+/// Copies the new entry. The book is there, and so is its entry: where the disk is full now, the
+/// copy is tried again before the next book, and by the next command.
+void Downloads::copy(const std::string& name, int item) {
+    try {
+        map_.copy(name, item);
+    } catch (const Failure&) {
+        return;
+    }
 }
 
 /// Sees that the new file `name` is on the disk, and that the book map has it as the book `item`. A

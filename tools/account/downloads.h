@@ -4,6 +4,7 @@
 
 #include "account/account.h"
 #include "account/kept_book_map.h"
+#include "posix/file_descriptor.h"
 #include "tavro.h"
 
 namespace tavro::tools {
@@ -21,11 +22,15 @@ public:
     std::string fetch(const BookDescription& book);
 
 private:
+    bool isAccountGone() const;
+    void requireAccount(const std::string& name) const;
     void recordOrRemove(const std::string& name, int item);
+    void copy(const std::string& name, int item);
 
     Tavro& session_;
     const Account& account_;
     KeptBookMap map_;
+    posix::FileDescriptor lockFile_;  // which goes with the account
 };
 
 }  // namespace tavro::tools

@@ -1,5 +1,7 @@
 #include "account/kept_book_map.h"
 
+#include <unistd.h>
+
 #include <set>
 #include <utility>
 
@@ -28,18 +30,20 @@ std::set<int> movedItems(const MappedFiles& saved, const MappedFiles& present) {
     return items;
 }
 
-/// Entries of `saved` that `present` has lost: their books lie in the download folder, or a change
-/// of them still has to be sent; and no upload has moved them to another name.
+/// Entries of `saved` that `present` has lost: their books lie in the download folder, or it cannot
+/// be seen, as with its card out, or a change of them still has to be sent; and no upload has moved
+/// them to another name.
 MappedFiles lostEntries(const Account& account, const MappedFiles& saved,
                         const MappedFiles& present) {
     const auto moved = movedItems(saved, present);
     const auto changed = changedNames(account);
     const std::string folder = account.downloadFolder().string() + "/";
+    const bool isSeen = ::access(folder.c_str(), X_OK) == 0;
     MappedFiles lost;
     for (const auto& [name, item] : saved) {
         if (present.count(name) > 0 || moved.count(item) > 0)
             continue;
-        if (changed.count(name) > 0 || isRegularFile(folder + name))
+        if (!isSeen || changed.count(name) > 0 || isRegularFile(folder + name))
             lost.emplace(name, item);
     }
     return lost;
@@ -86,13 +90,25 @@ void KeptBookMap::copy(const std::string& name, int item) {
     isCopied_ = true;
 }
 
+/// Frees the copy from what does not count. Where the disk is full that can wait: an entry is never
+/// added behind a cut one.
+void KeptBookMap::tidy() {
+    try {
+        copy_.replace(map_);
+    } catch (const Failure&) {
+        return;
+    }
+}
+
 void KeptBookMap::repairAndCopy() {
     isCopied_ = false;
     const MappedFiles saved = copy_.read();
     const MappedFiles entries = repaired(account_, saved);
     map_ = BookMapImage(entries);
-    if (entries != saved || !copy_.isTidy())
+    if (entries != saved)
         copy_.replace(map_);
+    else if (!copy_.isTidy())
+        tidy();
     isCopied_ = true;
 }
 

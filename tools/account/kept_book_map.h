@@ -33,6 +33,7 @@ public:
 
 private:
     void repairAndCopy();
+    void tidy();
 
     const Account& account_;
     BookMapCopy copy_;

@@ -33,11 +33,6 @@ std::string nameOf(const BookDescription& book) {
     return book.field(BookDescription::ItemID) + " " + book.field(BookDescription::Title);
 }
 
-/// Whether `book` has an item id that the book map can hold.
-bool hasItemNumber(const BookDescription& book) {
-    return std::to_string(itemNumber(book)) == book.field(BookDescription::ItemID);
-}
-
 }  // namespace
 
 SyncRound::SyncRound(const Account& account, const ActivityLog& log)
@@ -60,12 +55,7 @@ bool SyncRound::run() {
         requireDownloadFolder(account_);
         synchroniseWith(*session);
     } catch (const std::exception& error) {
-        const auto* failure = dynamic_cast<const Failure*>(&error);
-        problems_.emplace_back(error.what());
-        if (isStillLoggedIn())
-            record.end(problems_, failure != nullptr ? *failure : Failure(""));
-        else
-            cleanUp();
+        endAs(error, record);
         throw;
     }
     record.end(problems_);
@@ -73,6 +63,19 @@ bool SyncRound::run() {
               std::to_string(missing_.size()) + " missing, " +
               counted(problems_.size(), "problem"));
     return problems_.empty();
+}
+
+void SyncRound::endAs(const std::exception& error, const RoundRecord& record) {
+    const auto* failure = dynamic_cast<const Failure*>(&error);
+    problems_.emplace_back(error.what());
+    try {
+        if (isStillLoggedIn())
+            record.end(problems_, failure != nullptr ? *failure : Failure(""));
+        else
+            cleanUp();
+    } catch (const std::exception& another) {  // the first one counts
+        log_.note(another.what());
+    }
 }
 
 void SyncRound::synchroniseWith(Tavro& session) {
@@ -137,15 +140,15 @@ void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescriptio
     if (!missing_.empty())
         downloads.emplace(session, account_);
     for (const auto& book : books) {
-        const bool isMissing = missing_.count(itemNumber(book)) > 0;
-        if (!hasItemNumber(book) || !(isMissing || lacksCover(book)))
+        if (!hasItemNumber(book) || missing_.count(itemNumber(book)) == 0)
             continue;
-        requireAccount();
-        if (lacksCover(book))
-            fetchCover(book);
-        if (isMissing && !isServiceGone_)
+        fetchCover(book);
+        if (!isServiceGone_)
             download(*downloads, book);
     }
+    for (const auto& book : books)
+        if (hasItemNumber(book))
+            fetchCover(book);
     requireAccount();
     if (!downloads)
         return;
@@ -189,6 +192,9 @@ bool SyncRound::lacksCover(const BookDescription& book) {
 }
 
 void SyncRound::fetchCover(const BookDescription& book) {
+    if (!lacksCover(book))
+        return;
+    requireAccount();
     try {
         covers_.fetch(itemNumber(book), book.field(BookDescription::CoverArtImage));
         log_.note("stored the cover of " + nameOf(book));

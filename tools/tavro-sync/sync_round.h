@@ -8,6 +8,7 @@
 
 #include "account/account.h"
 #include "account/downloads.h"
+#include "account/round_record.h"
 #include "tavro-sync/activity_log.h"
 #include "tavro-sync/covers.h"
 #include "tavro-sync/placeholders.h"
@@ -45,6 +46,8 @@ public:
     bool run();
 
 private:
+    /// Does what is due when `error` has ended the round, which `record` tells of.
+    void endAs(const std::exception& error, const RoundRecord& record);
     void synchroniseWith(Tavro& session);
     void sendChanges(Tavro& session);
     void removeDeleted(const Tavro& session);

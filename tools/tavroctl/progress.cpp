@@ -91,14 +91,19 @@ void DownloadProgress::watch() {
 void DownloadProgress::show(const std::string& label, Clock::time_point begin) {
     const Clock::time_point now = Clock::now();
     const std::uintmax_t size = partialSize(folder_, now - begin);
-    if (size != size_ || grown_ < begin) {
-        grown_ = size == 0 ? begin : now;
+    if (grown_ < begin) {
+        grown_ = begin;
+        size_ = 0;
+    }
+    if (size > size_) {
+        grown_ = now;
         size_ = size;
     }
-    if (now - grown_ >= patience)
+    const bool isStored = size == 0 && size_ > 0;  // and has its name by now
+    if (!isStored && now - grown_ >= patience)
         return output_.transient(label, "  waiting for " + downloadAddress() + " ...");
     const std::chrono::duration<double> passed = now - begin;
-    const auto bytes = static_cast<double>(size);
+    const auto bytes = static_cast<double>(size_);
     const double rate = passed < interval ? 0 : bytes / passed.count();
     output_.transient(label, "  " + inUnits(bytes) + "  " + inUnits(rate) + "/s");
 }

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "account/account_lock.h"
 #include "account/books.h"
@@ -90,12 +91,17 @@ private:
     std::map<std::string, std::size_t> counts_;
 };
 
-/// The books of which no file is here; the others go into `report`.
+/// The books of which no file is here, each once; the others go into `report`.
 Chosen missing(const Account& account, const Books& books, Report& report) {
     auto present = presentFiles(account);
     Chosen wanted;
+    std::set<int> seen;
     for (const auto& book : books)
-        if (const auto& files = present[itemNumber(book)]; files.empty())
+        if (!hasItemNumber(book))
+            report.add(book, "failed", "the book map cannot hold its item ID");
+        else if (!seen.insert(itemNumber(book)).second)
+            continue;
+        else if (const auto& files = present[itemNumber(book)]; files.empty())
             wanted.push_back(&book);
         else
             report.add(book, "present", joined(files, ", "));
@@ -142,7 +148,8 @@ void download(const Options& options, const Account& account, const Output& outp
         throw *down;
     if (const std::size_t failures = report.count("failed"); failures > 0)
         throw Failure(
-            std::to_string(failures) + " of " + std::to_string(books.size()) + " downloads failed",
+            std::to_string(failures) + " of " +
+                std::to_string(failures + report.count("downloaded")) + " downloads failed",
             "run the same command again; 'tavroctl sync' tells whether service and session "
             "are alive, --trace shows the exchange");
 }

@@ -1,7 +1,5 @@
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <optional>
 
@@ -13,19 +11,13 @@
 #include "session/account_keys.h"
 #include "tavro_client.h"
 #include "tavroctl/account_steps.h"
+#include "tavroctl/attended_start.h"
 #include "tavroctl/command_line.h"
 #include "tavroctl/device_applications.h"
 
 namespace tavro::tools {
 
 namespace {
-
-/// Waits until the started program has ended. Whoever takes its status, this does not.
-void waitForProgram() {
-    siginfo_t ended{};
-    while (::waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR)
-        continue;
-}
 
 /// What tells one login from the next.
 std::string loginOf(const Account& account) {
@@ -41,10 +33,9 @@ void runWizard(const Account& account, const Output& output) {
     std::signal(SIGINT, [](int) {});  // Ctrl-C is for the wizard, in which this handler is reset
     TavroClient client;
     const std::string before = loginOf(account);
-    if (client.StartLoginWizard() < 0)
+    if (!attendedStart([&] { return client.StartLoginWizard(); }).isStarted)
         throw Failure("the login wizard cannot be started",
                       "run 'tavroctl setup' again, which links it to its place");
-    waitForProgram();
     if (::isatty(STDIN_FILENO) == 0 && loginOf(account) == before)  // another's may need none
         throw UsageError(
             "the wizard has logged nobody in; without a terminal on standard input there is "
