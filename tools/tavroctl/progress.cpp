@@ -54,14 +54,7 @@ DownloadProgress::DownloadProgress(const Output& output, fs::path folder)
     : output_(output), folder_(std::move(folder)) {}
 
 DownloadProgress::~DownloadProgress() {
-    if (!watcher_.joinable())
-        return;
-    {
-        const std::lock_guard lock(mutex_);
-        ended_ = true;
-    }
-    wake_.notify_one();
-    watcher_.join();
+    watcher_.stop();
     output_.transient("");
 }
 
@@ -73,19 +66,18 @@ void DownloadProgress::begin(const std::string& label) {
         label_ = label;
         begin_ = Clock::now();
     }
-    if (!watcher_.joinable())
-        watcher_ = std::thread([this] { watch(); });
+    if (!watcher_.isStarted())
+        watcher_.start([this] { watch(); });
 }
 
 void DownloadProgress::watch() {
-    std::unique_lock lock(mutex_);
     do {
+        std::unique_lock lock(mutex_);
         const std::string label = label_;
         const Clock::time_point begin = begin_;
         lock.unlock();  // the next download waits for no folder to be read
         show(label, begin);
-        lock.lock();
-    } while (!wake_.wait_for(lock, interval, [this] { return ended_; }));
+    } while (watcher_.isToGoOnAfter(interval));
 }
 
 void DownloadProgress::show(const std::string& label, Clock::time_point begin) {

@@ -1,14 +1,13 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <mutex>
 #include <string>
-#include <thread>
 
 #include "console/output.h"
+#include "tavroctl/watcher.h"
 
 namespace tavro::tools {
 
@@ -34,16 +33,14 @@ private:
 
     const Output& output_;
     const std::filesystem::path folder_;
-    std::mutex mutex_;  // guards label_, begin_ and ended_
-    std::condition_variable wake_;
+    std::mutex mutex_;  // guards label_ and begin_
     std::string label_;
     Clock::time_point begin_;
-    bool ended_ = false;
 
     // What the watcher knows of the download under way:
     std::uintmax_t size_ = 0;
     Clock::time_point grown_;
-    std::thread watcher_;
+    Watcher watcher_;
 };
 
 }  // namespace tavro::tools

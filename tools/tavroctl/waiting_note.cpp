@@ -7,28 +7,20 @@ namespace tavro::tools {
 WaitingNote::WaitingNote(const Output& output, std::string whom)
     : output_(output), whom_(std::move(whom)) {
     if (output_.hasTerminal())
-        watcher_ = std::thread([this] { watch(); });
+        watcher_.start([this] { watch(); });
 }
 
 WaitingNote::~WaitingNote() {
-    if (!watcher_.joinable())
-        return;
-    {
-        const std::lock_guard lock(mutex_);
-        ended_ = true;
-    }
-    wake_.notify_one();
-    watcher_.join();
+    watcher_.stop();
+    if (isShown_)
+        output_.transient("");
 }
 
 void WaitingNote::watch() {
-    const auto isEnded = [this] { return ended_; };
-    std::unique_lock lock(mutex_);
-    if (wake_.wait_for(lock, patience, isEnded))
+    if (!watcher_.isToGoOnAfter(patience))
         return;
+    isShown_ = true;
     output_.transient("waiting for " + whom_ + " ...");
-    wake_.wait(lock, isEnded);
-    output_.transient("");
 }
 
 }  // namespace tavro::tools

@@ -1,12 +1,10 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
-#include <thread>
 
 #include "console/output.h"
+#include "tavroctl/watcher.h"
 
 namespace tavro::tools {
 
@@ -28,10 +26,8 @@ private:
 
     const Output& output_;
     const std::string whom_;
-    std::mutex mutex_;  // guards ended_
-    std::condition_variable wake_;
-    bool ended_ = false;
-    std::thread watcher_;
+    bool isShown_ = false;  // the watcher's, until it has ended
+    Watcher watcher_;
 };
 
 /// Does `request`, which `whom` answers, with a WaitingNote. @return what it returns.

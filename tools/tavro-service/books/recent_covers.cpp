@@ -16,13 +16,13 @@ constexpr std::size_t most_kept = 256;
 
 const Cover& RecentCovers::of(const std::filesystem::path& path, const std::string& version) {
     const auto known = std::find_if(kept_.begin(), kept_.end(), [&](const Kept& kept) {
-        return kept.path == path && kept.version == version;
+        return kept.version == version && kept.path == path.native();
     });
     if (known != kept_.end()) {
         kept_.splice(kept_.begin(), kept_, known);
     } else {
         BookDetails details = readBook(path);
-        keep({path, version, {std::move(details.cover), std::move(details.coverType)}});
+        keep({path.native(), version, {std::move(details.cover), std::move(details.coverType)}});
     }
     return kept_.front().cover;
 }

@@ -23,7 +23,7 @@ public:
 
 private:
     struct Kept {
-        std::filesystem::path path;
+        std::string path;
         std::string version;
         Cover cover;
     };
