@@ -247,17 +247,21 @@ TEST_F(Sync, LogOutDuringARoundLeavesNothingBehind) {
 
 TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
     ASSERT_TRUE(round());
-    fs::remove(device.syncFolder() + "/second.txt");
-    service.inject("DownloadContent:delay=300");
+    for (const char* name : {"/first.txt", "/second.txt"})
+        fs::remove(device.syncFolder() + name);
+    const auto downloads = service.count(Operation::DownloadContent);
+    service.inject("DownloadContent:delay=60000");
     const pid_t process = start();
     ASSERT_TRUE(soon([&] { return files().size() >= 4; }));
     TavroClient().LogOut();
     fs::create_directories(device.configuration());
     device.writeAccount("sessionID=another\n");
+    service.clearFaults();  // which ends the delay
     EXPECT_EQ(statusOf(process), 1);
     EXPECT_THAT(files(), ElementsAre());
     EXPECT_TRUE(fs::exists(account.file(account_files::configuration)));
     EXPECT_EQ(outcome(), "") << "another account's";
+    EXPECT_LE(service.count(Operation::DownloadContent), downloads + 1) << "for nobody";
     EXPECT_LE(tavro::tools::mappedFiles(account).size(), 1U) << "what the library adds";
     EXPECT_FALSE(fs::exists(account.file(".tavro.lst_saved")));
 }

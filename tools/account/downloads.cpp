@@ -48,6 +48,7 @@ Downloads::Downloads(Tavro& session, const Account& account)
       lockFile_(::open(account.file(own_files::account_lock).c_str(), O_PATH | O_CLOEXEC)) {}
 
 std::string Downloads::fetch(const BookDescription& book) {
+    requireAccount();  // else the map is another account's
     map_.prepare();
     std::string name = [&] {
         const PresentFilesStay presentFilesStay;
@@ -55,7 +56,8 @@ std::string Downloads::fetch(const BookDescription& book) {
     }();
     if (name.empty())
         throw nothingCame(account_);
-    requireAccount(name);
+    if (isAccountGone())
+        discard(name);
     const std::string file = account_.bookFile(name);
     if (leadsOut(name)) {
         removeFile(file);
@@ -78,14 +80,18 @@ bool Downloads::isAccountGone() const {
     return ::fstat(lockFile_.get(), &status) == 0 && status.st_nlink == 0;
 }
 
-/// Sees that the account is still there: the books of a former one are none of the next one's. Else
-/// the file `name`, which came after its books were removed, goes as they did. Throws Failure.
-void Downloads::requireAccount(const std::string& name) const {
-    if (!isAccountGone())
-        return;
+/// Sees that the account is still there: the books of a former one are none of the next one's.
+/// Throws Failure.
+void Downloads::requireAccount() const {
+    if (isAccountGone())
+        throw Failure("the account was logged out meanwhile");
+}
+
+/// Removes the file `name`, which came after the log-out had removed all others, and tells why.
+void Downloads::discard(const std::string& name) const {
     std::error_code ignored;
     fs::remove(account_.bookFile(name), ignored);
-    throw Failure("the account was logged out meanwhile");
+    requireAccount();
 }
 
 /// Copies the new entry. The book is there, and so is its entry: where the disk is full now, the

@@ -23,7 +23,8 @@ public:
 
 private:
     bool isAccountGone() const;
-    void requireAccount(const std::string& name) const;
+    void requireAccount() const;
+    void discard(const std::string& name) const;
     void recordOrRemove(const std::string& name, int item);
     void copy(const std::string& name, int item);
 

@@ -4,9 +4,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <ctime>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <system_error>
@@ -16,6 +14,7 @@
 #include "posix/atomic_file.h"
 #include "posix/temporary_file.h"
 #include "program/failure.h"
+#include "program/local_time.h"
 
 namespace tavro::tools {
 
@@ -27,21 +26,16 @@ using Json = nlohmann::json;
 constexpr std::size_t most_problems = 10;
 
 /// Now, as "2026-11-23T12:30:00+00:00".
-std::string localTime() {
-    const std::time_t now = std::time(nullptr);
-    std::tm time{};
-    ::localtime_r(&now, &time);
-    std::array<char, 32> text{};
-    std::string shown(text.data(),
-                      std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", &time));
+std::string isoTime() {
+    std::string shown = localTime("%Y-%m-%dT%H:%M:%S%z");
     return shown.insert(shown.size() - 2, ":");  // which the C library leaves out
 }
 
 /// The content of a record of a round of this process.
 std::string recordOf(const char* outcome, const std::vector<std::string>& problems,
                      const Failure& cause) {
-    return Json{{"outcome", outcome},     {"time", localTime()}, {"problems", problems},
-                {"advice", cause.advice}, {"code", cause.code},  {"message", cause.message},
+    return Json{{"outcome", outcome},     {"time", isoTime()},  {"problems", problems},
+                {"advice", cause.advice}, {"code", cause.code}, {"message", cause.message},
                 {"process", ::getpid()}}
                .dump(-1, ' ', false, Json::error_handler_t::replace) +
            "\n";

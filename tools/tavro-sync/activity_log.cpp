@@ -1,15 +1,14 @@
 #include "tavro-sync/activity_log.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
-#include <array>
 #include <cstdint>
-#include <cstdio>
-#include <ctime>
 #include <filesystem>
 
 #include "console/output.h"
 #include "posix/write_all.h"
+#include "program/local_time.h"
 
 namespace fs = std::filesystem;
 
@@ -26,22 +25,15 @@ int openLog(const std::string& path) {
     return ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
 }
 
-std::string localTime() {
-    const std::time_t now = std::time(nullptr);
-    std::tm time{};
-    ::localtime_r(&now, &time);
-    std::array<char, 32> text{};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &time)};
-}
-
 }  // namespace
 
 ActivityLog::ActivityLog(const std::string& path) : file_(openLog(path)) {}
 
 void ActivityLog::note(const std::string& text) const {
     if (file_)
-        posix::writeAll(file_.get(), localTime() + " [" + std::to_string(::getpid()) + "] " +
-                                         displayable(text) + "\n");
+        posix::writeAll(file_.get(), localTime("%Y-%m-%d %H:%M:%S") + " [" +
+                                         std::to_string(::getpid()) + "] " + displayable(text) +
+                                         "\n");
 }
 
 }  // namespace tavro::tools

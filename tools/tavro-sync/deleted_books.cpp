@@ -13,7 +13,7 @@ namespace tavro::tools {
 namespace {
 
 /// The names that a change in the journal speaks of.
-std::set<std::string> changedNames(const Account& account) {
+std::set<std::string> namesInJournal(const Account& account) {
     std::set<std::string> names;
     for (const auto& change : pendingChanges(account))
         names.insert({change.oldName, change.newName});
@@ -37,7 +37,7 @@ DeletedFiles removeBooks(const Account& account, const std::string& folder,
     DeletedFiles files;
     if (items.empty())
         return files;
-    const auto changed = changedNames(account);
+    const auto changed = namesInJournal(account);
     const auto before = mappedFiles(account);
     for (const auto& [name, item] : before) {
         if (items.count(item) == 0)

@@ -142,6 +142,7 @@ void SyncRound::downloadMissing(Tavro& session, const std::vector<BookDescriptio
     for (const auto& book : books) {
         if (!hasItemNumber(book) || missing_.count(itemNumber(book)) == 0)
             continue;
+        requireAccount();
         fetchCover(book);
         if (!isServiceGone_)
             download(*downloads, book);
@@ -161,6 +162,7 @@ void SyncRound::download(Downloads& downloads, const BookDescription& book) {
     try {
         name = downloads.fetch(book);
     } catch (const Failure& failure) {
+        requireAccount();  // the next one's books are not for this round
         fail("did not get " + nameOf(book) + ": " + failure.what());
         if (!isDownloadPageReachable())
             giveUp();

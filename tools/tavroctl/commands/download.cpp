@@ -139,7 +139,7 @@ void download(const Options& options, const Account& account, const Output& outp
     const AccountLock lock(account);
     requireDownloadFolder(account);
     Report report;
-    const Books catalogue = catalogueOf(*session, account);
+    const Books& catalogue = catalogueOf(*session, account);
     const Chosen books =
         options.all ? missing(account, catalogue, report) : chosen(options.items, catalogue);
     const auto down = downloadEach(*session, account, output, books, report);
