@@ -253,6 +253,7 @@ TEST_F(Sync, RoundOfAFormerSessionTouchesNothingOfTheNextOne) {
     service.inject("DownloadContent:delay=60000");
     const pid_t process = start();
     ASSERT_TRUE(soon([&] { return files().size() >= 4; }));
+    std::this_thread::sleep_for(200ms);  // in which it asks for one of them, and waits
     TavroClient().LogOut();
     fs::create_directories(device.configuration());
     device.writeAccount("sessionID=another\n");
